@@ -1,0 +1,49 @@
+#include "appearance/colors.h"
+
+#include <charconv>
+
+#include "forms/failure.h"
+#include "mainwindow/frm_main.h"
+
+namespace qm {
+
+using forms::Color;
+using forms::Failure;
+
+Color ColorFromText(const std::string& text) {
+    std::size_t b = text.find_first_not_of(" \t");
+    std::size_t e = text.find_last_not_of(" \t");
+    if (b == std::string::npos) throw Failure("type mismatch");
+    long long v = 0;
+    const char* first = text.data() + b;
+    const char* last = text.data() + e + 1;
+    auto res = std::from_chars(first, last, v);
+    if (res.ec != std::errc() || res.ptr != last) throw Failure("type mismatch");
+    if (v < -2147483648LL || v > 0xFFFFFFFFLL) throw Failure("overflow");
+    return static_cast<Color>(static_cast<std::uint32_t>(v));
+}
+
+// Applies the colour files to the main window in their order. It has no
+// failure path: the first file that can't be read ends it, and the caller's.
+void frmMain::LoadColors() {
+    const std::string& data = platform.places.dataFolder;
+    for (const ColorFile& cf : kColorFiles) {
+        files.OpenInput(1, data + cf.file);
+        globals.ColorValue = files.ReadField(1);
+        files.Close(1);
+        Color c = ColorFromText(globals.ColorValue);
+        ApplyColor(*this, cf.which, c);
+    }
+}
+
+void ApplyColor(frmMain& m, ColorSetting which, Color c) {
+    switch (which) {
+    case ColorSetting::Heading: m.lblCategory.setForeColor(c); break;
+    case ColorSetting::ListBack: m.lstCategory.setBackColor(c); break;
+    case ColorSetting::EditorBack: m.T1.setBackColor(c); break;
+    case ColorSetting::CellText: m.T1.setForeColor(c); m.FG1.setForeColor(c); break;
+    case ColorSetting::ListText: m.lstCategory.setForeColor(c); break;
+    }
+}
+
+} // namespace qm

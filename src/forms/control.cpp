@@ -1,0 +1,84 @@
+#include "forms/control.h"
+
+#include "forms/failure.h"
+#include "forms/form.h"
+#include "forms/runtime.h"
+
+namespace forms {
+
+Control::Control(Form& form, Control* container, std::string name, Kind kind)
+    : form_(form), container_(container), name_(std::move(name)), kind_(kind) {
+    form_.registerControl(this);
+}
+
+Runtime& Control::runtime() const { return form_.runtime(); }
+
+void Control::notify(Prop what) {
+    if (view_) view_->changed(*this, what);
+    else form_.changed(*this, what);
+}
+
+void Control::setLeft(int v) { if (v != left_) { left_ = v; notify(Prop::Geometry); } }
+void Control::setTop(int v) { if (v != top_) { top_ = v; notify(Prop::Geometry); } }
+void Control::setWidth(int v) {
+    if (v < 0) throw Failure("invalid property value");
+    if (v != width_) { width_ = v; notify(Prop::Geometry); }
+}
+void Control::setHeight(int v) {
+    if (v < 0) throw Failure("invalid property value");
+    if (v != height_) { height_ = v; notify(Prop::Geometry); }
+}
+void Control::move(int left, int top, int width, int height) {
+    if (width < 0 || height < 0) throw Failure("invalid property value");
+    if (left == left_ && top == top_ && width == width_ && height == height_) return;
+    left_ = left; top_ = top; width_ = width; height_ = height;
+    notify(Prop::Geometry);
+}
+
+void Control::setVisible(bool v) {
+    if (v == visible_) return;
+    visible_ = v;
+    notify(Prop::Visible);
+}
+void Control::setEnabled(bool v) {
+    if (v == enabled_) return;
+    enabled_ = v;
+    notify(Prop::Enabled);
+}
+void Control::setForeColor(Color c) { if (c != foreColor_) { foreColor_ = c; notify(Prop::Colors); } }
+void Control::setBackColor(Color c) { if (c != backColor_) { backColor_ = c; notify(Prop::Colors); } }
+void Control::setFont(const Font& f) { if (!(f == font_)) { font_ = f; notify(Prop::Font); } }
+void Control::setFontSize(double size) {
+    if (size != font_.size) { font_.size = size; notify(Prop::Font); }
+}
+
+bool Control::takesFocus() const {
+    switch (kind_) {
+    case Kind::TextBox: case Kind::Button: case Kind::CheckBox: case Kind::ListBox: case Kind::Grid: case Kind::Browser:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool Control::canFocus() const {
+    if (!takesFocus() || !form_.Visible()) return false;
+    for (const Control* c = this; c; c = c->container_)
+        if (!c->visible_ || !c->enabled_) return false;
+    return true;
+}
+
+bool Control::hasFocus() const { return runtime().focused() == this; }
+
+void Control::SetFocus() {
+    if (!TrySetFocus()) throw Failure("invalid procedure call: " + name_ + " can't take the focus");
+}
+
+bool Control::TrySetFocus() {
+    if (hasFocus()) return true;
+    if (!canFocus()) return false;
+    runtime().moveFocus(this);
+    return true;
+}
+
+} // namespace forms

@@ -1,0 +1,296 @@
+#include "forms/grid.h"
+
+#include <algorithm>
+
+#include "forms/failure.h"
+#include "forms/form.h"
+#include "forms/runtime.h"
+
+namespace forms {
+
+namespace {
+template <class V>
+void insertRowCells(V& v, std::size_t at, std::size_t n, const typename V::value_type& fill) {
+    v.insert(v.begin() + static_cast<std::ptrdiff_t>(at), n, fill);
+}
+template <class V>
+void eraseRowCells(V& v, std::size_t at, std::size_t n) {
+    v.erase(v.begin() + static_cast<std::ptrdiff_t>(at), v.begin() + static_cast<std::ptrdiff_t>(at + n));
+}
+} // namespace
+
+Grid::Grid(Form& form, Control* container, std::string name) : Control(form, container, std::move(name), Kind::Grid) {
+    text_.resize(static_cast<std::size_t>(rows_) * cols_);
+    back_.resize(text_.size(), 0);
+    align_.resize(text_.size(), AlignGeneral);
+    colWidth_.assign(static_cast<std::size_t>(cols_), kDefaultColWidth);
+    rowHeight_.assign(static_cast<std::size_t>(rows_), -1);
+}
+
+void Grid::addListener(GridListener* l) { listeners_.push_back(l); }
+void Grid::removeListener(GridListener* l) { listeners_.erase(std::remove(listeners_.begin(), listeners_.end(), l), listeners_.end()); }
+
+void Grid::notifyLayout() {
+    for (auto* l : listeners_) l->layoutChanged();
+}
+
+void Grid::checkCell(int r, int c) const {
+    if (r < 0 || r >= rows_ || c < 0 || c >= cols_) throw Failure("subscript out of range");
+}
+
+void Grid::setRows(int n) {
+    if (n < 1 || n > kMaxRows) throw Failure("invalid row value");
+    if (n == rows_) return;
+    int old = rows_;
+    std::size_t cells = static_cast<std::size_t>(n) * cols_;
+    text_.resize(cells);
+    back_.resize(cells, 0);
+    align_.resize(cells, AlignGeneral);
+    rowHeight_.resize(static_cast<std::size_t>(n), -1);
+    rows_ = n;
+    if (fixedRows_ > n - 1) fixedRows_ = n - 1;
+    clampCurrent();
+    if (n > old) for (auto* l : listeners_) l->rowsInserted(old, n - old);
+    else for (auto* l : listeners_) l->rowsRemoved(n, old - n);
+    notifyLayout();
+}
+
+void Grid::setCols(int n) {
+    if (n < 1 || n > 5000) throw Failure("invalid column value");
+    if (n == cols_) return;
+    std::vector<std::string> text(static_cast<std::size_t>(rows_) * n);
+    std::vector<std::uint8_t> back(text.size(), 0), align(text.size(), AlignGeneral);
+    for (int r = 0; r < rows_; ++r)
+        for (int c = 0; c < std::min(n, cols_); ++c) {
+            std::size_t from = static_cast<std::size_t>(r) * cols_ + c, to = static_cast<std::size_t>(r) * n + c;
+            text[to] = std::move(text_[from]);
+            back[to] = back_[from];
+            align[to] = align_[from];
+        }
+    text_ = std::move(text);
+    back_ = std::move(back);
+    align_ = std::move(align);
+    colWidth_.resize(static_cast<std::size_t>(n), kDefaultColWidth);
+    cols_ = n;
+    if (fixedCols_ > n - 1) fixedCols_ = n - 1;
+    clampCurrent();
+    for (auto* l : listeners_) l->gridReset();
+}
+
+void Grid::setFixedRows(int n) {
+    if (n < 0 || n >= rows_) throw Failure("invalid fixed row value");
+    if (n == fixedRows_) return;
+    fixedRows_ = n;
+    clampCurrent();
+    notifyLayout();
+}
+
+void Grid::setFixedCols(int n) {
+    if (n < 0 || n >= cols_) throw Failure("invalid fixed column value");
+    if (n == fixedCols_) return;
+    fixedCols_ = n;
+    clampCurrent();
+    notifyLayout();
+}
+
+// Keeps the current cell and the view inside the grid after a change of its
+// shape; this moves the cell without any event, as the control does itself.
+void Grid::clampCurrent() {
+    row_ = std::clamp(row_, fixedRows_, rows_ - 1);
+    col_ = std::clamp(col_, fixedCols_, cols_ - 1);
+    rowSel_ = std::clamp(rowSel_, fixedRows_, rows_ - 1);
+    colSel_ = std::clamp(colSel_, fixedCols_, cols_ - 1);
+    topRow_ = std::clamp(topRow_, fixedRows_, rows_ - 1);
+    leftCol_ = std::clamp(leftCol_, fixedCols_, cols_ - 1);
+}
+
+void Grid::moveCurrent(int r, int c) {
+    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) throw Failure("invalid row or column value");
+    if (r == row_ && c == col_) return;
+    runtime().raise(LeaveCell);
+    // The handler may have changed the grid's shape.
+    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) throw Failure("invalid row or column value");
+    row_ = r;
+    col_ = c;
+    rowSel_ = r;
+    colSel_ = c;
+    notifyLayout();
+    runtime().raise(EnterCell);
+}
+
+void Grid::setRow(int r) { moveCurrent(r, col_); }
+void Grid::setCol(int c) { moveCurrent(row_, c); }
+
+void Grid::setText(std::string t) {
+    cell(row_, col_) = std::move(t);
+    for (auto* l : listeners_) l->cellChanged(row_, col_);
+}
+
+const std::string& Grid::TextMatrix(int r, int c) const {
+    checkCell(r, c);
+    return cell(r, c);
+}
+
+void Grid::setTextMatrix(int r, int c, std::string t) {
+    checkCell(r, c);
+    cell(r, c) = std::move(t);
+    for (auto* l : listeners_) l->cellChanged(r, c);
+}
+
+void Grid::AddItem(const std::string& text) {
+    if (rows_ >= kMaxRows) throw Failure("too many rows");
+    std::size_t at = static_cast<std::size_t>(rows_) * cols_;
+    text_.resize(at + cols_);
+    text_[at] = text;
+    back_.resize(text_.size(), 0);
+    align_.resize(text_.size(), AlignGeneral);
+    rowHeight_.push_back(-1);
+    ++rows_;
+    for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
+}
+
+void Grid::RemoveItem(int r) {
+    if (r < 0 || r >= rows_) throw Failure("subscript out of range");
+    // There is always a row below the fixed ones.
+    if (rows_ - 1 <= fixedRows_) throw Failure("cannot remove last non-fixed row");
+    std::size_t at = static_cast<std::size_t>(r) * cols_;
+    eraseRowCells(text_, at, static_cast<std::size_t>(cols_));
+    eraseRowCells(back_, at, static_cast<std::size_t>(cols_));
+    eraseRowCells(align_, at, static_cast<std::size_t>(cols_));
+    rowHeight_.erase(rowHeight_.begin() + r);
+    --rows_;
+    if (row_ > r) --row_;
+    if (rowSel_ > r) --rowSel_;
+    clampCurrent();
+    for (auto* l : listeners_) l->rowsRemoved(r, 1);
+}
+
+int Grid::ColWidth(int c) const {
+    if (c < 0 || c >= cols_) throw Failure("subscript out of range");
+    return colWidth_[static_cast<std::size_t>(c)];
+}
+void Grid::setColWidth(int c, int twips) {
+    if (c < 0 || c >= cols_ || twips < 0) throw Failure("subscript out of range");
+    colWidth_[static_cast<std::size_t>(c)] = twips;
+    notifyLayout();
+}
+int Grid::RowHeight(int r) const {
+    if (r < 0 || r >= rows_) throw Failure("subscript out of range");
+    int h = rowHeight_[static_cast<std::size_t>(r)];
+    return h < 0 ? kDefaultRowHeight : h;
+}
+void Grid::setRowHeight(int r, int twips) {
+    if (r < 0 || r >= rows_ || twips < 0) throw Failure("subscript out of range");
+    rowHeight_[static_cast<std::size_t>(r)] = twips;
+    notifyLayout();
+}
+
+int Grid::viewportWidth() const { return viewportW_ >= 0 ? viewportW_ : std::max(0, Width() - 2 * kBorder - kScrollBar); }
+int Grid::viewportHeight() const { return viewportH_ >= 0 ? viewportH_ : std::max(0, Height() - 2 * kBorder - kScrollBar); }
+
+void Grid::setViewport(int widthTwips, int heightTwips) {
+    viewportW_ = widthTwips;
+    viewportH_ = heightTwips;
+}
+
+void Grid::ensureVisible() {
+    int top = topRow_, left = leftCol_;
+    if (row_ >= fixedRows_) {
+        if (row_ < top) top = row_;
+        int fixedH = 0;
+        for (int r = 0; r < fixedRows_; ++r) fixedH += RowHeight(r);
+        int room = viewportHeight() - fixedH;
+        int used = 0;
+        for (int r = top; r <= row_; ++r) used += RowHeight(r);
+        while (top < row_ && used > room) used -= RowHeight(top++);
+    }
+    if (col_ >= fixedCols_) {
+        if (col_ < left) left = col_;
+        int fixedW = 0;
+        for (int c = 0; c < fixedCols_; ++c) fixedW += ColWidth(c);
+        int room = viewportWidth() - fixedW;
+        int used = 0;
+        for (int c = left; c <= col_; ++c) used += ColWidth(c);
+        while (left < col_ && used > room) used -= ColWidth(left++);
+    }
+    if (top != topRow_ || left != leftCol_) {
+        topRow_ = top;
+        leftCol_ = left;
+        notifyLayout();
+        runtime().raise(Scroll);
+    }
+}
+
+int Grid::CellLeft() {
+    ensureVisible();
+    int x = kBorder;
+    if (col_ < fixedCols_) {
+        for (int c = 0; c < col_; ++c) x += ColWidth(c);
+        return x;
+    }
+    for (int c = 0; c < fixedCols_; ++c) x += ColWidth(c);
+    for (int c = leftCol_; c < col_; ++c) x += ColWidth(c);
+    return x;
+}
+
+int Grid::CellTop() {
+    ensureVisible();
+    int y = kBorder;
+    if (row_ < fixedRows_) {
+        for (int r = 0; r < row_; ++r) y += RowHeight(r);
+        return y;
+    }
+    for (int r = 0; r < fixedRows_; ++r) y += RowHeight(r);
+    for (int r = topRow_; r < row_; ++r) y += RowHeight(r);
+    return y;
+}
+
+int Grid::CellWidth() { ensureVisible(); return ColWidth(col_); }
+int Grid::CellHeight() { ensureVisible(); return RowHeight(row_); }
+
+std::uint8_t Grid::paletteIndex(Color c) {
+    for (std::size_t i = 1; i < palette_.size(); ++i)
+        if (palette_[i] == c) return static_cast<std::uint8_t>(i);
+    if (palette_.size() >= 255) return 0; // more distinct colours than a grid ever shows
+    palette_.push_back(c);
+    return static_cast<std::uint8_t>(palette_.size() - 1);
+}
+
+Color Grid::CellBackColor(int r, int c) const {
+    checkCell(r, c);
+    std::uint8_t i = back_[static_cast<std::size_t>(r) * cols_ + c];
+    return i == 0 ? BackColor() : palette_[i];
+}
+
+void Grid::setCellBackColor(Color color) {
+    back_[static_cast<std::size_t>(row_) * cols_ + col_] = paletteIndex(color);
+    notifyLayout();
+}
+
+int Grid::CellAlignment(int r, int c) const {
+    checkCell(r, c);
+    return align_[static_cast<std::size_t>(r) * cols_ + c];
+}
+
+void Grid::setCellAlignment(int a) {
+    if (a < 0 || a > 9) throw Failure("invalid property value");
+    align_[static_cast<std::size_t>(row_) * cols_ + col_] = static_cast<std::uint8_t>(a);
+    notifyLayout();
+}
+
+void Grid::userClickCell(int r, int c) {
+    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) return;
+    moveCurrent(r, c);
+}
+
+void Grid::userScrollTo(int topRow, int leftCol) {
+    topRow = std::clamp(topRow, fixedRows_, rows_ - 1);
+    leftCol = std::clamp(leftCol, fixedCols_, cols_ - 1);
+    if (topRow == topRow_ && leftCol == leftCol_) return;
+    topRow_ = topRow;
+    leftCol_ = leftCol;
+    notifyLayout();
+    runtime().raise(Scroll);
+}
+
+} // namespace forms

@@ -1,0 +1,62 @@
+#include "forms/runtime.h"
+
+#include "forms/control.h"
+#include "forms/failure.h"
+#include "forms/form.h"
+
+namespace forms {
+
+void Runtime::raise(const std::function<void()>& handler) {
+    if (!handler) return;
+    ++depth_;
+    try {
+        handler();
+    } catch (const Failure&) {
+        // An error no handler caught ends that handler alone.
+    }
+    --depth_;
+    if (depth_ == 0) flushFocusEvents();
+}
+
+void Runtime::dispatch(const std::function<void()>& input) {
+    ++depth_;
+    try {
+        input();
+    } catch (const Failure&) {
+    }
+    --depth_;
+    if (depth_ == 0) flushFocusEvents();
+}
+
+void Runtime::moveFocus(Control* control) {
+    if (control == focused_) return;
+    focused_ = control;
+    focusMoved_ = true;
+    if (control) control->form().changed(*control, Prop::Focus);
+    if (depth_ == 0) flushFocusEvents();
+}
+
+void Runtime::forget(Control* control) {
+    if (focused_ == control) focused_ = nullptr;
+}
+
+void Runtime::flushFocusEvents() {
+    if (flushing_) return;
+    flushing_ = true;
+    // Each GotFocus goes to the control that holds the focus once the handler
+    // that moved it has ended; a handler that moves it again makes another round.
+    while (focusMoved_) {
+        focusMoved_ = false;
+        Control* target = focused_;
+        if (!target || !target->GotFocus) continue;
+        ++depth_;
+        try {
+            target->GotFocus();
+        } catch (const Failure&) {
+        }
+        --depth_;
+    }
+    flushing_ = false;
+}
+
+} // namespace forms

@@ -1,0 +1,51 @@
+#pragma once
+#include <functional>
+
+namespace forms {
+
+class Control;
+class Form;
+
+// Whoever shows forms: told of each form when it is complete and when it goes.
+class FormHost {
+public:
+    virtual ~FormHost() = default;
+    virtual void formCreated(Form& form) = 0;
+    virtual void formDestroyed(Form& form) = 0;
+};
+
+// The event machinery shared by all forms of one program: handlers run
+// synchronously and nest, and focus events wait until the outermost handler has
+// ended, then go to whichever control holds the focus at that moment.
+class Runtime {
+public:
+    // Runs one event handler. A failure that a handler does not catch itself
+    // ends that handler only, never the code whose assignment raised the event.
+    void raise(const std::function<void()>& handler);
+
+    // Runs a piece of platform input (a click, a key, a focus change by the
+    // user) as an outermost event, so the focus events it causes follow it.
+    void dispatch(const std::function<void()>& input);
+
+    Control* focused() const { return focused_; }
+    // Moves the focus; the caller has checked that the control can take it.
+    void moveFocus(Control* control);
+    // Forgets a control that goes away (a form being unloaded).
+    void forget(Control* control);
+
+    int depth() const { return depth_; }
+
+    void setHost(FormHost* host) { host_ = host; }
+    FormHost* host() const { return host_; }
+
+private:
+    void flushFocusEvents();
+
+    FormHost* host_ = nullptr;
+    Control* focused_ = nullptr;
+    bool focusMoved_ = false;
+    bool flushing_ = false;
+    int depth_ = 0;
+};
+
+} // namespace forms

@@ -1,0 +1,128 @@
+#include "forms/std_files.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace forms {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kTempMark = "quillmere-tmp-";
+
+[[noreturn]] void fail(const std::string& what, const std::string& path, int err) {
+    throw Failure(what + " " + path + ": " + std::strerror(err));
+}
+
+class StdInput : public InputStream {
+public:
+    explicit StdInput(std::FILE* f) : f_(f) {}
+    ~StdInput() override { std::fclose(f_); }
+    std::size_t read(char* buf, std::size_t n) override {
+        std::size_t got = std::fread(buf, 1, n, f_);
+        if (got < n && std::ferror(f_)) throw Failure(std::string("read error: ") + std::strerror(errno));
+        return got;
+    }
+
+private:
+    std::FILE* f_;
+};
+
+class StdOutput : public OutputStream {
+public:
+    StdOutput(std::FILE* f, std::string temp, std::string target) : f_(f), temp_(std::move(temp)), target_(std::move(target)) {}
+    ~StdOutput() override {
+        if (f_) std::fclose(f_);
+        if (!committed_) ::unlink(temp_.c_str());
+    }
+    void write(const char* data, std::size_t n) override {
+        if (!f_) throw Failure("file is closed");
+        if (n && std::fwrite(data, 1, n, f_) != n) fail("write error on", target_, errno);
+    }
+    void commit() override {
+        if (!f_) throw Failure("file is closed");
+        std::FILE* f = f_;
+        f_ = nullptr;
+        bool ok = std::fflush(f) == 0;
+        int err = errno;
+        if (std::fclose(f) != 0 && ok) { ok = false; err = errno; }
+        if (!ok) fail("write error on", target_, err);
+        if (std::rename(temp_.c_str(), target_.c_str()) != 0) fail("can't replace", target_, errno);
+        committed_ = true;
+    }
+
+private:
+    std::FILE* f_;
+    std::string temp_, target_;
+    bool committed_ = false;
+};
+
+} // namespace
+
+std::string StdFiles::temporaryName(const std::string& path) {
+    static std::atomic<unsigned> counter{0};
+    fs::path p(path);
+    // Independent of the file's own name, so that a name near the length limit still works.
+    std::string name = std::string(".") + kTempMark + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+    return (p.parent_path() / name).string();
+}
+
+bool StdFiles::isTemporaryName(const std::string& fileName) {
+    return fileName.rfind(std::string(".") + kTempMark, 0) == 0;
+}
+
+std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) {
+        if (errno == ENOENT) throw FileNotFound(path);
+        fail("can't open", path, errno);
+    }
+    return std::make_unique<StdInput>(f);
+}
+
+std::unique_ptr<OutputStream> StdFiles::openReplace(const std::string& path) {
+    std::error_code ec;
+    // A folder in the way can't be replaced by a file.
+    if (fs::is_directory(path, ec)) throw Failure("is a folder: " + path);
+    std::string temp = temporaryName(path);
+    std::FILE* f = std::fopen(temp.c_str(), "wb");
+    if (!f) fail("can't create", path, errno);
+    return std::make_unique<StdOutput>(f, temp, path);
+}
+
+bool StdFiles::exists(const std::string& path) {
+    std::error_code ec;
+    return fs::exists(path, ec);
+}
+
+void StdFiles::remove(const std::string& path) {
+    if (::unlink(path.c_str()) != 0) {
+        if (errno == ENOENT) throw FileNotFound(path);
+        fail("can't remove", path, errno);
+    }
+}
+
+void StdFiles::removeMatching(const std::string& folder, const std::string& suffix) {
+    std::error_code ec;
+    fs::directory_iterator it(folder, ec), end;
+    if (ec) throw FileNotFound(folder + "*" + suffix);
+    bool any = false;
+    for (; it != end; it.increment(ec)) {
+        if (ec) fail("can't list", folder, ec.value());
+        const std::string name = it->path().filename().string();
+        if (name.size() < suffix.size() || name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0) continue;
+        if (!it->is_regular_file(ec)) continue;
+        any = true;
+        if (::unlink(it->path().c_str()) != 0 && errno != ENOENT) fail("can't remove", it->path().string(), errno);
+    }
+    if (!any) throw FileNotFound(folder + "*" + suffix);
+}
+
+} // namespace forms

@@ -1,0 +1,22 @@
+#pragma once
+#include "forms/ports.h"
+
+namespace forms {
+
+// Files on the local file system. A file is written under a hidden temporary
+// name in its own folder and renamed over the old one when it is complete, so
+// that a crash or a full disk never leaves a cut file.
+class StdFiles : public FilesPort {
+public:
+    std::unique_ptr<InputStream> openRead(const std::string& path) override;
+    std::unique_ptr<OutputStream> openReplace(const std::string& path) override;
+    bool exists(const std::string& path) override;
+    void remove(const std::string& path) override;
+    void removeMatching(const std::string& folder, const std::string& suffix) override;
+
+    // The temporary name a file is written under until its commit; it never ends in ".csv".
+    static std::string temporaryName(const std::string& path);
+    static bool isTemporaryName(const std::string& fileName);
+};
+
+} // namespace forms

@@ -1,0 +1,16 @@
+#pragma once
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace forms::utf8 {
+
+// Characters are counted as code points; a stray byte of broken UTF-8 counts as one.
+std::size_t length(std::string_view s);
+// Byte offset of character index i (clamped to the end).
+std::size_t offset(std::string_view s, std::size_t i);
+std::string encode(char32_t ch);
+// Characters [from, from + count) of s.
+std::string mid(std::string_view s, std::size_t from, std::size_t count);
+
+} // namespace forms::utf8

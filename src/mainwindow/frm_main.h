@@ -1,0 +1,134 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "forms/controls.h"
+#include "forms/form.h"
+#include "forms/grid.h"
+#include "forms/listbox.h"
+#include "mainwindow/platform.h"
+#include "mainwindow/totals.h"
+#include "storage/records.h"
+#include "storage/value.h"
+
+namespace qm {
+
+class frmPic;
+
+// The main window: the category list, the item grid with its cell editor and
+// totals, the command buttons and the menu bar. Its fields are the program's
+// state; its procedures live in the folder of the subsystem they belong to.
+class frmMain {
+public:
+    frmMain(Platform& platform, modGlobalVars& globals);
+    ~frmMain();
+    frmMain(const frmMain&) = delete;
+    frmMain& operator=(const frmMain&) = delete;
+
+    Platform& platform;
+    modGlobalVars& globals;
+    storage::FileTable files;
+
+    forms::Form form;
+
+    forms::Frame fraCategory;
+    forms::Button cmdAddCategory;
+    forms::Button cmdDeleteCategory;
+    forms::Button cmdRenameCat;
+    forms::ListBox lstCategory;
+    forms::TextBox txtLoading;
+    forms::Label lblCategory;
+    forms::CheckBox chkPic;
+
+    forms::Frame fraFlexGrid;
+    forms::Grid FG1;
+    forms::TextBox T1;
+    forms::Label Label1;
+    forms::TextBox txtCost;
+    forms::Label Label2;
+    forms::TextBox txtValue;
+
+    forms::Frame fraButtons;
+    forms::Button cmdAddAsset;
+    forms::Button cmdDeleteAsset;
+    forms::Button cmdRenameItem;
+    forms::Button cmdSave;
+    forms::Button cmdLoad;
+    forms::Button cmdPrint;
+    forms::Button cmdExit;
+
+    // ---- fields --------------------------------------------------------
+    storage::Value CategoryCount;
+    std::optional<std::string> CurrentCategory; // nothing until the first switch
+    bool WriteToFloppy = false;
+    bool ReadFromFloppy = false;
+    bool RenamePending = false;
+    std::optional<std::string> RenameTarget;
+    std::string NewCategoryName;
+    std::int16_t AddItemPending = 0; // True is -1
+    int ItemRowCount = 1;
+    int SaveFileNumber = 0;
+    int LoadFileNumber = 0;
+
+    // Category files that exist but could not be read whole in this run: never written over.
+    std::set<std::string> UnreadableFiles;
+
+    // ---- start and stop (mainwindow/program.cpp) --------------------------
+    // Loads the window, shows it and gives the focus to the first control in tab order.
+    void Start();
+    void Form_Load();
+    void cmdExit_Click();
+    void Form_Terminate();
+    void SetupGrid();
+    bool ended() const { return ended_; }
+
+    // ---- storage (storage/category_index.cpp, storage/category_file.cpp) --
+    void LoadCategoryList();
+    void SaveCategoryList();
+    void SaveCategoryFile();
+    void LoadCategoryFile();
+    std::string CategoryPath(const std::string& place, const std::string& name) const;
+
+    // ---- switching (mainwindow/switching.cpp) ------------------------------
+    void lstCategory_Click();
+    void lstCategory_GotFocus();
+    void lblCategory_Change();
+    void ParkControls();
+    void RestoreControls();
+
+    // ---- cell editor (mainwindow/cell_editor.cpp) --------------------------
+    void BeginCellEdit();
+    void FG1_GotFocus();
+    void FG1_LeaveCell();
+    void FG1_EnterCell();
+    void FG1_Scroll();
+    void T1_Change();
+
+    // ---- totals (mainwindow/totals.cpp) -------------------------------------
+    void UpdateTotals();
+
+    // ---- appearance (appearance/colors.cpp) ---------------------------------
+    void LoadColors();
+
+    // ---- commands (commands/) -----------------------------------------------
+    void RemoveSelectedCategory();
+
+    // ---- other windows ------------------------------------------------------
+    // frmPic is made at its first use and stays until the end.
+    frmPic& Pic();
+    bool hasPic() const { return pic_ != nullptr; }
+
+private:
+    void declareLayout();
+    void wireEvents();
+    void runExitSteps();
+
+    TotalsCache totalsCache_;
+    std::unique_ptr<frmPic> pic_;
+    bool ended_ = false;
+};
+
+} // namespace qm

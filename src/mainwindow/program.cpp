@@ -1,0 +1,70 @@
+#include "forms/failure.h"
+#include "mainwindow/frm_main.h"
+
+namespace qm {
+
+using forms::Failure;
+
+void frmMain::Start() {
+    platform.runtime.dispatch([this] { Form_Load(); });
+    form.setVisible(true);
+    platform.runtime.dispatch([this] {
+        auto order = form.tabOrder();
+        if (!order.empty()) order.front()->TrySetFocus();
+    });
+}
+
+void frmMain::Form_Load() {
+    FG1.setCellAlignment(forms::Grid::AlignRightCenter);
+    globals.PicturePath = platform.places.dataFolder + "NoPic.jpg";
+    bool loaded = false;
+    try {
+        WriteToFloppy = false;
+        LoadCategoryList();
+        ItemRowCount = 1;
+        RenamePending = false;
+        SetupGrid();
+        loaded = true;
+        // A colour file that can't be read ends the start here, quietly: the
+        // colours behind it keep the window's own.
+        LoadColors();
+    } catch (const Failure&) {
+        if (!loaded) {
+            files.Close(1);
+            WriteToFloppy = false;
+            LoadCategoryList();
+            ItemRowCount = 1;
+            RenamePending = false;
+            SetupGrid();
+        }
+    }
+}
+
+void frmMain::SetupGrid() {
+    static const char* kHeadings[] = {"Item", "Original Cost", "Current Value", "Location Purchased",
+                                      "Date Purchased", "Warranty Expiration", "Serial Number / Description"};
+    static const int kWidths[] = {1600, 900, 900, 1500, 1100, 1100, 3100};
+    FG1.setRows(1);
+    for (int c = 0; c < 7; ++c) FG1.setTextMatrix(0, c, kHeadings[c]);
+    FG1.setFixedRows(0);
+    FG1.setFixedCols(1);
+    for (int c = 0; c < 7; ++c) FG1.setColWidth(c, kWidths[c]);
+    FG1.setRowHeight(0, 500);
+}
+
+// Exit stores the grid under the open category, then the index with its walk,
+// and ends the program. Whatever road the program ends by, this runs once.
+void frmMain::runExitSteps() {
+    if (ended_) return;
+    ended_ = true;
+    SaveCategoryFile();
+    SaveCategoryList();
+    form.setVisible(false);
+    platform.program.endProgram();
+}
+
+void frmMain::cmdExit_Click() { runExitSteps(); }
+
+void frmMain::Form_Terminate() { runExitSteps(); }
+
+} // namespace qm

@@ -1,0 +1,60 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "forms/grid.h"
+#include "forms/ports.h"
+
+namespace qm {
+
+// A cell's text read as a number the forgiving way: blanks, tabs and line feeds
+// taken out, then sign, digits with one period, an exponent (E or D); reading
+// stops at the first character that can't go on; &H and &O read hexadecimal
+// and octal whole numbers. No number at the start reads as 0. Fails only for a
+// number too large for a 64-bit float.
+double NumberFromCell(const std::string& text);
+
+// An amount brought to the currency's decimals, halves away from zero. A value
+// whose decimal form ends in an exact half (1.005) counts as that half.
+double RoundToCurrency(double x, int decimals);
+
+// The amount in the regional currency format; fails for a number beyond a 64-bit float.
+std::string MoneyText(const forms::CurrencyPort& currency, double x);
+// Any text MoneyText gives, and plain numbers such as "0".
+double MoneyValue(const forms::CurrencyPort& currency, const std::string& text);
+
+// The numbers of the two money columns, kept beside the grid so that adding up
+// the totals parses only the cells that changed since the last time.
+class TotalsCache : public forms::GridListener {
+public:
+    static constexpr int kCostCol = 1;
+    static constexpr int kValueCol = 2;
+
+    explicit TotalsCache(forms::Grid& grid);
+    ~TotalsCache() override;
+    TotalsCache(const TotalsCache&) = delete;
+    TotalsCache& operator=(const TotalsCache&) = delete;
+
+    // NumberFromCell of the cell, cached; false for a number too large.
+    bool number(int row, int col, double& out);
+
+    void cellChanged(int row, int col) override;
+    void rowsInserted(int first, int count) override;
+    void rowsRemoved(int first, int count) override;
+    void layoutChanged() override {}
+    void gridReset() override;
+
+private:
+    enum State : std::uint8_t { Stale, Number, TooLarge };
+    struct Entry {
+        double value = 0;
+        State state = Stale;
+    };
+    std::vector<Entry>& column(int col) { return col == kCostCol ? cost_ : value_; }
+
+    forms::Grid& grid_;
+    std::vector<Entry> cost_, value_;
+};
+
+} // namespace qm

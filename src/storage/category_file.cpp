@@ -1,0 +1,100 @@
+#include "forms/failure.h"
+#include "mainwindow/frm_main.h"
+
+namespace qm {
+
+using forms::Failure;
+
+namespace {
+constexpr int kFieldsPerRow = 7;
+} // namespace
+
+// Writes the whole grid, one line a row, to the file of CurrentCategory.
+void frmMain::SaveCategoryFile() {
+    const std::string path = CategoryPath(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder,
+                                          CurrentCategory.value_or(""));
+    // A file that exists but could not be read is never replaced by what the grid shows of it.
+    if (UnreadableFiles.count(path)) return;
+    SaveFileNumber = 0;
+    try {
+        SaveFileNumber = files.FreeFile();
+        files.OpenOutput(SaveFileNumber, path);
+        std::string line;
+        const int rows = FG1.Rows(), cols = FG1.Cols();
+        for (int row = 0; row < rows; ++row) {
+            line.clear();
+            for (int col = 0; col < cols; ++col) {
+                if (col != 0) line += ',';
+                storage::AppendField(line, FG1.TextMatrix(row, col));
+            }
+            files.WriteRawLine(SaveFileNumber, line);
+        }
+        files.Close(SaveFileNumber);
+    } catch (const Failure&) {
+        files.Abandon(SaveFileNumber);
+    }
+}
+
+// Fills the grid from the file of the selected entry, field by field through
+// the current cell, until a read fails: the end of the file is found only that
+// way. The grid is left without fixed rows or columns.
+void frmMain::LoadCategoryFile() {
+    FG1.setEnabled(true);
+    FG1.setFixedRows(0);
+    FG1.setFixedCols(0);
+    // All rows but row 0 go, whatever the file holds; row 0 keeps its texts.
+    FG1.setRows(1);
+
+    const std::string path = CategoryPath(ReadFromFloppy ? platform.places.floppyRoot : platform.places.dataFolder,
+                                          lstCategory.Text());
+    bool unreadable = false;
+    int r = 0;
+    LoadFileNumber = 0;
+    try {
+        LoadFileNumber = files.FreeFile();
+        files.OpenInput(LoadFileNumber, path);
+        for (;;) {
+            // Each pass adds the row the next pass fills, so Rows keeps ahead of r.
+            // In a full grid there is no room for it: that pass fills the last row,
+            // and the file must end right behind it.
+            const bool room = FG1.Rows() < forms::Grid::kMaxRows;
+            if (room) FG1.AddItem(std::to_string(r));
+            for (int c = 0; c < kFieldsPerRow; ++c) {
+                std::string text = files.ReadField(LoadFileNumber);
+                FG1.setCol(c);
+                FG1.setRow(r);
+                FG1.setText(std::move(text));
+            }
+            ++r;
+            if (!room) {
+                files.ReadField(LoadFileNumber); // ends in EndOfFile when the file fits
+                unreadable = true;               // more lines than a grid holds
+                break;
+            }
+        }
+    } catch (const forms::FileNotFound&) {
+        // A new category: no file yet.
+    } catch (const forms::EndOfFile&) {
+        // The ordinary end.
+    } catch (const Failure&) {
+        unreadable = true;
+    }
+    files.Close(LoadFileNumber);
+
+    // Takes away the row of the failed pass and the one added ahead of it; with
+    // two rows or fewer the surplus stays.
+    if (FG1.Rows() > 2) {
+        try {
+            for (int surplus = FG1.Rows() - r; surplus > 0; --surplus) FG1.RemoveItem(r);
+        } catch (const Failure&) {
+        }
+    }
+    ItemRowCount = FG1.Rows();
+
+    if (unreadable) UnreadableFiles.insert(path);
+    else UnreadableFiles.erase(path);
+    // Esc in the editor that opens next must bring back the text as loaded.
+    FG1.setTag(FG1.Text());
+}
+
+} // namespace qm

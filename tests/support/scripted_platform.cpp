@@ -1,0 +1,222 @@
+#include "support/scripted_platform.h"
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "forms/failure.h"
+#include "storage/records.h"
+
+namespace qmtest {
+
+namespace fs = std::filesystem;
+
+const char* const kHeadingLine =
+    "Item,Original Cost,Current Value,Location Purchased,Date Purchased,Warranty Expiration,Serial Number / Description";
+
+TempDir::TempDir() {
+    static std::mt19937_64 rng{std::random_device{}()};
+    for (;;) {
+        path_ = fs::temp_directory_path() / ("qmtest-" + std::to_string(rng()));
+        if (fs::create_directory(path_)) break;
+    }
+}
+
+TempDir::~TempDir() {
+    std::error_code ec;
+    fs::permissions(path_, fs::perms::owner_all, fs::perm_options::add, ec);
+    fs::remove_all(path_, ec);
+}
+
+std::optional<std::string> readFile(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+void writeFile(const fs::path& p, const std::string& bytes) {
+    std::ofstream out(p, std::ios::binary | std::ios::trunc);
+    out << bytes;
+}
+
+// ---- FaultyFiles -----------------------------------------------------------------
+
+void FaultyFiles::check(Op op, const std::string& what) {
+    if (!(kinds_ & op)) return;
+    long n = count_++;
+    if (n == failAt_) {
+        fired_ = true;
+        throw forms::Failure("injected fault: " + what);
+    }
+}
+
+namespace {
+
+class FaultyInput : public forms::InputStream {
+public:
+    explicit FaultyInput(std::unique_ptr<forms::InputStream> in) : in_(std::move(in)) {}
+    std::size_t read(char* buf, std::size_t n) override { return in_->read(buf, n); }
+
+private:
+    std::unique_ptr<forms::InputStream> in_;
+};
+
+class FaultyOutput : public forms::OutputStream {
+public:
+    FaultyOutput(FaultyFiles& owner, std::unique_ptr<forms::OutputStream> out, std::string path)
+        : owner_(owner), out_(std::move(out)), path_(std::move(path)) {}
+    void write(const char* data, std::size_t n) override {
+        owner_.check(FaultyFiles::Write, "write " + path_);
+        out_->write(data, n);
+    }
+    void commit() override {
+        owner_.check(FaultyFiles::Commit, "commit " + path_);
+        out_->commit();
+    }
+
+private:
+    FaultyFiles& owner_;
+    std::unique_ptr<forms::OutputStream> out_;
+    std::string path_;
+};
+
+} // namespace
+
+std::unique_ptr<forms::InputStream> FaultyFiles::openRead(const std::string& path) {
+    check(OpenRead, "open " + path);
+    return std::make_unique<FaultyInput>(real_.openRead(path));
+}
+
+std::unique_ptr<forms::OutputStream> FaultyFiles::openReplace(const std::string& path) {
+    check(OpenWrite, "create " + path);
+    return std::make_unique<FaultyOutput>(*this, real_.openReplace(path), path);
+}
+
+void FaultyFiles::remove(const std::string& path) {
+    check(Remove, "remove " + path);
+    real_.remove(path);
+}
+
+void FaultyFiles::removeMatching(const std::string& folder, const std::string& suffix) {
+    check(Remove, "remove " + folder + "*" + suffix);
+    real_.removeMatching(folder, suffix);
+}
+
+// ---- dialogs, pictures, printer ----------------------------------------------------
+
+int ScriptedDialogs::MsgBox(const std::string& text, int buttons, const std::string& title) {
+    messages.push_back({text, buttons, title});
+    if (!msgAnswers.empty()) {
+        int a = msgAnswers.front();
+        msgAnswers.pop_front();
+        return a;
+    }
+    return buttons == forms::vbYesNo ? forms::vbYes : forms::vbOK;
+}
+
+std::string ScriptedDialogs::InputBox(const std::string& prompt, const std::string& title) {
+    prompts.push_back({prompt, 0, title});
+    if (inputAnswers.empty()) return "";
+    std::string a = inputAnswers.front();
+    inputAnswers.pop_front();
+    return a;
+}
+
+std::optional<std::string> ScriptedDialogs::ShowOpen(const std::string& filter) {
+    filters.push_back(filter);
+    if (openAnswers.empty()) return std::nullopt;
+    auto a = openAnswers.front();
+    openAnswers.pop_front();
+    return a;
+}
+
+std::optional<forms::Color> ScriptedDialogs::ShowColor() {
+    if (colorAnswers.empty()) return std::nullopt;
+    auto a = colorAnswers.front();
+    colorAnswers.pop_front();
+    return a;
+}
+
+std::shared_ptr<forms::Picture> ScriptedPictures::LoadPicture(const std::string& path) {
+    loads.push_back(path);
+    auto bytes = readFile(path);
+    if (!bytes) throw forms::FileNotFound(path);
+    std::istringstream in(*bytes);
+    std::string tag;
+    int w = 0, h = 0;
+    if (!(in >> tag >> w >> h) || tag != "PIC") throw forms::Failure("invalid picture: " + path);
+    return std::make_shared<FakePicture>(path, w, h);
+}
+
+std::shared_ptr<forms::Picture> ScriptedPictures::placeholder() { return std::make_shared<FakePicture>("<placeholder>", 1440, 1440); }
+
+void ScriptedPrinter::Print(const std::string& text, bool openEnd) {
+    if (failAfter >= 0 && prints >= failAfter) throw forms::Failure("printer error");
+    ++prints;
+    pending = true;
+    if (!lineOpen) current.emplace_back();
+    current.back() += text;
+    lineOpen = openEnd;
+}
+
+void ScriptedPrinter::EndDoc() {
+    if (!pending) return;
+    jobs.push_back(current);
+    current.clear();
+    pending = false;
+    lineOpen = false;
+}
+
+// ---- Harness ---------------------------------------------------------------------
+
+Harness::Harness()
+    : platform{runtime, files, dialogs, pictures, printer, currency, program, {dataDir.place(), floppyDir.place()}} {}
+
+Harness::Harness(const std::string& dataFolder, const std::string& floppyRoot)
+    : platform{runtime, files, dialogs, pictures, printer, currency, program, {dataFolder, floppyRoot}} {}
+
+Harness::~Harness() { main.reset(); }
+
+qm::frmMain& Harness::start() {
+    main = std::make_unique<qm::frmMain>(platform, globals);
+    main->Start();
+    return *main;
+}
+
+void Harness::click(forms::Button& b) {
+    run([&] { b.TrySetFocus(); });
+    run([&] { runtime.raise(b.Click); });
+}
+
+void Harness::selectCategory(int index) {
+    run([&] { main->lstCategory.TrySetFocus(); });
+    run([&] { main->lstCategory.setSelected(index); });
+}
+
+void Harness::focus(forms::Control& c) {
+    run([&] { c.TrySetFocus(); });
+}
+
+void Harness::writeIndex(const std::vector<std::string>& names, const std::string& count) {
+    writeFile(data("NumCats.csv"), (count.empty() ? " " + std::to_string(names.size()) + " " : count) + "\r\n");
+    std::string list;
+    for (const auto& n : names) list += storage::EncodeField(n) + "\r\n";
+    writeFile(data("CatFiles.csv"), list);
+}
+
+void Harness::writeCategory(const std::string& name, const std::vector<std::vector<std::string>>& items) {
+    std::string text = std::string(kHeadingLine) + "\r\n";
+    for (const auto& row : items) {
+        std::string line;
+        for (std::size_t c = 0; c < 7; ++c) {
+            if (c) line += ',';
+            if (c < row.size()) storage::AppendField(line, row[c]);
+        }
+        text += line + "\r\n";
+    }
+    writeFile(data(name + ".csv"), text);
+}
+
+} // namespace qmtest

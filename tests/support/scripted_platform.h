@@ -1,0 +1,171 @@
+#pragma once
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "forms/locale_currency.h"
+#include "forms/ports.h"
+#include "forms/runtime.h"
+#include "forms/std_files.h"
+#include "mainwindow/frm_main.h"
+
+namespace qmtest {
+
+// A folder of its own for one test, removed at the end.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::filesystem::path& path() const { return path_; }
+    // The path with a closing "/", as the program's places are written.
+    std::string place() const { return path_.string() + "/"; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// Bytes of a file, or nothing if it isn't there.
+std::optional<std::string> readFile(const std::filesystem::path& p);
+void writeFile(const std::filesystem::path& p, const std::string& bytes);
+
+// Real files with faults on demand: the operation with the given number (from 0,
+// counted over all kinds that are armed) fails, once.
+class FaultyFiles : public forms::FilesPort {
+public:
+    enum Op : unsigned { OpenRead = 1, OpenWrite = 2, Write = 4, Commit = 8, Remove = 16 };
+
+    std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
+    std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
+    bool exists(const std::string& path) override { return real_.exists(path); }
+    void remove(const std::string& path) override;
+    void removeMatching(const std::string& folder, const std::string& suffix) override;
+
+    // Counts operations of these kinds; the one numbered failAt fails.
+    void arm(unsigned kinds, long failAt) { kinds_ = kinds; failAt_ = failAt; count_ = 0; }
+    void disarm() { kinds_ = 0; failAt_ = -1; }
+    long counted() const { return count_; }
+    bool fired() const { return fired_; }
+    // Called by the streams.
+    void check(Op op, const std::string& what);
+
+private:
+    forms::StdFiles real_;
+    unsigned kinds_ = 0;
+    long failAt_ = -1;
+    long count_ = 0;
+    bool fired_ = false;
+};
+
+struct Message {
+    std::string text;
+    int buttons;
+    std::string title;
+};
+
+class ScriptedDialogs : public forms::DialogsPort {
+public:
+    int MsgBox(const std::string& text, int buttons, const std::string& title) override;
+    std::string InputBox(const std::string& prompt, const std::string& title) override;
+    std::optional<std::string> ShowOpen(const std::string& filter) override;
+    std::optional<forms::Color> ShowColor() override;
+
+    // Answers, in order; a box with no answer queued takes its first button, an input box "".
+    std::deque<int> msgAnswers;
+    std::deque<std::string> inputAnswers;
+    std::deque<std::optional<std::string>> openAnswers;
+    std::deque<std::optional<forms::Color>> colorAnswers;
+    std::vector<Message> messages;
+    std::vector<Message> prompts; // input boxes: text, 0, title
+    std::vector<std::string> filters;
+};
+
+class FakePicture : public forms::Picture {
+public:
+    FakePicture(std::string path, int w, int h) : path(std::move(path)), w_(w), h_(h) {}
+    int widthTwips() const override { return w_; }
+    int heightTwips() const override { return h_; }
+    std::string path;
+
+private:
+    int w_, h_;
+};
+
+// Pictures are files whose content starts "PIC w h"; anything else is no picture.
+class ScriptedPictures : public forms::PicturesPort {
+public:
+    std::shared_ptr<forms::Picture> LoadPicture(const std::string& path) override;
+    std::shared_ptr<forms::Picture> placeholder() override;
+    std::vector<std::string> loads;
+};
+
+class ScriptedPrinter : public forms::PrinterPort {
+public:
+    void Print(const std::string& text, bool openEnd) override;
+    void EndDoc() override;
+    // Lines of the finished jobs, and of the one being printed.
+    std::vector<std::vector<std::string>> jobs;
+    std::vector<std::string> current;
+    bool pending = false;
+    bool lineOpen = false;
+    long failAfter = -1; // fail at the Print call with this number
+    long prints = 0;
+};
+
+class ScriptedProgram : public forms::ProgramPort {
+public:
+    bool startSystemInfo() override { ++sysInfoStarts; return hasSysInfo; }
+    void endProgram() override { ++ends; }
+    bool hasSysInfo = false;
+    int sysInfoStarts = 0;
+    int ends = 0;
+};
+
+// A whole program on temporary folders with the scripted platform.
+class Harness {
+public:
+    Harness();
+    explicit Harness(const std::string& dataFolder, const std::string& floppyRoot);
+    ~Harness();
+
+    TempDir dataDir, floppyDir;
+    forms::Runtime runtime;
+    FaultyFiles files;
+    ScriptedDialogs dialogs;
+    ScriptedPictures pictures;
+    ScriptedPrinter printer;
+    forms::LocaleCurrency currency{forms::LocaleCurrency::usRules()};
+    ScriptedProgram program;
+    qm::Platform platform;
+    qm::modGlobalVars globals;
+    std::unique_ptr<qm::frmMain> main;
+
+    // Makes frmMain and runs its start (load, show, first focus).
+    qm::frmMain& start();
+    qm::frmMain& m() { return *main; }
+
+    std::filesystem::path data(const std::string& name) const { return dataDir.path() / name; }
+    std::filesystem::path floppy(const std::string& name) const { return floppyDir.path() / name; }
+
+    // User input, each as one event with its focus events after it.
+    void click(forms::Button& b);
+    void selectCategory(int index);       // a click on a list entry: the list gains the focus, then the selection
+    void focus(forms::Control& c);        // the user moves the focus (Tab or mouse)
+    void run(const std::function<void()>& f) { runtime.dispatch(f); }
+
+    // Writes an index and category files into the data folder.
+    void writeIndex(const std::vector<std::string>& names, const std::string& count = "");
+    void writeCategory(const std::string& name, const std::vector<std::vector<std::string>>& items);
+
+private:
+    std::string dataOverride_, floppyOverride_;
+};
+
+extern const char* const kHeadingLine;
+
+} // namespace qmtest
