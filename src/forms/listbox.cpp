@@ -25,8 +25,22 @@ char32_t next(const std::string& s, std::size_t& i) {
     return c;
 }
 
-// Simple case folding for the scripts a list of names is likely to hold.
+// Simple case folding for the scripts a list of names is likely to hold;
+// Latin letters with marks sort with their base letter.
+char32_t foldCase(char32_t c);
+
 char32_t fold(char32_t c) {
+    c = foldCase(c);
+    if (c == 0xDF) return 's';
+    if (c >= 0xE0 && c <= 0xFF) {
+        static const char kBase[] = "aaaaaaaceeeeiiiidnooooo\xF7ouuuuy\xFEy";
+        char b = kBase[c - 0xE0];
+        return b == '\xF7' || b == '\xFE' ? c : static_cast<char32_t>(b);
+    }
+    return c;
+}
+
+char32_t foldCase(char32_t c) {
     if (c >= 'A' && c <= 'Z') return c + 32;
     if (c < 0x80) return c;
     if ((c >= 0xC0 && c <= 0xDE && c != 0xD7)) return c + 32;
