@@ -1,0 +1,128 @@
+#include "forms/input.h"
+
+#include "forms/controls.h"
+#include "forms/form.h"
+#include "forms/grid.h"
+#include "forms/listbox.h"
+#include "forms/menu.h"
+#include "forms/runtime.h"
+
+namespace forms::input {
+
+void click(Runtime& rt, Button& b) {
+    if (!b.canFocus()) return;
+    rt.dispatch([&] { b.TrySetFocus(); });
+    rt.dispatch([&] { rt.raise(b.Click); });
+}
+
+void toggle(Runtime& rt, CheckBox& box) {
+    if (!box.canFocus()) return;
+    rt.dispatch([&] { box.TrySetFocus(); });
+    rt.dispatch([&] { box.setValue(box.Value() == 0 ? 1 : 0); });
+}
+
+void menu(Runtime& rt, MenuItem& item) {
+    if (!item.Enabled || !item.Visible || item.isSeparator()) return;
+    rt.dispatch([&] { rt.raise(item.Click); });
+}
+
+void focus(Runtime& rt, Control& c) {
+    rt.dispatch([&] { c.TrySetFocus(); });
+}
+
+void tab(Runtime& rt, Form& form, bool backwards) {
+    rt.dispatch([&] {
+        auto order = form.tabOrder();
+        if (order.empty()) return;
+        std::size_t at = order.size();
+        for (std::size_t i = 0; i < order.size(); ++i)
+            if (order[i] == rt.focused()) at = i;
+        std::size_t next;
+        if (at == order.size()) next = backwards ? order.size() - 1 : 0;
+        else next = backwards ? (at + order.size() - 1) % order.size() : (at + 1) % order.size();
+        order[next]->TrySetFocus();
+    });
+}
+
+void selectEntry(Runtime& rt, ListBox& list, int index) {
+    if (!list.canFocus() || index < 0 || index >= list.ListCount()) return;
+    rt.dispatch([&] { list.TrySetFocus(); });
+    // The walk of the focus gain may have changed the list.
+    if (index >= list.ListCount()) return;
+    rt.dispatch([&] { list.setSelected(index); });
+}
+
+void key(Runtime& rt, TextBox& box, int keyCode, int shift, char32_t ch) {
+    if (!box.canFocus()) return;
+    rt.dispatch([&] {
+        int code = keyCode;
+        if (box.KeyDown) rt.raise([&] { box.KeyDown(code, shift); });
+        if (ch != 0) {
+            // The character belongs to the box that saw the key go down, even if
+            // KeyDown has moved the focus away.
+            int c = static_cast<int>(ch);
+            if (box.KeyPress) rt.raise([&] { box.KeyPress(c); });
+            if (c != 0) box.applyOwnChar(static_cast<char32_t>(c));
+        } else if (code != 0) {
+            box.applyOwnKey(code);
+        }
+    });
+}
+
+void text(Runtime& rt, TextBox& box, const std::u32string& chars) {
+    for (char32_t ch : chars) key(rt, box, 0, 0, ch);
+}
+
+void paste(Runtime& rt, TextBox& box, const std::string& utf8) {
+    if (!box.canFocus()) return;
+    rt.dispatch([&] { box.applyInsert(utf8); });
+}
+
+void clickText(Runtime& rt, TextBox& box, int caret) {
+    if (!box.canFocus()) return;
+    rt.dispatch([&] {
+        box.TrySetFocus();
+        box.placeCaret(caret);
+    });
+}
+
+void gridKey(Runtime& rt, Grid& grid, int keyCode, char32_t ch) {
+    if (!grid.canFocus()) return;
+    rt.dispatch([&] {
+        int r = grid.Row(), c = grid.Col();
+        switch (keyCode) {
+        case key::Up: --r; break;
+        case key::Down: ++r; break;
+        case key::Left: --c; break;
+        case key::Right: ++c; break;
+        case key::Home: c = grid.FixedCols(); break;
+        case key::End: c = grid.Cols() - 1; break;
+        default: break;
+        }
+        if (r != grid.Row() || c != grid.Col()) {
+            if (r >= grid.FixedRows() && r < grid.Rows() && c >= grid.FixedCols() && c < grid.Cols()) {
+                grid.userClickCell(r, c);
+                (void)grid.CellTop(); // the grid keeps its current cell in view
+            }
+            return;
+        }
+        if (ch != 0 && grid.KeyPress) {
+            int code = static_cast<int>(ch);
+            rt.raise([&] { grid.KeyPress(code); });
+        }
+    });
+}
+
+void clickCell(Runtime& rt, Grid& grid, int row, int col) {
+    if (!grid.canFocus()) return;
+    rt.dispatch([&] {
+        grid.TrySetFocus();
+        grid.userClickCell(row, col);
+    });
+}
+
+void scrollGrid(Runtime& rt, Grid& grid, int topRow, int leftCol) {
+    rt.dispatch([&] { grid.userScrollTo(topRow, leftCol); });
+}
+
+} // namespace forms::input
