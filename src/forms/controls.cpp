@@ -109,8 +109,12 @@ void TextBox::applyOwnChar(char32_t ch) {
                selStart_ + 1);
 }
 
-void TextBox::applyInsert(const std::string& s) {
+void TextBox::applyInsert(const std::string& pasted) {
     if (Locked) return;
+    // A single line holds no control characters: line breaks and tabs become blanks.
+    std::string s = pasted;
+    for (char& c : s)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
     int len = length();
     setTextOwn(utf8::mid(text_, 0, selStart_) + s + utf8::mid(text_, selStart_ + selLength_, len),
                selStart_ + static_cast<int>(utf8::length(s)));

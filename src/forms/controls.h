@@ -72,7 +72,8 @@ public:
     // Backspace and typed characters. Returns whether the text changed.
     void applyOwnKey(int keyCode);
     void applyOwnChar(char32_t ch);
-    // Text put in by the user without a key press (a paste): replaces the selection.
+    // Text put in by the user without a key press (a paste): replaces the
+    // selection; control characters become blanks.
     void applyInsert(const std::string& utf8);
     // The caret placed by a click.
     void placeCaret(int pos, int selLength = 0);

@@ -18,6 +18,10 @@ void frmMain::BeginCellEdit() {
         T1.setText(FG1.Text());
         T1.setSelStart(T1.length());
         T1.SetFocus();
+        if (AddItemPending == -1) {
+            cmdAddAsset_Click();
+            AddItemPending = 0;
+        }
     } catch (const Failure&) {
     }
 }
@@ -44,6 +48,9 @@ void frmMain::FG1_EnterCell() {
 void frmMain::FG1_Scroll() { T1.setVisible(false); }
 
 void frmMain::T1_Change() {
+    // Keys write the cell before the box changes; text that came without a key
+    // (a paste) is written here, so the cell never lags behind what it shows.
+    if (FG1.Text() != T1.Text() && FG1.Rows() > 1 && FG1.Row() >= FG1.FixedRows()) FG1.setText(T1.Text());
     T1.setVisible(true);
     UpdateTotals();
     FG1.setCellAlignment(forms::Grid::AlignRightCenter);

@@ -1,5 +1,7 @@
 #include "mainwindow/frm_main.h"
 
+#include <stdexcept>
+
 #include "pictures/frm_pic.h"
 
 namespace qm {
@@ -60,9 +62,29 @@ void frmMain::wireEvents() {
     FG1.EnterCell = [this] { FG1_EnterCell(); };
     FG1.Scroll = [this] { FG1_Scroll(); };
     T1.Change = [this] { T1_Change(); };
-    cmdExit.Click = [this] { cmdExit_Click(); };
-    if (auto* m = form.menuBar().find("mnuExit")) m->Click = [this] { cmdExit_Click(); };
+    T1.KeyDown = [this](int& code, int shift) { T1_KeyDown(code, shift); };
+    T1.KeyPress = [this](int& ascii) { T1_KeyPress(ascii); };
+    FG1.KeyPress = [this](int& ascii) { FG1_KeyPress(ascii); };
+
+    auto bind = [this](forms::Button& button, const char* menuEntry, void (frmMain::*command)()) {
+        button.Click = [this, command] { (this->*command)(); };
+        if (menuEntry) menu(menuEntry).Click = [this, command] { (this->*command)(); };
+    };
+    bind(cmdExit, "mnuExit", &frmMain::cmdExit_Click);
+    bind(cmdAddAsset, "mnuAddItem", &frmMain::cmdAddAsset_Click);
+    bind(cmdDeleteAsset, "mnuDelItem", &frmMain::cmdDeleteAsset_Click);
+    // The menu's Rename Item runs the same command as the button.
+    bind(cmdRenameItem, "mnuRenameItem", &frmMain::cmdRenameItem_Click);
+    menu("mnuDelItems").Click = [this] { mnuDelItems_Click(); };
 }
+
+forms::MenuItem& frmMain::menu(const std::string& name) {
+    forms::MenuItem* item = form.menuBar().find(name);
+    if (!item) throw std::logic_error("no menu entry " + name);
+    return *item;
+}
+
+int frmMain::Message(const std::string& text, int buttons) { return platform.dialogs.MsgBox(text, buttons, kAppTitle); }
 
 // The window as it is designed: positions and sizes in twips inside each
 // control's frame, fonts, captions with their access keys, tab order.

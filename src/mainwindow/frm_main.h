@@ -107,6 +107,12 @@ public:
     void FG1_Scroll();
     void T1_Change();
 
+    // ---- cell editor keys (mainwindow/cell_editor_keys.cpp) ----------------
+    void T1_KeyDown(int& KeyCode, int Shift);
+    void T1_KeyPress(int& KeyAscii);
+    void FG1_KeyPress(int& KeyAscii);
+    void ShowCurrentCell();
+
     // ---- totals (mainwindow/totals.cpp) -------------------------------------
     void UpdateTotals();
 
@@ -115,6 +121,12 @@ public:
 
     // ---- commands (commands/) -----------------------------------------------
     void RemoveSelectedCategory();
+    void cmdAddAsset_Click();
+    void cmdRenameItem_Click();
+    void cmdDeleteAsset_Click();
+    void mnuDelItems_Click();
+    // A message box with the program's title.
+    int Message(const std::string& text, int buttons = forms::vbOKOnly);
 
     // ---- other windows ------------------------------------------------------
     // frmPic is made at its first use and stays until the end.
@@ -124,6 +136,7 @@ public:
 private:
     void declareLayout();
     void wireEvents();
+    forms::MenuItem& menu(const std::string& name);
     void runExitSteps();
 
     TotalsCache totalsCache_;
