@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "forms/failure.h"
+#include "forms/input.h"
 #include "storage/records.h"
 
 namespace qmtest {
@@ -86,6 +87,7 @@ private:
 
 std::unique_ptr<forms::InputStream> FaultyFiles::openRead(const std::string& path) {
     check(OpenRead, "open " + path);
+    if (unreadable.count(path)) throw forms::Failure("read error: " + path);
     return std::make_unique<FaultyInput>(real_.openRead(path));
 }
 
@@ -185,19 +187,11 @@ qm::frmMain& Harness::start() {
     return *main;
 }
 
-void Harness::click(forms::Button& b) {
-    run([&] { b.TrySetFocus(); });
-    run([&] { runtime.raise(b.Click); });
-}
+void Harness::click(forms::Button& b) { forms::input::click(runtime, b); }
 
-void Harness::selectCategory(int index) {
-    run([&] { main->lstCategory.TrySetFocus(); });
-    run([&] { main->lstCategory.setSelected(index); });
-}
+void Harness::selectCategory(int index) { forms::input::selectEntry(runtime, main->lstCategory, index); }
 
-void Harness::focus(forms::Control& c) {
-    run([&] { c.TrySetFocus(); });
-}
+void Harness::focus(forms::Control& c) { forms::input::focus(runtime, c); }
 
 void Harness::writeIndex(const std::vector<std::string>& names, const std::string& count) {
     writeFile(data("NumCats.csv"), (count.empty() ? " " + std::to_string(names.size()) + " " : count) + "\r\n");
