@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,9 @@ public:
     void disarm() { kinds_ = 0; failAt_ = -1; }
     long counted() const { return count_; }
     bool fired() const { return fired_; }
+    // Files that exist but can never be read (a read error, not a missing file),
+    // for as long as they are in this set.
+    std::set<std::string> unreadable;
     // Called by the streams.
     void check(Op op, const std::string& what);
 
