@@ -153,8 +153,9 @@ public:
     qm::frmMain& start();
     qm::frmMain& m() { return *main; }
 
-    std::filesystem::path data(const std::string& name) const { return dataDir.path() / name; }
-    std::filesystem::path floppy(const std::string& name) const { return floppyDir.path() / name; }
+    // Paths in the places the program was given (the temporary folders unless others were named).
+    std::filesystem::path data(const std::string& name) const { return std::filesystem::path(platform.places.dataFolder) / name; }
+    std::filesystem::path floppy(const std::string& name) const { return std::filesystem::path(platform.places.floppyRoot) / name; }
 
     // User input, each as one event with its focus events after it.
     void click(forms::Button& b);

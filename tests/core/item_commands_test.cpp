@@ -1,0 +1,212 @@
+// Adding, renaming and deleting items: prompts, messages and the state each
+// outcome leaves in the grid and on disk.
+#include <gtest/gtest.h>
+
+#include "forms/input.h"
+#include "support/scripted_platform.h"
+
+using namespace qmtest;
+
+namespace {
+
+struct Items : ::testing::Test {
+    Harness h;
+    qm::frmMain* m = nullptr;
+
+    void startWith(const std::vector<std::vector<std::string>>& items) {
+        h.writeIndex({"Garage", "Kitchen"});
+        h.writeCategory("Garage", items);
+        h.writeCategory("Kitchen", {{"Kettle", "30"}});
+        m = &h.start();
+        h.selectCategory(0);
+    }
+    std::string file(const std::string& name) { return readFile(h.data(name + ".csv")).value_or("<missing>"); }
+};
+
+TEST_F(Items, AddingTheFirstItemToAnEmptyCategoryBringsTheGridBack) {
+    startWith({});
+    EXPECT_FALSE(m->FG1.Visible());
+    EXPECT_EQ(m->ItemRowCount, 1);
+    EXPECT_TRUE(m->cmdAddAsset.hasFocus());
+    h.dialogs.inputAnswers.push_back("Mower");
+    h.click(m->cmdAddAsset);
+    EXPECT_EQ(m->ItemRowCount, 2);
+    EXPECT_TRUE(m->FG1.Visible());
+    EXPECT_TRUE(m->FG1.Enabled());
+    EXPECT_EQ(m->FG1.FixedRows(), 1);
+    EXPECT_EQ(m->FG1.FixedCols(), 1);
+    EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Mower");
+    EXPECT_EQ(m->FG1.Row(), 1);
+    EXPECT_EQ(m->FG1.Col(), 1);
+    EXPECT_TRUE(m->T1.Visible() && m->T1.hasFocus());
+    EXPECT_EQ(file("Garage"), std::string(kHeadingLine) + "\r\nMower,,,,,,\r\n");
+}
+
+TEST_F(Items, CancelAddsNothingWritesNothingAndGoesToColumnOneOfTheLastRow) {
+    startWith({{"Mower", "100"}, {"Rake", "10"}});
+    auto before = file("Garage");
+    std::filesystem::remove(h.data("Garage.csv"));
+    h.click(m->cmdAddAsset); // no answer queued: Cancel
+    EXPECT_EQ(m->FG1.Rows(), 3);
+    EXPECT_EQ(m->FG1.Row(), 2);
+    EXPECT_EQ(m->FG1.Col(), 1);
+    EXPECT_FALSE(std::filesystem::exists(h.data("Garage.csv")));
+}
+
+TEST_F(Items, AddWithNoCategorySelectedOnlyTellsTheUser) {
+    h.writeIndex({"Garage"});
+    m = &h.start();
+    h.click(m->cmdAddAsset);
+    ASSERT_EQ(h.dialogs.messages.size(), 1u);
+    EXPECT_EQ(h.dialogs.messages[0].text, "You must select a category in order to add an item.");
+    EXPECT_EQ(h.dialogs.messages[0].title, "Quillmere");
+    EXPECT_TRUE(h.dialogs.prompts.empty());
+}
+
+TEST_F(Items, TwoItemsOfTheSameNameBothStay) {
+    startWith({{"Rake"}});
+    h.dialogs.inputAnswers.push_back("Rake");
+    h.click(m->cmdAddAsset);
+    EXPECT_EQ(m->FG1.Rows(), 3);
+    EXPECT_EQ(m->FG1.TextMatrix(2, 0), "Rake");
+}
+
+TEST_F(Items, AFullCategoryRefusesAnotherItemWithAMessage) {
+    startWith({{"Rake"}});
+    h.run([&] {
+        m->FG1.setRows(forms::Grid::kMaxRows);
+        m->ItemRowCount = forms::Grid::kMaxRows;
+    });
+    h.click(m->cmdAddAsset);
+    ASSERT_EQ(h.dialogs.messages.size(), 1u);
+    EXPECT_NE(h.dialogs.messages[0].text.find("32766"), std::string::npos);
+    EXPECT_TRUE(h.dialogs.prompts.empty());
+    EXPECT_EQ(m->FG1.Rows(), forms::Grid::kMaxRows);
+}
+
+TEST_F(Items, RenameChangesTheNameCellOnlyInTheGrid) {
+    startWith({{"Rake", "10"}, {"Hoe", "5"}});
+    auto before = file("Garage");
+    h.dialogs.inputAnswers.push_back("Leaf rake");
+    h.run([&] { m->FG1.setRow(1); });
+    h.click(m->cmdRenameItem);
+    ASSERT_EQ(h.dialogs.prompts.size(), 1u);
+    EXPECT_EQ(h.dialogs.prompts[0].text, "What would you like to change Rake to?");
+    EXPECT_EQ(h.dialogs.prompts[0].title, "");
+    EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Leaf rake");
+    EXPECT_EQ(file("Garage"), before);
+    h.click(m->cmdRenameItem); // an empty answer changes nothing
+    EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Leaf rake");
+}
+
+TEST_F(Items, RenameWithTheGridHiddenAsksButDropsTheAnswer) {
+    startWith({});
+    h.dialogs.inputAnswers.push_back("Something");
+    h.click(m->cmdRenameItem);
+    EXPECT_EQ(h.dialogs.prompts.size(), 1u);
+    EXPECT_EQ(h.dialogs.prompts[0].text, "What would you like to change Item to?");
+    EXPECT_EQ(m->FG1.TextMatrix(0, 0), "Item");
+}
+
+TEST_F(Items, DeleteRemovesTheSelectedRowAfterTheQuestion) {
+    startWith({{"Rake", "10"}, {"Hoe", "5"}, {"Spade", "7"}});
+    h.run([&] { m->FG1.setRow(2); });
+    h.click(m->cmdDeleteAsset);
+    ASSERT_EQ(h.dialogs.messages.size(), 1u);
+    EXPECT_EQ(h.dialogs.messages[0].text,
+              "This will permanently DELETE the item: Hoe, and all the information on this item. Are you sure?");
+    EXPECT_EQ(h.dialogs.messages[0].buttons, forms::vbYesNo);
+    EXPECT_EQ(m->FG1.Rows(), 3);
+    EXPECT_EQ(m->ItemRowCount, 3);
+    EXPECT_EQ(m->FG1.TextMatrix(2, 0), "Spade");
+    EXPECT_TRUE(m->T1.hasFocus()); // the editor reopens on the grid
+    EXPECT_EQ(m->FG1.Tag(), m->FG1.Text());
+}
+
+TEST_F(Items, NoKeepsTheItem) {
+    startWith({{"Rake"}, {"Hoe"}});
+    h.dialogs.msgAnswers.push_back(forms::vbNo);
+    h.click(m->cmdDeleteAsset);
+    EXPECT_EQ(m->FG1.Rows(), 3);
+}
+
+TEST_F(Items, DeletingTheLastItemLeavesAnEmptyDisabledGridOnShow) {
+    startWith({{"Rake", "10"}});
+    h.click(m->cmdDeleteAsset);
+    EXPECT_EQ(h.dialogs.messages.size(), 1u); // the question only
+    EXPECT_EQ(m->FG1.Rows(), 1);
+    EXPECT_EQ(m->ItemRowCount, 1);
+    EXPECT_TRUE(m->FG1.Visible());
+    EXPECT_FALSE(m->FG1.Enabled());
+    EXPECT_FALSE(m->T1.Visible());
+    EXPECT_EQ(m->FG1.FixedRows(), 0);
+    EXPECT_EQ(m->FG1.TextMatrix(0, 0), "Item");
+    EXPECT_EQ(m->FG1.ColWidth(6), 3100);
+    // The file keeps the item until the next save.
+    EXPECT_NE(file("Garage").find("Rake"), std::string::npos);
+    h.selectCategory(1);
+    EXPECT_EQ(file("Garage"), std::string(kHeadingLine) + "\r\n");
+}
+
+TEST_F(Items, DeleteInAnEmptyCategoryNamesTheHeadingAndFindsNoItem) {
+    startWith({});
+    h.click(m->cmdDeleteAsset);
+    ASSERT_EQ(h.dialogs.messages.size(), 2u);
+    EXPECT_EQ(h.dialogs.messages[0].text,
+              "This will permanently DELETE the item: Item, and all the information on this item. Are you sure?");
+    EXPECT_EQ(h.dialogs.messages[1].text, "There are no items to delete");
+}
+
+TEST_F(Items, DeleteAllEmptiesTheCategoryAndItsFileAtOnce) {
+    startWith({{"Rake", "10"}, {"Hoe", "5"}});
+    h.click(m->cmdExit);
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    auto& m2 = again.start();
+    again.selectCategory(0);
+    forms::input::menu(again.runtime, *m2.form.menuBar().find("mnuDelItems"));
+    ASSERT_EQ(again.dialogs.messages.size(), 1u);
+    EXPECT_EQ(again.dialogs.messages[0].text, "This will permanently DELETE ALL items in category 'Garage'. Are you sure?");
+    EXPECT_EQ(m2.FG1.Rows(), 1);
+    EXPECT_EQ(m2.ItemRowCount, 1);
+    EXPECT_FALSE(m2.FG1.Visible());
+    EXPECT_EQ(m2.lstCategory.Text(), "Garage");
+    EXPECT_EQ(readFile(again.data("Garage.csv")), std::string(kHeadingLine) + "\r\n");
+    EXPECT_NE(readFile(again.data("Kitchen.csv"))->find("Kettle"), std::string::npos);
+}
+
+TEST_F(Items, DeleteAllInTheOnlyCategoryStillLeavesAnEmptyHiddenGrid) {
+    h.writeIndex({"Garage"});
+    h.writeCategory("Garage", {{"Rake"}});
+    m = &h.start();
+    h.selectCategory(0);
+    forms::input::menu(h.runtime, *m->form.menuBar().find("mnuDelItems"));
+    EXPECT_EQ(m->ItemRowCount, 1);
+    EXPECT_FALSE(m->FG1.Visible());
+    EXPECT_FALSE(m->T1.Visible());
+    h.dialogs.inputAnswers.push_back("Shovel");
+    h.click(m->cmdAddAsset);
+    EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Shovel");
+}
+
+TEST_F(Items, DeleteAllWithNothingSelectedAsksNothing) {
+    h.writeIndex({"Garage"});
+    m = &h.start();
+    forms::input::menu(h.runtime, *m->form.menuBar().find("mnuDelItems"));
+    ASSERT_EQ(h.dialogs.messages.size(), 1u);
+    EXPECT_EQ(h.dialogs.messages[0].text, "Error deleting items: No category selected.");
+}
+
+TEST_F(Items, ItemNamesWithCommasQuotesAndLeadingBlanksComeBackUnchanged) {
+    startWith({});
+    for (const char* name : {"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}) {
+        h.dialogs.inputAnswers.push_back(name);
+        h.click(m->cmdAddAsset);
+    }
+    h.selectCategory(1);
+    h.selectCategory(0);
+    std::vector<std::string> names;
+    for (int r = 1; r < m->FG1.Rows(); ++r) names.push_back(m->FG1.TextMatrix(r, 0));
+    EXPECT_EQ(names, (std::vector<std::string>{"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}));
+}
+
+} // namespace
