@@ -1,0 +1,77 @@
+#pragma once
+// What tests compare: the cells of a grid, the files of a folder, the whole
+// database as a fresh start of the program shows it.
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "forms/grid.h"
+#include "forms/std_files.h"
+#include "support/scripted_platform.h"
+
+namespace qmtest {
+
+using Row = std::vector<std::string>;
+using Table = std::vector<Row>;
+
+// Every cell of the grid, row by row, heading row first.
+inline Table gridCells(const forms::Grid& g) {
+    Table t(static_cast<std::size_t>(g.Rows()));
+    for (int r = 0; r < g.Rows(); ++r)
+        for (int c = 0; c < g.Cols(); ++c) t[static_cast<std::size_t>(r)].push_back(g.TextMatrix(r, c));
+    return t;
+}
+
+// The heading row of a category file as the program writes it.
+inline Row headingRow() {
+    return {"Item", "Original Cost", "Current Value", "Location Purchased", "Date Purchased", "Warranty Expiration",
+            "Serial Number / Description"};
+}
+
+// A heading row and the given items, each padded to seven cells.
+inline Table withHeading(const Table& items) {
+    Table t{headingRow()};
+    for (Row r : items) {
+        r.resize(7);
+        t.push_back(r);
+    }
+    return t;
+}
+
+// Names of the entries of a folder.
+inline std::set<std::string> folderNames(const std::filesystem::path& dir) {
+    std::set<std::string> names;
+    for (const auto& e : std::filesystem::directory_iterator(dir)) names.insert(e.path().filename().string());
+    return names;
+}
+
+// Files being written that were never put in place.
+inline std::vector<std::string> leftoverTemporaries(const std::filesystem::path& dir) {
+    std::vector<std::string> found;
+    for (const auto& n : folderNames(dir))
+        if (forms::StdFiles::isTemporaryName(n)) found.push_back(n);
+    return found;
+}
+
+// Lines joined with CR LF after each.
+inline std::string crlf(const std::vector<std::string>& lines) {
+    std::string s;
+    for (const auto& l : lines) s += l + "\r\n";
+    return s;
+}
+
+// Opens every category of a started program in turn, as clicks on the list
+// would (without the walk a gain of focus runs), and collects what each shows.
+inline std::map<std::string, Table> openEveryCategory(Harness& h) {
+    std::map<std::string, Table> seen;
+    qm::frmMain& m = h.m();
+    for (int i = 0; i < m.lstCategory.ListCount(); ++i) {
+        h.run([&] { m.lstCategory.setSelected(i); });
+        seen[m.lstCategory.Text()] = gridCells(m.FG1);
+    }
+    return seen;
+}
+
+} // namespace qmtest
