@@ -1,0 +1,31 @@
+// The benchmarks of the core's speed and memory goals, and a summary of the
+// ratios against their limits. Exits non-zero if a limited goal is missed.
+#include <unistd.h>
+
+#include <cstring>
+#include <iostream>
+
+#include "goals.h"
+#include "memory_probe.h"
+
+int main(int argc, char** argv) {
+    if (argc >= 2 && std::strcmp(argv[1], qmbench::kMemoryProbeArg) == 0) return qmbench::memoryProbeMain(argc, argv);
+
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    qmbench::registerSwitchBenchmarks();
+    qmbench::registerTotalsBenchmarks();
+    qmbench::registerMemoryBenchmarks();
+    qmbench::registerWalkBenchmarks();
+
+    auto options = isatty(STDOUT_FILENO) ? benchmark::ConsoleReporter::OO_ColorTabular : benchmark::ConsoleReporter::OO_Tabular;
+    qmbench::SummaryReporter reporter(options);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    qmbench::releaseBigCategories();
+    qmbench::releaseWalkCategories();
+
+    bool ok = true;
+    if (!reporter.results().empty()) ok = qmbench::printSummary(std::cout, reporter.results());
+    benchmark::Shutdown();
+    return ok ? 0 : 1;
+}
