@@ -50,7 +50,7 @@ frmPic& frmMain::Pic() {
 }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
-    return place + name + ".csv";
+    return place + storage::FileStem(name) + ".csv";
 }
 
 void frmMain::wireEvents() {
@@ -76,6 +76,12 @@ void frmMain::wireEvents() {
     // The menu's Rename Item runs the same command as the button.
     bind(cmdRenameItem, "mnuRenameItem", &frmMain::cmdRenameItem_Click);
     menu("mnuDelItems").Click = [this] { mnuDelItems_Click(); };
+    bind(cmdAddCategory, "mnuAddCat", &frmMain::cmdAddCategory_Click);
+    bind(cmdDeleteCategory, "mnuDelCat", &frmMain::cmdDeleteCategory_Click);
+    bind(cmdRenameCat, "mnuRenameCat", &frmMain::cmdRenameCat_Click);
+    menu("mnuDelAllCats").Click = [this] { mnuDelAllCats_Click(); };
+    bind(cmdSave, "mnuSave", &frmMain::cmdSave_Click);
+    bind(cmdLoad, "mnuLoad", &frmMain::cmdLoad_Click);
 }
 
 forms::MenuItem& frmMain::menu(const std::string& name) {

@@ -116,11 +116,25 @@ public:
     // ---- totals (mainwindow/totals.cpp) -------------------------------------
     void UpdateTotals();
 
+    // ---- floppy backup (backup/) ---------------------------------------------
+    void cmdSave_Click();
+    void cmdLoad_Click();
+    // Whether the floppy root holds an index that a load can read whole.
+    bool FloppyIndexReadable();
+
     // ---- appearance (appearance/colors.cpp) ---------------------------------
     void LoadColors();
 
     // ---- commands (commands/) -----------------------------------------------
+    void cmdAddCategory_Click();
+    void cmdRenameCat_Click();
+    void cmdDeleteCategory_Click();
+    void mnuDelAllCats_Click();
     void RemoveSelectedCategory();
+    // Why a name can't be a category, or "" when it can.
+    std::string CategoryNameProblem(const std::string& name) const;
+    // After the last category has gone: nothing open, nothing shown.
+    void ClearOpenCategory();
     void cmdAddAsset_Click();
     void cmdRenameItem_Click();
     void cmdDeleteAsset_Click();

@@ -13,4 +13,14 @@ Places shippedPlaces() {
     return {data, kFloppyRoot};
 }
 
+std::string FileStem(const std::string& name) {
+    std::string out;
+    out.reserve(name.size());
+    for (char c : name) {
+        if (c == '/') out += "\xE2\x88\x95"; // U+2215
+        else out += c;
+    }
+    return out;
+}
+
 } // namespace storage

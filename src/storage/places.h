@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <string>
 
 namespace storage {
@@ -14,5 +15,12 @@ struct Places {
 
 // The constants with "~" made the user's home folder.
 Places shippedPlaces();
+
+// A name as it stands in a file name: "/" can't, so it is written as the
+// division slash U+2215, and no name reaches a folder outside its place.
+std::string FileStem(const std::string& name);
+
+// The longest file name the file systems we meet accept, in bytes.
+inline constexpr std::size_t kMaxFileName = 255;
 
 } // namespace storage

@@ -1,0 +1,80 @@
+#include "forms/failure.h"
+#include "mainwindow/frm_main.h"
+
+namespace qm {
+
+using forms::Failure;
+
+// A load empties the data folder before it reads the floppy's index, so the
+// index is looked at first: a disk without one that can be read whole must
+// cost the user nothing.
+bool frmMain::FloppyIndexReadable() {
+    const std::string& root = platform.places.floppyRoot;
+    int n = 0;
+    try {
+        n = files.FreeFile();
+        files.OpenInput(n, root + "NumCats.csv");
+        std::optional<int> count = storage::Value::text(files.ReadField(n)).toInt16();
+        files.Close(n);
+        if (!count || *count < 0) return false;
+        files.OpenInput(n, root + "CatFiles.csv");
+        for (int i = 0; i < *count; ++i) (void)files.ReadField(n);
+        files.Close(n);
+        return true;
+    } catch (const Failure&) {
+        files.Close(n);
+        return false;
+    }
+}
+
+// Replaces the database with the floppy's copy: every category comes from the
+// floppy into the grid and from the grid into the emptied data folder.
+void frmMain::cmdLoad_Click() {
+    if (Message("WARNING: Loading from floppy will erase all information from hard drive and replace it with files from "
+                "loaded floppy. If you would like to keep your current database files, choose 'cancel' and save to "
+                "another floppy. Otherwise, choose 'Okay.",
+                forms::vbOKCancel) == forms::vbCancel)
+        return;
+    if (Message("Please insert database disk into A:\\. A message box will appear when load is complete. Please be "
+                "patient, this may take a few minutes.",
+                forms::vbOKCancel) == forms::vbCancel)
+        return;
+    if (!FloppyIndexReadable()) {
+        Message("The disk in " + platform.places.floppyRoot +
+                " holds no Quillmere database that can be loaded. Nothing was changed.");
+        return;
+    }
+
+    auto loadEveryCategory = [this] {
+        const int count = CategoryCount.toInt16().value_or(0);
+        for (int i = 0; i < count; ++i) {
+            lstCategory.setSelected(i);
+            LoadCategoryFile();
+        }
+    };
+    try {
+        txtLoading.setVisible(true);
+        lstCategory.Clear();
+        files.KillMatching(platform.places.dataFolder, ".csv");
+        UnreadableFiles.clear(); // what couldn't be read is gone
+        ReadFromFloppy = true;
+        LoadCategoryList();
+        loadEveryCategory();
+        Message("Load complete.");
+        ReadFromFloppy = false;
+    } catch (const Failure&) {
+        // The second pass: an empty data folder, where the delete finds nothing,
+        // ends up here and is loaded in full.
+        try {
+            ReadFromFloppy = true;
+            lstCategory.Clear();
+            LoadCategoryList();
+            loadEveryCategory();
+            Message("Load complete.");
+        } catch (const Failure&) {
+        }
+        ReadFromFloppy = false;
+    }
+}
+
+} // namespace qm
