@@ -9,6 +9,7 @@ QM_PACKAGES=(
     clang libclang-rt-14-dev                     # fuzz targets and sanitizers
     fonts-comic-neue fonts-dejavu-core           # the window's fonts ("Comic Sans MS" maps to Comic Neue)
     xvfb xauth xdotool imagemagick               # a virtual display and screenshots
+    desktop-file-utils                           # checking and registering the desktop entry
     poppler-utils                                # reading printed PDFs in tests
 )
 
