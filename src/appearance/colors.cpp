@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "forms/failure.h"
+#include "appearance/frm_properties.h"
 #include "mainwindow/frm_main.h"
 
 namespace qm {
@@ -23,8 +24,9 @@ Color ColorFromText(const std::string& text) {
     return static_cast<Color>(static_cast<std::uint32_t>(v));
 }
 
-// Applies the colour files to the main window in their order. It has no
-// failure path: the first file that can't be read ends it, and the caller's.
+// Applies the colour files to the main window and the swatches in their
+// order. It has no failure path: the first file that can't be read ends it,
+// and the caller's. The first swatch it paints makes the Properties window.
 void frmMain::LoadColors() {
     const std::string& data = platform.places.dataFolder;
     for (const ColorFile& cf : kColorFiles) {
@@ -33,6 +35,24 @@ void frmMain::LoadColors() {
         files.Close(1);
         Color c = ColorFromText(globals.ColorValue);
         ApplyColor(*this, cf.which, c);
+        Properties().swatch(cf.which).setBackColor(c);
+    }
+}
+
+const ColorFile& colorFile(ColorSetting which) {
+    for (const ColorFile& cf : kColorFiles)
+        if (cf.which == which) return cf;
+    return kColorFiles[0];
+}
+
+void WriteColorFile(frmMain& m, ColorSetting which, int n) {
+    try {
+        m.files.Close(n);
+        m.files.OpenOutput(n, m.platform.places.dataFolder + colorFile(which).file);
+        m.files.WriteLine(n, std::string_view(m.globals.ColorValue));
+        m.files.Close(n);
+    } catch (const Failure&) {
+        m.files.Abandon(n);
     }
 }
 

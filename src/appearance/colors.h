@@ -28,5 +28,8 @@ inline constexpr ColorFile kColorFiles[] = {
 forms::Color ColorFromText(const std::string& text);
 // Puts one colour on the main window's controls it belongs to.
 void ApplyColor(frmMain& main, ColorSetting which, forms::Color c);
+// Stores the shared ColorValue in the colour's file under the given file
+// number; a file that can't be written is left as it was.
+void WriteColorFile(frmMain& main, ColorSetting which, int fileNumber);
 
 } // namespace qm

@@ -34,6 +34,13 @@ void Form::setHeight(int twips) {
     if (view_) view_->formChanged(*this, Prop::Geometry);
 }
 
+void Form::platformResized(int widthTwips, int heightTwips) {
+    if (widthTwips == width_ && heightTwips == height_) return;
+    width_ = widthTwips;
+    height_ = heightTwips;
+    runtime_.raise(Resize);
+}
+
 void Form::setVisible(bool v) {
     if (v == visible_) return;
     visible_ = v;

@@ -54,6 +54,11 @@ public:
     std::vector<Control*> tabOrder() const;
 
     std::function<void()> Resize;
+    // The user closes the window by its title bar; without a handler it is hidden.
+    std::function<void()> CloseRequested;
+
+    // The size the window really took, as the platform reports it; runs Resize.
+    void platformResized(int widthTwips, int heightTwips);
 
     void registerControl(Control* c) { controls_.push_back(c); }
     void setView(ControlView* view) { view_ = view; }

@@ -121,6 +121,13 @@ void clickCell(Runtime& rt, Grid& grid, int row, int col) {
     });
 }
 
+void closeWindow(Runtime& rt, Form& form) {
+    rt.dispatch([&] {
+        if (form.CloseRequested) rt.raise(form.CloseRequested);
+        else form.setVisible(false);
+    });
+}
+
 void scrollGrid(Runtime& rt, Grid& grid, int topRow, int leftCol) {
     rt.dispatch([&] { grid.userScrollTo(topRow, leftCol); });
 }

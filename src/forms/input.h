@@ -47,6 +47,8 @@ void clickText(Runtime& rt, TextBox& box, int caret);
 void gridKey(Runtime& rt, Grid& grid, int keyCode, char32_t ch);
 // A click on a cell: the grid takes the focus and the cell becomes current.
 void clickCell(Runtime& rt, Grid& grid, int row, int col);
+// The close button of a window's title bar.
+void closeWindow(Runtime& rt, Form& form);
 // The scroll bars of a grid.
 void scrollGrid(Runtime& rt, Grid& grid, int topRow, int leftCol);
 

@@ -15,7 +15,10 @@ void Runtime::raise(const std::function<void()>& handler) {
         // An error no handler caught ends that handler alone.
     }
     --depth_;
-    if (depth_ == 0) flushFocusEvents();
+    if (depth_ == 0) {
+        flushFocusEvents();
+        runPosted();
+    }
 }
 
 void Runtime::dispatch(const std::function<void()>& input) {
@@ -25,7 +28,24 @@ void Runtime::dispatch(const std::function<void()>& input) {
     } catch (const Failure&) {
     }
     --depth_;
-    if (depth_ == 0) flushFocusEvents();
+    if (depth_ == 0) {
+        flushFocusEvents();
+        runPosted();
+    }
+}
+
+void Runtime::post(std::function<void()> f) {
+    posted_.push_back(std::move(f));
+    if (depth_ == 0 && !flushing_) runPosted();
+}
+
+void Runtime::runPosted() {
+    while (!posted_.empty() && depth_ == 0) {
+        auto jobs = std::move(posted_);
+        posted_.clear();
+        for (auto& job : jobs) job();
+        flushFocusEvents();
+    }
 }
 
 void Runtime::moveFocus(Control* control) {
@@ -33,7 +53,10 @@ void Runtime::moveFocus(Control* control) {
     focused_ = control;
     focusMoved_ = true;
     if (control) control->form().changed(*control, Prop::Focus);
-    if (depth_ == 0) flushFocusEvents();
+    if (depth_ == 0) {
+        flushFocusEvents();
+        runPosted();
+    }
 }
 
 void Runtime::forget(Control* control) {

@@ -1,5 +1,6 @@
 #pragma once
 #include <functional>
+#include <vector>
 
 namespace forms {
 
@@ -35,17 +36,23 @@ public:
 
     int depth() const { return depth_; }
 
+    // Runs f once the outermost event has ended (for example, to drop a window
+    // whose own button asked for it, after that button's handler is done).
+    void post(std::function<void()> f);
+
     void setHost(FormHost* host) { host_ = host; }
     FormHost* host() const { return host_; }
 
 private:
     void flushFocusEvents();
+    void runPosted();
 
     FormHost* host_ = nullptr;
     Control* focused_ = nullptr;
     bool focusMoved_ = false;
     bool flushing_ = false;
     int depth_ = 0;
+    std::vector<std::function<void()>> posted_;
 };
 
 } // namespace forms

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace forms {
@@ -83,6 +84,12 @@ std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
     if (!f) {
         if (errno == ENOENT) throw FileNotFound(path);
         fail("can't open", path, errno);
+    }
+    // A folder opens like a file here but can't be read as one.
+    struct stat st;
+    if (::fstat(::fileno(f), &st) == 0 && S_ISDIR(st.st_mode)) {
+        std::fclose(f);
+        throw Failure("is a folder: " + path);
     }
     return std::make_unique<StdInput>(f);
 }

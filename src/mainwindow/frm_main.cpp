@@ -2,6 +2,9 @@
 
 #include <stdexcept>
 
+#include "appearance/frm_properties.h"
+#include "infowindows/frm_about.h"
+#include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
 
 namespace qm {
@@ -40,6 +43,10 @@ frmMain::frmMain(Platform& p, modGlobalVars& g)
 }
 
 frmMain::~frmMain() {
+    contact_.reset();
+    about_.reset();
+    how_.reset();
+    properties_.reset();
     pic_.reset();
     form.retire();
 }
@@ -48,6 +55,41 @@ frmPic& frmMain::Pic() {
     if (!pic_) pic_ = std::make_unique<frmPic>(*this);
     return *pic_;
 }
+
+bool frmMain::IsIndexFile(const std::string& path) const {
+    for (const std::string* place : {&platform.places.dataFolder, &platform.places.floppyRoot})
+        if (path == *place + "NumCats.csv" || path == *place + "CatFiles.csv") return true;
+    return false;
+}
+
+namespace {
+// A window made at its first use.
+template <class W>
+W& loaded(std::unique_ptr<W>& window, frmMain& main) {
+    if (!window) window = std::make_unique<W>(main);
+    return *window;
+}
+// Unloading hides the window at once and drops it once the event that asked
+// for it has ended: its own button's handler may still be running.
+template <class W>
+void unload(std::unique_ptr<W>& window, forms::Runtime& runtime) {
+    if (!window) return;
+    window->form.setVisible(false);
+    W* gone = window.get();
+    runtime.post([&window, gone] {
+        if (window.get() == gone) window.reset();
+    });
+}
+} // namespace
+
+frmProperties& frmMain::Properties() { return loaded(properties_, *this); }
+void frmMain::UnloadProperties() { unload(properties_, platform.runtime); }
+frmHow& frmMain::How() { return loaded(how_, *this); }
+void frmMain::UnloadHow() { unload(how_, platform.runtime); }
+frmAbout& frmMain::About() { return loaded(about_, *this); }
+void frmMain::UnloadAbout() { unload(about_, platform.runtime); }
+frmContact& frmMain::Contact() { return loaded(contact_, *this); }
+void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
     return place + storage::FileStem(name) + ".csv";
@@ -82,6 +124,14 @@ void frmMain::wireEvents() {
     menu("mnuDelAllCats").Click = [this] { mnuDelAllCats_Click(); };
     bind(cmdSave, "mnuSave", &frmMain::cmdSave_Click);
     bind(cmdLoad, "mnuLoad", &frmMain::cmdLoad_Click);
+    bind(cmdPrint, "mnuPrint", &frmMain::cmdPrint_Click);
+    chkPic.Click = [this] { chkPic_Click(); };
+    T1.GotFocus = [this] { T1_GotFocus(); };
+    // The windows of the Edit and Help menus: shown, made first if need be.
+    menu("mnuProperties").Click = [this] { Properties().form.setVisible(true); };
+    menu("mnuContents").Click = [this] { How().form.setVisible(true); };
+    menu("mnuContact").Click = [this] { Contact().form.setVisible(true); };
+    menu("mnuAbout").Click = [this] { About().form.setVisible(true); };
 }
 
 forms::MenuItem& frmMain::menu(const std::string& name) {

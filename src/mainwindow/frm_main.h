@@ -17,6 +17,10 @@
 namespace qm {
 
 class frmPic;
+class frmProperties;
+class frmHow;
+class frmAbout;
+class frmContact;
 
 // The main window: the category list, the item grid with its cell editor and
 // totals, the command buttons and the menu bar. Its fields are the program's
@@ -91,6 +95,8 @@ public:
     void SaveCategoryFile();
     void LoadCategoryFile();
     std::string CategoryPath(const std::string& place, const std::string& name) const;
+    // "NumCats.csv" or "CatFiles.csv" in either place.
+    bool IsIndexFile(const std::string& path) const;
 
     // ---- switching (mainwindow/switching.cpp) ------------------------------
     void lstCategory_Click();
@@ -122,8 +128,17 @@ public:
     // Whether the floppy root holds an index that a load can read whole.
     bool FloppyIndexReadable();
 
-    // ---- appearance (appearance/colors.cpp) ---------------------------------
+    // ---- pictures (pictures/frm_pic.cpp) --------------------------------------
+    void chkPic_Click();
+    void T1_GotFocus();
+    // Whether a path is the index or the file of a category in the list.
+    bool IsDatabaseFile(const std::string& path) const;
+
+    // ---- appearance (appearance/) -------------------------------------------
     void LoadColors();
+
+    // ---- printing (printing/) -----------------------------------------------
+    void cmdPrint_Click();
 
     // ---- commands (commands/) -----------------------------------------------
     void cmdAddCategory_Click();
@@ -143,18 +158,37 @@ public:
     int Message(const std::string& text, int buttons = forms::vbOKOnly);
 
     // ---- other windows ------------------------------------------------------
-    // frmPic is made at its first use and stays until the end.
+    // frmPic is made at its first use and stays until the end; the others are
+    // made at their first use and dropped again by their OK or Close.
     frmPic& Pic();
     bool hasPic() const { return pic_ != nullptr; }
+    frmProperties& Properties();
+    frmProperties* propertiesIfLoaded() const { return properties_.get(); }
+    void UnloadProperties();
+    frmHow& How();
+    frmHow* howIfLoaded() const { return how_.get(); }
+    void UnloadHow();
+    frmAbout& About();
+    frmAbout* aboutIfLoaded() const { return about_.get(); }
+    void UnloadAbout();
+    frmContact& Contact();
+    frmContact* contactIfLoaded() const { return contact_.get(); }
+    void UnloadContact();
 
 private:
     void declareLayout();
     void wireEvents();
+    // The index in this place could not be read: it is not written over in this run.
+    void keepIndex(const std::string& place);
     forms::MenuItem& menu(const std::string& name);
     void runExitSteps();
 
     TotalsCache totalsCache_;
     std::unique_ptr<frmPic> pic_;
+    std::unique_ptr<frmProperties> properties_;
+    std::unique_ptr<frmHow> how_;
+    std::unique_ptr<frmAbout> about_;
+    std::unique_ptr<frmContact> contact_;
     bool ended_ = false;
 };
 

@@ -1,4 +1,6 @@
 #pragma once
+#include <string>
+
 #include "forms/controls.h"
 #include "forms/form.h"
 
@@ -19,11 +21,21 @@ public:
     forms::Button cmdClose;
     forms::PictureBox picItem;
 
+    static constexpr const char* kFilter =
+        "jpg/jpeg Files (*.jpg;*.jpeg)|*.jpg;*.jpeg|gif Files (*.gif)|*.gif|All Files (*.*)|*.*";
+
+    void cmdAddPic_Click();
+    void cmdClose_Click();
+    void picItem_Change();
+
     // The stock picture, or a plain placeholder where it can't be read.
     void ShowStockPicture();
 
 private:
     void declareLayout();
 };
+
+// The link file of an item: category and item name joined, in the data folder.
+std::string LinkPath(const std::string& dataFolder, const std::string& category, const std::string& item);
 
 } // namespace qm

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
 
@@ -13,8 +15,9 @@ constexpr int kFieldsPerRow = 7;
 void frmMain::SaveCategoryFile() {
     const std::string path = CategoryPath(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder,
                                           CurrentCategory.value_or(""));
-    // A file that exists but could not be read is never replaced by what the grid shows of it.
-    if (UnreadableFiles.count(path)) return;
+    // A file that exists but could not be read is never replaced by what the
+    // grid shows of it, and a category never takes the place of the index.
+    if (UnreadableFiles.count(path) || IsIndexFile(path)) return;
     SaveFileNumber = 0;
     try {
         SaveFileNumber = files.FreeFile();
@@ -82,10 +85,11 @@ void frmMain::LoadCategoryFile() {
     files.Close(LoadFileNumber);
 
     // Takes away the row of the failed pass and the one added ahead of it; with
-    // two rows or fewer the surplus stays.
-    if (FG1.Rows() > 2) {
+    // two rows or fewer the surplus stays. A file that could not be read shows
+    // only the rows read whole.
+    if (FG1.Rows() > 2 || unreadable) {
         try {
-            for (int surplus = FG1.Rows() - r; surplus > 0; --surplus) FG1.RemoveItem(r);
+            for (int surplus = FG1.Rows() - std::max(r, 1); surplus > 0; --surplus) FG1.RemoveItem(FG1.Rows() - 1);
         } catch (const Failure&) {
         }
     }

@@ -27,8 +27,11 @@ void frmMain::LoadCategoryList() {
         files.OpenInput(n, place + kNamesFile);
         std::optional<int> count = CategoryCount.toInt16();
         if (!count || *count < 0) {
-            unreadable = true;
-            throw Failure("type mismatch");
+            // An empty count is what an exit with no category ever made leaves:
+            // nothing to keep. Any other count that is no count is kept as found.
+            files.Close(n);
+            if (CategoryCount.asText().find_first_not_of(" \t") != std::string::npos) keepIndex(place);
+            return;
         }
         for (int i = 0; i < *count; ++i) lstCategory.AddItem(files.ReadField(n));
         files.Close(n);
@@ -40,10 +43,12 @@ void frmMain::LoadCategoryList() {
         files.Close(n);
         unreadable = true;
     }
-    if (unreadable) {
-        UnreadableFiles.insert(place + kCountFile);
-        UnreadableFiles.insert(place + kNamesFile);
-    }
+    if (unreadable) keepIndex(place);
+}
+
+void frmMain::keepIndex(const std::string& place) {
+    UnreadableFiles.insert(place + kCountFile);
+    UnreadableFiles.insert(place + kNamesFile);
 }
 
 // Writes the count and the names. It reads the names by selecting each entry

@@ -1,0 +1,123 @@
+#include "infowindows/frm_about.h"
+
+#include "mainwindow/frm_main.h"
+
+namespace qm {
+
+namespace {
+
+// Both windows: a fixed dialog, centred, with the program's icon and an etched rule.
+void declareInfoWindow(forms::Form& form, const char* caption, int width, int height, forms::PictureBox& icon,
+                       const std::string& iconPath) {
+    form.Caption = caption;
+    form.Border = forms::BorderStyle::FixedDialog;
+    form.ControlBox = true;
+    form.Centered = true;
+    form.font = forms::Font{"Comic Sans MS", 8.25, false};
+    form.ClientWidth = width;
+    form.ClientHeight = height;
+    form.Icon = iconPath;
+    icon.move(120, 120, 780, 780);
+    icon.setTabIndex(1);
+}
+
+void etchedRule(forms::Line& grey, forms::Line& white, int left, int top, int right, int whiteLeft, int whiteRight) {
+    grey.move(left, top, 0, 0);
+    grey.X2 = right;
+    grey.Y2 = top;
+    grey.setForeColor(0x00808080);
+    white.move(whiteLeft, top + 15, 0, 0);
+    white.X2 = whiteRight;
+    white.Y2 = top + 15;
+    white.BorderWidth = 2;
+    white.setForeColor(0x00FFFFFF);
+}
+
+void label(forms::Label& l, const std::string& caption, int left, int top, int width, int height, int tab) {
+    l.move(left, top, width, height);
+    l.setTabIndex(tab);
+    l.setCaption(caption);
+}
+
+void okButton(forms::Button& b, int left, int top, int width) {
+    b.move(left, top, width, 345);
+    b.setTabIndex(0);
+    b.setFont(forms::Font{"MS Sans Serif", 8.25, false});
+    b.Caption = "OK";
+    b.Default = true;
+    b.Cancel = true;
+}
+
+} // namespace
+
+std::string VersionCaption() {
+    return "Version " + std::to_string(QM_VERSION_MAJOR) + "." + std::to_string(QM_VERSION_MINOR) + "." +
+           std::to_string(QM_VERSION_PATCH);
+}
+
+frmAbout::frmAbout(frmMain& m)
+    : main(m), form(m.platform.runtime, "frmAbout"), cmdOK(form, nullptr, "cmdOK"), picIcon(form, nullptr, "picIcon"),
+      cmdSysInfo(form, nullptr, "cmdSysInfo"), lblDescription(form, nullptr, "lblDescription"),
+      lblDisclaimer(form, nullptr, "lblDisclaimer"), lblTitle(form, nullptr, "lblTitle"),
+      lblVersion(form, nullptr, "lblVersion"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White") {
+    declareInfoWindow(form, "About Quillmere", 5865, 4260, picIcon, "");
+    okButton(cmdOK, 4440, 3240, 1260);
+    cmdSysInfo.move(4440, 3720, 1245, 345);
+    cmdSysInfo.setTabIndex(2);
+    cmdSysInfo.setFont(forms::Font{"MS Sans Serif", 8.25, false});
+    cmdSysInfo.Caption = "&System Info...";
+    label(lblDescription,
+          "Quillmere is designed as a database utility, providing an easy way for anyone to keep track of and "
+          "categorize any item(s) they wish. Anywhere from your personal belongings to your business inventory can all "
+          "be stored in one easy to access database.",
+          1050, 1125, 3885, 1170, 3);
+    label(lblDisclaimer,
+          "Quillmere is provided as it is, without warranty of any kind. Keep a copy of your database on removable "
+          "media: the Save to disk button makes one.",
+          255, 2625, 3870, 1545, 4);
+    label(lblTitle, "Quillmere", 1050, 240, 3885, 480, 5);
+    lblTitle.setFont(forms::Font{"Comic Sans MS", 8.25, false});
+    label(lblVersion, VersionCaption(), 1050, 780, 3885, 225, 6);
+    etchedRule(Line1, Line1White, 120, 2445, 5760, 105, 5280);
+    cmdOK.Click = [this] { cmdOK_Click(); };
+    cmdSysInfo.Click = [this] { cmdSysInfo_Click(); };
+    form.CloseRequested = [this] { cmdOK_Click(); };
+    form.announce();
+}
+
+frmAbout::~frmAbout() { form.retire(); }
+
+void frmAbout::cmdOK_Click() { main.UnloadAbout(); }
+
+void frmAbout::cmdSysInfo_Click() { StartSysInfo(); }
+
+// There is no registry here: the platform looks for an installed system
+// information program and starts it.
+void frmAbout::StartSysInfo() {
+    if (!main.platform.program.startSystemInfo()) main.Message("System Information Is Unavailable At This Time");
+}
+
+frmContact::frmContact(frmMain& m)
+    : main(m), form(m.platform.runtime, "frmContact"), cmdOK(form, nullptr, "cmdOK"), picIcon(form, nullptr, "picIcon"),
+      lblAuthor(form, nullptr, "lblAuthor"), lblTitle(form, nullptr, "lblTitle"), lblVersion(form, nullptr, "lblVersion"),
+      lblEmail(form, nullptr, "lblEmail"), lblSecEmail(form, nullptr, "lblSecEmail"),
+      lblProgrammer(form, nullptr, "lblProgrammer"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White") {
+    declareInfoWindow(form, "Contact Info", 5730, 2730, picIcon, "");
+    okButton(cmdOK, 2040, 2280, 1500);
+    label(lblAuthor, "Author:" + std::string(24, ' ') + "The Quillmere project", 1050, 885, 4005, 210, 2);
+    label(lblTitle, "Quillmere", 1050, 240, 3885, 240, 3);
+    label(lblVersion, VersionCaption(), 1080, 480, 3885, 225, 4);
+    label(lblEmail, "E-Mail:" + std::string(40, ' ') + "through the project's issue tracker", 1080, 1560, 4095, 255, 5);
+    label(lblSecEmail, "Secondary E-Mail:" + std::string(24, ' ') + "none", 1080, 1800, 3975, 255, 6);
+    label(lblProgrammer, "Programmer:" + std::string(45, ' ') + "The Quillmere developers", 1080, 1080, 3975, 255, 7);
+    etchedRule(Line1, Line1White, 120, 2160, 5684, 120, 5669);
+    cmdOK.Click = [this] { cmdOK_Click(); };
+    form.CloseRequested = [this] { cmdOK_Click(); };
+    form.announce();
+}
+
+frmContact::~frmContact() { form.retire(); }
+
+void frmContact::cmdOK_Click() { main.UnloadContact(); }
+
+} // namespace qm
