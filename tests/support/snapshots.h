@@ -3,6 +3,7 @@
 // database as a fresh start of the program shows it.
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -60,6 +61,17 @@ inline std::string crlf(const std::vector<std::string>& lines) {
     std::string s;
     for (const auto& l : lines) s += l + "\r\n";
     return s;
+}
+
+// Counts the switches (runs of the list's click handling) from now on.
+inline std::shared_ptr<int> countSwitches(qm::frmMain& m) {
+    auto n = std::make_shared<int>(0);
+    auto original = m.lstCategory.Click;
+    m.lstCategory.Click = [n, original] {
+        ++*n;
+        original();
+    };
+    return n;
 }
 
 // Opens every category of a started program in turn, as clicks on the list
