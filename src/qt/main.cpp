@@ -1,1 +1,87 @@
-int main() { return 0; }
+// Quillmere on the desktop: the forms runtime shown with Qt, the main window
+// made and started, and every road out of the program running its exit steps.
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QIcon>
+#include <QPainter>
+#include <clocale>
+
+#include "forms/locale_currency.h"
+#include "forms/runtime.h"
+#include "forms/std_files.h"
+#include "mainwindow/frm_main.h"
+#include "qt/qt_dialogs.h"
+#include "qt/qt_host.h"
+#include "qt/qt_pictures.h"
+#include "qt/qt_printer.h"
+#include "qt/qt_program.h"
+#include "qt/session_end.h"
+#include "storage/places.h"
+
+namespace {
+
+// The installed icon (share/icons/hicolor/48x48/apps/quillmere.png), through
+// the icon theme or next to the program, else a plain drawn one.
+QIcon applicationIcon() {
+    QIcon themed = QIcon::fromTheme(QStringLiteral("quillmere"));
+    if (!themed.isNull()) return themed;
+    const QString installed = QDir(QCoreApplication::applicationDirPath())
+                                  .filePath(QStringLiteral("../share/icons/hicolor/48x48/apps/quillmere.png"));
+    if (QFileInfo::exists(installed)) return QIcon(installed);
+    QPixmap pm(48, 48);
+    pm.fill(Qt::transparent);
+    QPainter p(&pm);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setBrush(QColor(0x2E, 0x7D, 0x32));
+    p.setPen(Qt::NoPen);
+    p.drawRoundedRect(QRectF(2, 2, 44, 44), 8, 8);
+    p.setPen(Qt::white);
+    QFont f = p.font();
+    f.setPixelSize(30);
+    f.setBold(true);
+    p.setFont(f);
+    p.drawText(pm.rect(), Qt::AlignCenter, QStringLiteral("Q"));
+    p.end();
+    return QIcon(pm);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    // Qt takes the user's locale for the C library; numbers in files stay in C.
+    std::setlocale(LC_NUMERIC, "C");
+    QApplication::setApplicationName(QString::fromLatin1(qm::kAppTitle));
+    QApplication::setApplicationVersion(QStringLiteral("%1.%2.%3").arg(QM_VERSION_MAJOR).arg(QM_VERSION_MINOR).arg(QM_VERSION_PATCH));
+    QApplication::setDesktopFileName(QStringLiteral("quillmere"));
+    QApplication::setWindowIcon(applicationIcon());
+    // The program ends by its own exit steps only.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    forms::Runtime runtime;
+    qtface::QtHost host(runtime);
+    runtime.setHost(&host);
+
+    forms::StdFiles files;
+    qtface::QtDialogs dialogs([&host] { host.sync(); });
+    qtface::QtPictures pictures(host.twips());
+    qtface::QtPrinter printer(qm::kAppTitle);
+    forms::LocaleCurrency currency("");
+    qtface::QtProgram program;
+    qm::Platform platform{runtime, files, dialogs, pictures, printer, currency, program, storage::shippedPlaces()};
+    qm::modGlobalVars globals;
+
+    qm::frmMain main(platform, globals);
+    auto terminate = [&] { host.dispatch([&] { main.Form_Terminate(); }); };
+    host.setCloseHandler([&](forms::Form& form) {
+        if (&form == &main.form) terminate();
+        else host.dispatch([&form] { form.setVisible(false); });
+    });
+    qtface::EndRequests ends(runtime, terminate);
+
+    main.Start();
+    host.sync();
+    if (program.endRequested()) return 0;
+    return QApplication::exec();
+}

@@ -1,0 +1,82 @@
+#pragma once
+#include <QObject>
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "forms/runtime.h"
+#include "qt/twips.h"
+
+namespace forms {
+class Control;
+class Form;
+} // namespace forms
+
+namespace qtface {
+
+class FormWindow;
+
+// A widget (or a model behind one) with changes from the model not yet shown.
+class Syncable {
+public:
+    virtual ~Syncable() = default;
+    virtual void sync() = 0;
+    bool queued = false;
+};
+
+// The desktop face of the forms runtime: a real window for every form that is
+// announced, and the one road by which user input reaches the runtime.
+//
+// Model changes only mark what they touch; the widgets are brought up to date
+// once the outermost event has ended (or when the event loop next runs), since a
+// single event can change a control hundreds of thousands of times.
+class QtHost : public QObject, public forms::FormHost {
+    Q_OBJECT
+public:
+    explicit QtHost(forms::Runtime& runtime, Twips twips = Twips::forScreen());
+    ~QtHost() override;
+
+    forms::Runtime& runtime() const { return runtime_; }
+    const Twips& twips() const { return twips_; }
+
+    void formCreated(forms::Form& form) override;
+    void formDestroyed(forms::Form& form) override;
+
+    // Runs one piece of user input as an outermost event, then shows its outcome.
+    void dispatch(const std::function<void()>& input);
+    // Brings every window up to date with the model now.
+    void sync();
+    bool syncing() const { return syncing_; }
+
+    void enqueue(Syncable* s);
+    void dequeue(Syncable* s);
+
+    FormWindow* window(const forms::Form& form) const;
+    // The window of a control's form.
+    FormWindow* windowOf(const forms::Control& c) const;
+
+    // The window manager or the desktop asks a form's window to close. Without
+    // a handler the form is hidden.
+    void setCloseHandler(std::function<void(forms::Form&)> handler) { closeHandler_ = std::move(handler); }
+    void closeRequested(forms::Form& form);
+    // The user brought a window to the front: its form takes the focus back.
+    void windowActivated(FormWindow& w);
+
+protected:
+    void customEvent(QEvent* e) override;
+
+private:
+    void syncFocus();
+
+    forms::Runtime& runtime_;
+    Twips twips_;
+    std::map<const forms::Form*, FormWindow*> windows_;
+    std::vector<Syncable*> queue_;
+    bool posted_ = false;
+    bool syncing_ = false;
+    const forms::Control* shownFocus_ = nullptr;
+    std::function<void(forms::Form&)> closeHandler_;
+};
+
+} // namespace qtface
