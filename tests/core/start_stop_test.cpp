@@ -1,0 +1,192 @@
+// Start and stop: the window after the start, and the files that Exit (or any
+// other end of the program) leaves behind.
+#include <gtest/gtest.h>
+
+#include "forms/menu.h"
+#include "support/scripted_platform.h"
+#include "support/snapshots.h"
+
+using namespace qmtest;
+
+namespace {
+
+std::map<std::string, std::string> folderBytes(const std::filesystem::path& dir) {
+    std::map<std::string, std::string> out;
+    for (const auto& n : folderNames(dir)) out[n] = readFile(dir / n).value_or("<unreadable>");
+    return out;
+}
+
+TEST(Start, WithNoFilesTheWindowIsUsableAndEmpty) {
+    Harness h;
+    auto& m = h.start();
+    EXPECT_EQ(m.lstCategory.ListCount(), 0);
+    EXPECT_EQ(m.lstCategory.ListIndex(), -1);
+    EXPECT_TRUE(m.CategoryCount.isEmpty());
+    EXPECT_FALSE(m.CurrentCategory.has_value());
+    EXPECT_EQ(m.ItemRowCount, 1);
+    EXPECT_FALSE(m.RenamePending);
+    EXPECT_FALSE(m.WriteToFloppy);
+    EXPECT_FALSE(m.ReadFromFloppy);
+    EXPECT_EQ(h.globals.PicturePath, h.data("NoPic.jpg").string());
+    // The grid: hidden, heading row only, the item names fixed.
+    EXPECT_FALSE(m.FG1.Visible());
+    EXPECT_EQ(gridCells(m.FG1), Table{headingRow()});
+    EXPECT_EQ(m.FG1.FixedRows(), 0);
+    EXPECT_EQ(m.FG1.FixedCols(), 1);
+    EXPECT_EQ(m.lblCategory.Caption(), "");
+    EXPECT_EQ(m.lblCategory.Left(), 4560);
+    EXPECT_EQ(m.lblCategory.Top(), 600);
+    EXPECT_EQ(m.txtCost.Text(), "");
+    EXPECT_EQ(m.txtValue.Text(), "");
+    EXPECT_FALSE(m.T1.Visible());
+    EXPECT_FALSE(m.txtLoading.Visible());
+    EXPECT_TRUE(m.cmdAddCategory.hasFocus());
+    EXPECT_FALSE(m.hasPic());
+    // Starting writes nothing.
+    EXPECT_TRUE(folderNames(h.dataDir.path()).empty());
+}
+
+TEST(Start, GoodIndexOpensNoCategory) {
+    Harness h;
+    h.writeIndex({"Beta", "Alpha"});
+    h.writeCategory("Alpha", {{"a1", "1"}});
+    auto& m = h.start();
+    EXPECT_EQ(m.lstCategory.items(), (std::vector<std::string>{"Alpha", "Beta"}));
+    EXPECT_EQ(m.lstCategory.ListIndex(), -1);
+    EXPECT_FALSE(m.CurrentCategory.has_value());
+    EXPECT_EQ(m.CategoryCount.asText(), "2 ");
+    EXPECT_EQ(gridCells(m.FG1), Table{headingRow()});
+}
+
+// ---- Exit ---------------------------------------------------------------------------------
+
+TEST(Exit, WithNoFilesWritesAnEmptyIndexAndTheHeadingFile) {
+    Harness h;
+    auto& m = h.start();
+    h.click(m.cmdExit);
+    EXPECT_EQ(h.program.ends, 1);
+    EXPECT_FALSE(m.form.Visible());
+    EXPECT_EQ(folderBytes(h.dataDir.path()), (std::map<std::string, std::string>{
+                                                   {".csv", crlf({kHeadingLine})},
+                                                   {"CatFiles.csv", ""},
+                                                   {"NumCats.csv", "\r\n"},
+                                               }));
+    // The next start finds an empty count and an empty list.
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    auto& m2 = again.start();
+    EXPECT_EQ(m2.lstCategory.ListCount(), 0);
+    EXPECT_EQ(m2.CategoryCount.asText(), "");
+    EXPECT_EQ(m2.CategoryCount.plus(1).toInt16(), 1);
+}
+
+TEST(Exit, WithAnEmptyListRunsNoSwitch) {
+    Harness h;
+    h.writeIndex({}, " 0 ");
+    auto& m = h.start();
+    auto switches = countSwitches(m);
+    h.click(m.cmdExit);
+    EXPECT_EQ(*switches, 0);
+    EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "");
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    EXPECT_EQ(again.start().CategoryCount.toInt16(), 0);
+}
+
+TEST(Exit, AtOnceWithAGoodIndexLosesNothing) {
+    Harness h;
+    h.writeIndex({"Alpha", "Beta", "Gamma"});
+    h.writeCategory("Alpha", {{"a1", "1.00", "2.00", "Shop, town", "1/1/2000", "", "SN 1"}});
+    h.writeCategory("Beta", {{"b1"}, {"b2", "3"}});
+    // Gamma has no file yet.
+    const auto alpha = readFile(h.data("Alpha.csv")), beta = readFile(h.data("Beta.csv"));
+    auto& m = h.start();
+    h.click(m.cmdExit);
+    EXPECT_EQ(readFile(h.data("Alpha.csv")), alpha);
+    EXPECT_EQ(readFile(h.data("Beta.csv")), beta);
+    EXPECT_EQ(readFile(h.data("Gamma.csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Alpha\r\nBeta\r\nGamma\r\n");
+    EXPECT_EQ(m.lstCategory.ListIndex(), 2);
+    EXPECT_EQ(h.program.ends, 1);
+}
+
+TEST(Exit, StoresTheEditOfTheOnlyCategory) {
+    Harness h;
+    h.writeIndex({"Only"});
+    h.writeCategory("Only", {{"thing", "5.00"}});
+    auto& m = h.start();
+    h.selectCategory(0);
+    h.run([&] { m.FG1.setTextMatrix(1, 2, "4.50"); });
+    h.click(m.cmdExit);
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    again.start();
+    EXPECT_EQ(openEveryCategory(again)["Only"], withHeading({{"thing", "5.00", "4.50"}}));
+}
+
+TEST(Exit, WithTheDataFolderMissingStoresNothingAndCreatesNoFolder) {
+    TempDir root;
+    const std::string gone = root.place() + "gone/";
+    Harness h(gone, root.place() + "floppy/");
+    auto& m = h.start();
+    EXPECT_EQ(m.lstCategory.ListCount(), 0);
+    h.click(m.cmdExit);
+    EXPECT_EQ(h.program.ends, 1);
+    EXPECT_FALSE(std::filesystem::exists(gone));
+}
+
+// ---- every road out ------------------------------------------------------------------------
+
+enum class Road { ExitButton, ExitMenu, Terminate };
+
+class EndRoads : public ::testing::TestWithParam<Road> {};
+
+// However the program ends, it leaves the same files, and its exit steps run once.
+TEST_P(EndRoads, LeaveTheSameFilesAsExit) {
+    auto run = [](Road road, std::map<std::string, std::string>& files, int& ends, long& writesAfter) {
+        Harness h;
+        h.writeIndex({"Alpha", "Beta"});
+        h.writeCategory("Alpha", {{"a1", "1"}});
+        h.writeCategory("Beta", {{"b1", "2"}});
+        auto& m = h.start();
+        h.selectCategory(0);
+        h.run([&] { m.FG1.setTextMatrix(1, 1, "7"); });
+        switch (road) {
+        case Road::ExitButton: h.click(m.cmdExit); break;
+        case Road::ExitMenu: {
+            forms::MenuItem* item = m.form.menuBar().find("mnuExit");
+            ASSERT_NE(item, nullptr);
+            h.run([&] { h.runtime.raise(item->Click); });
+            break;
+        }
+        case Road::Terminate: h.run([&] { m.Form_Terminate(); }); break;
+        }
+        files = folderBytes(h.dataDir.path());
+        // A second road out after the first (the window manager closing a
+        // window that Exit already left) changes nothing.
+        h.files.arm(FaultyFiles::OpenWrite, -1);
+        h.run([&] { m.Form_Terminate(); });
+        h.click(m.cmdExit);
+        writesAfter = h.files.counted();
+        ends = h.program.ends;
+    };
+    std::map<std::string, std::string> viaExit, viaRoad;
+    int ends = 0;
+    long writesAfter = 0;
+    run(Road::ExitButton, viaExit, ends, writesAfter);
+    run(GetParam(), viaRoad, ends, writesAfter);
+    EXPECT_EQ(viaRoad, viaExit);
+    EXPECT_EQ(viaRoad["Alpha.csv"], crlf({kHeadingLine, "a1,7,,,,,"}));
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(writesAfter, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Exit, EndRoads, ::testing::Values(Road::ExitButton, Road::ExitMenu, Road::Terminate),
+                         [](const auto& info) {
+                             switch (info.param) {
+                             case Road::ExitButton: return std::string("ExitButton");
+                             case Road::ExitMenu: return std::string("ExitMenu");
+                             default: return std::string("Terminate");
+                             }
+                         });
+
+} // namespace

@@ -1,0 +1,281 @@
+// The switch between categories: which place each of its saves and loads
+// touches, the window it leaves, and the heading's font size.
+#include <gtest/gtest.h>
+
+#include "pictures/frm_pic.h"
+#include "support/scripted_platform.h"
+#include "support/snapshots.h"
+
+using namespace qmtest;
+
+namespace {
+
+// Category files in a form the program never writes (LF line ends), so that
+// any file a step rewrites shows.
+std::string lfFile(const std::string& item) { return std::string(kHeadingLine) + "\n" + item + "\n"; }
+
+struct Places : ::testing::Test {
+    Harness h;
+    void seed() {
+        writeFile(h.data("A.csv"), lfFile("a-data,1,,,,,"));
+        writeFile(h.data("B.csv"), lfFile("b-data,2,,,,,"));
+        writeFile(h.floppy("A.csv"), lfFile("a-floppy,3,,,,,"));
+        writeFile(h.floppy("B.csv"), lfFile("b-floppy,4,,,,,"));
+    }
+    void SetUp() override {
+        h.writeIndex({"A", "B"});
+        seed();
+    }
+};
+
+struct FlagCase {
+    const char* name;
+    bool writeToFloppy, readFromFloppy;
+    // What each file holds after the switch from A (edited) to B; nothing: untouched.
+    std::optional<std::string> dataA, dataB, floppyA, floppyB;
+    std::string itemShown;
+};
+
+class SwitchPlaces : public Places, public ::testing::WithParamInterface<FlagCase> {};
+
+TEST_P(SwitchPlaces, EachSaveAndLoadTouchesItsPlace) {
+    const FlagCase& c = GetParam();
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    h.run([&] { m.FG1.setTextMatrix(1, 3, "edited"); });
+    seed();
+    m.WriteToFloppy = c.writeToFloppy;
+    m.ReadFromFloppy = c.readFromFloppy;
+    h.run([&] { m.lstCategory.setSelected(1); });
+    EXPECT_EQ(readFile(h.data("A.csv")), c.dataA.value_or(lfFile("a-data,1,,,,,")));
+    EXPECT_EQ(readFile(h.data("B.csv")), c.dataB.value_or(lfFile("b-data,2,,,,,")));
+    EXPECT_EQ(readFile(h.floppy("A.csv")), c.floppyA.value_or(lfFile("a-floppy,3,,,,,")));
+    EXPECT_EQ(readFile(h.floppy("B.csv")), c.floppyB.value_or(lfFile("b-floppy,4,,,,,")));
+    EXPECT_EQ(m.FG1.TextMatrix(1, 0), c.itemShown);
+    EXPECT_EQ(m.CurrentCategory, "B");
+}
+
+const std::string kEditedA = crlf({kHeadingLine, "a-data,1,,edited,,,"});
+
+INSTANTIATE_TEST_SUITE_P(
+    Switch, SwitchPlaces,
+    ::testing::Values(
+        // Saves and loads in the data folder; the edit of A is stored before B is read.
+        FlagCase{"FlagsFalse", false, false, kEditedA, crlf({kHeadingLine, "b-data,2,,,,,"}), std::nullopt, std::nullopt,
+                 "b-data"},
+        // Saves to the floppy root, loads from the data folder: A's grid and B's data copy go to the floppy.
+        FlagCase{"WriteToFloppy", true, false, std::nullopt, std::nullopt, kEditedA, crlf({kHeadingLine, "b-data,2,,,,,"}),
+                 "b-data"},
+        // Loads from the floppy root, saves to the data folder: B comes from the floppy into the data folder.
+        FlagCase{"ReadFromFloppy", false, true, kEditedA, crlf({kHeadingLine, "b-floppy,4,,,,,"}), std::nullopt,
+                 std::nullopt, "b-floppy"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(Places, WalkWithWriteToFloppyCopiesTheDatabaseAndLeavesTheDataFolder) {
+    auto& m = h.start();
+    const auto indexBefore = readFile(h.data("NumCats.csv")), namesBefore = readFile(h.data("CatFiles.csv"));
+    m.WriteToFloppy = true;
+    h.run([&] { m.SaveCategoryList(); });
+    EXPECT_EQ(readFile(h.floppy("A.csv")), crlf({kHeadingLine, "a-data,1,,,,,"}));
+    EXPECT_EQ(readFile(h.floppy("B.csv")), crlf({kHeadingLine, "b-data,2,,,,,"}));
+    EXPECT_EQ(readFile(h.floppy("CatFiles.csv")), "A\r\nB\r\n");
+    EXPECT_EQ(readFile(h.floppy("NumCats.csv")), "2 \r\n"); // the count as it was read
+    EXPECT_EQ(readFile(h.data("A.csv")), lfFile("a-data,1,,,,,"));
+    EXPECT_EQ(readFile(h.data("B.csv")), lfFile("b-data,2,,,,,"));
+    EXPECT_EQ(readFile(h.data("NumCats.csv")), indexBefore);
+    EXPECT_EQ(readFile(h.data("CatFiles.csv")), namesBefore);
+}
+
+TEST_F(Places, WalkWithReadFromFloppyBringsEveryCategoryIntoTheDataFolder) {
+    auto& m = h.start();
+    m.ReadFromFloppy = true;
+    h.run([&] { m.SaveCategoryList(); });
+    EXPECT_EQ(readFile(h.data("A.csv")), crlf({kHeadingLine, "a-floppy,3,,,,,"}));
+    EXPECT_EQ(readFile(h.data("B.csv")), crlf({kHeadingLine, "b-floppy,4,,,,,"}));
+    EXPECT_EQ(readFile(h.floppy("A.csv")), lfFile("a-floppy,3,,,,,"));
+    EXPECT_EQ(readFile(h.floppy("B.csv")), lfFile("b-floppy,4,,,,,"));
+}
+
+TEST_F(Places, ListIsReadFromTheFloppyRootWhenAsked) {
+    writeFile(h.floppy("NumCats.csv"), " 1 \r\n");
+    writeFile(h.floppy("CatFiles.csv"), "OnFloppy\r\n");
+    auto& m = h.start();
+    h.run([&] {
+        m.lstCategory.Clear();
+        m.ReadFromFloppy = true;
+        m.LoadCategoryList();
+    });
+    EXPECT_EQ(m.lstCategory.items(), std::vector<std::string>{"OnFloppy"});
+}
+
+// ---- the window after a switch ----------------------------------------------------------------------
+
+TEST(Switch, ToACategoryWithItemsOpensTheEditorOnTheLastCell) {
+    Harness h;
+    h.writeIndex({"Tools"});
+    h.writeCategory("Tools", {{"Saw", "10.00", "8.00"}, {"Drill", "2.50", "1.25", "", "", "", "SN 9"}});
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    EXPECT_EQ(m.CurrentCategory, "Tools");
+    EXPECT_EQ(m.lblCategory.Caption(), "Tools");
+    EXPECT_EQ(m.ItemRowCount, 3);
+    EXPECT_TRUE(m.FG1.Visible());
+    EXPECT_EQ(m.FG1.FixedRows(), 1);
+    EXPECT_EQ(m.FG1.FixedCols(), 1);
+    EXPECT_EQ(m.txtCost.Text(), "$12.50");
+    EXPECT_EQ(m.txtValue.Text(), "$9.25");
+    EXPECT_FALSE(m.txtLoading.Visible());
+    EXPECT_EQ(std::make_pair(m.FG1.Left(), m.FG1.Top()), std::make_pair(120, 240));
+    EXPECT_EQ(std::make_pair(m.lstCategory.Left(), m.lstCategory.Top()), std::make_pair(1800, 240));
+    EXPECT_EQ(std::make_pair(m.lblCategory.Left(), m.lblCategory.Top()), std::make_pair(4560, 240));
+    EXPECT_EQ(m.FG1.Row(), 2);
+    EXPECT_EQ(m.FG1.Col(), 6);
+    EXPECT_TRUE(m.T1.Visible());
+    EXPECT_TRUE(m.T1.hasFocus());
+    EXPECT_EQ(m.T1.Text(), "SN 9");
+}
+
+TEST(Switch, ToACategoryWithNoFileShowsNoGridAndMakesTheFile) {
+    Harness h;
+    h.writeIndex({"Empty", "Tools"});
+    h.writeCategory("Tools", {{"Saw", "10.00"}});
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(1); });
+    h.run([&] { m.lstCategory.setSelected(0); });
+    EXPECT_EQ(m.ItemRowCount, 1);
+    EXPECT_FALSE(m.FG1.Visible());
+    EXPECT_EQ(m.FG1.FixedRows(), 0);
+    EXPECT_EQ(m.FG1.FixedCols(), 1);
+    EXPECT_EQ(m.txtCost.Text(), "$0.00");
+    EXPECT_EQ(m.txtValue.Text(), "$0.00");
+    EXPECT_TRUE(m.cmdAddAsset.hasFocus());
+    EXPECT_FALSE(m.T1.Visible());
+    EXPECT_EQ(readFile(h.data("Empty.csv")), crlf({kHeadingLine}));
+}
+
+TEST(Switch, ToAHeadingOnlyFileChangesNothingInIt) {
+    Harness h;
+    h.writeIndex({"Bare"});
+    writeFile(h.data("Bare.csv"), crlf({"N,C,V,L,D,W,S"}));
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    EXPECT_EQ(m.ItemRowCount, 1);
+    EXPECT_FALSE(m.FG1.Visible());
+    EXPECT_EQ(readFile(h.data("Bare.csv")), crlf({"N,C,V,L,D,W,S"}));
+    EXPECT_EQ(m.FG1.TextMatrix(0, 0), "N");
+}
+
+TEST(Switch, FirstSwitchAfterTheStartTouchesNoCategoryButItsOwn) {
+    Harness h;
+    h.writeIndex({"Alpha", "Beta"});
+    writeFile(h.data("Beta.csv"), lfFile("b,,,,,,"));
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data("Beta.csv")), lfFile("b,,,,,,"));
+    EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
+}
+
+TEST(Switch, UnsavedEditsOfEachCategoryFollowItThroughManySwitches) {
+    Harness h;
+    h.writeIndex({"A", "B", "C"});
+    for (const char* n : {"A", "B", "C"}) h.writeCategory(n, {{std::string(n) + "1", "1"}});
+    auto& m = h.start();
+    for (int round = 0; round < 3; ++round)
+        for (int i = 0; i < 3; ++i) {
+            h.selectCategory(i);
+            h.run([&] { m.FG1.setTextMatrix(1, 3, m.FG1.TextMatrix(1, 3) + std::to_string(round)); });
+        }
+    h.click(m.cmdExit);
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    again.start();
+    auto seen = openEveryCategory(again);
+    for (const char* n : {"A", "B", "C"})
+        EXPECT_EQ(seen[n], withHeading({{std::string(n) + "1", "1", "", "012"}})) << n;
+}
+
+// ---- the stock picture -----------------------------------------------------------------------------------
+
+TEST(SwitchPicture, StockPictureIsShownAndFrmPicMadeHidden) {
+    Harness h;
+    h.writeIndex({"Empty"});
+    writeFile(h.data("NoPic.jpg"), "PIC 1000 800");
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    ASSERT_TRUE(m.hasPic());
+    EXPECT_FALSE(m.Pic().form.Visible());
+    auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
+    ASSERT_NE(pic, nullptr);
+    EXPECT_EQ(pic->path, h.data("NoPic.jpg").string());
+}
+
+class UnreadableStockPicture : public ::testing::TestWithParam<const char*> {};
+
+// A stock picture that is missing or no picture gives a plain placeholder, and the switch goes on.
+TEST_P(UnreadableStockPicture, DoesNotStopTheSwitch) {
+    Harness h;
+    h.writeIndex({"Empty", "Tools"});
+    h.writeCategory("Tools", {{"Saw", "10.00"}});
+    if (*GetParam()) writeFile(h.data("NoPic.jpg"), GetParam());
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
+    ASSERT_NE(pic, nullptr);
+    EXPECT_EQ(pic->path, "<placeholder>");
+    EXPECT_FALSE(m.txtLoading.Visible());
+    EXPECT_EQ(m.lblCategory.Caption(), "Empty");
+    h.run([&] { m.lstCategory.setSelected(1); });
+    EXPECT_EQ(m.CurrentCategory, "Tools");
+    EXPECT_EQ(m.txtCost.Text(), "$10.00");
+    EXPECT_EQ(m.lstCategory.Left(), 1800);
+}
+
+INSTANTIATE_TEST_SUITE_P(Switch, UnreadableStockPicture, ::testing::Values("", "not a picture"),
+                         [](const auto& info) { return std::string(*info.param ? "NoPicture" : "Missing"); });
+
+// ---- the heading's font size ----------------------------------------------------------------------------------
+
+struct CaptionStep {
+    std::string caption;
+    double size;
+};
+
+TEST(CategoryHeading, FontSizeFollowsTheLengthInCharacters) {
+    const std::string a14 = "Fourteen chars", a15 = "Fifteen chars!!", a16 = "Sixteen chars!!!";
+    // Letters of two and three bytes: a byte count would put these over 15.
+    const std::string u14 = "\xC3\x84\xC3\x96\xC3\x9C\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F\xC3\x84\xC3\x96\xC3\x9C\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F";
+    const std::string u15 = u14 + "\xE2\x82\xAC";
+    ASSERT_EQ(a14.size(), 14u);
+    ASSERT_EQ(a15.size(), 15u);
+    ASSERT_EQ(a16.size(), 16u);
+    const std::vector<CaptionStep> steps = {
+        {a16, 20}, {a15, 20}, {a14, 36}, {a15, 36}, {a16, 20}, {u14, 36}, {a16, 20}, {"", 20}, {"x", 36}, {u15, 36},
+        {a16, 20}, {u15, 20},
+    };
+    Harness h;
+    auto& m = h.start();
+    EXPECT_EQ(m.lblCategory.font().size, 36);
+    for (const auto& s : steps) {
+        h.run([&] { m.lblCategory.setCaption(s.caption); });
+        EXPECT_EQ(m.lblCategory.font().size, s.size) << "caption \"" << s.caption << "\"";
+    }
+}
+
+TEST(CategoryHeading, SwitchesSetTheSizeByTheCategorysName) {
+    const std::string a14 = "Fourteen chars", a15 = "Fifteen chars!!", a16 = "Sixteen chars!!!";
+    Harness h;
+    h.writeIndex({a14, a15, a16});
+    auto& m = h.start();
+    auto select = [&](const std::string& name) { h.run([&] { m.lstCategory.setText(name); }); };
+    select(a16);
+    EXPECT_EQ(m.lblCategory.font().size, 20);
+    select(a15);
+    EXPECT_EQ(m.lblCategory.font().size, 20);
+    select(a14);
+    EXPECT_EQ(m.lblCategory.font().size, 36);
+    select(a15);
+    EXPECT_EQ(m.lblCategory.font().size, 36);
+    EXPECT_EQ(m.lblCategory.Caption(), a15);
+}
+
+} // namespace
