@@ -87,7 +87,7 @@ public:
     void setFontSize(double size);
 
     const std::string& Tag() const { return tag_; }
-    void setTag(std::string t) { tag_ = std::move(t); }
+    void setTag(const std::string& t) { tag_ = t; }
 
     // Whether the control can hold the input focus now: a kind that takes it,
     // visible and enabled with all its containers, on a form that is shown.

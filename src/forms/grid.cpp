@@ -249,6 +249,8 @@ int Grid::CellWidth() { ensureVisible(); return ColWidth(col_); }
 int Grid::CellHeight() { ensureVisible(); return RowHeight(row_); }
 
 std::uint8_t Grid::paletteIndex(Color c) {
+    // A load colours every cell it passes with the same colour: ask for it first.
+    if (palette_.size() > 1 && palette_.back() == c) return static_cast<std::uint8_t>(palette_.size() - 1);
     for (std::size_t i = 1; i < palette_.size(); ++i)
         if (palette_[i] == c) return static_cast<std::uint8_t>(i);
     if (palette_.size() >= 255) return 0; // more distinct colours than a grid ever shows

@@ -22,16 +22,21 @@ void frmMain::SaveCategoryFile() {
     try {
         SaveFileNumber = files.FreeFile();
         files.OpenOutput(SaveFileNumber, path);
-        std::string line;
+        std::string lines;
         const int rows = FG1.Rows(), cols = FG1.Cols();
         for (int row = 0; row < rows; ++row) {
-            line.clear();
             for (int col = 0; col < cols; ++col) {
-                if (col != 0) line += ',';
-                storage::AppendField(line, FG1.TextMatrix(row, col));
+                if (col != 0) lines += ',';
+                storage::AppendField(lines, FG1.TextMatrix(row, col));
             }
-            files.WriteRawLine(SaveFileNumber, line);
+            lines += "\r\n";
+            // Handed over in pieces, so a big category never sits in memory twice.
+            if (lines.size() >= 32 * 1024) {
+                files.WriteBytes(SaveFileNumber, lines);
+                lines.clear();
+            }
         }
+        files.WriteBytes(SaveFileNumber, lines);
         files.Close(SaveFileNumber);
     } catch (const Failure&) {
         files.Abandon(SaveFileNumber);

@@ -52,6 +52,8 @@ public:
     void WriteLine(int n, std::string_view text);
     // A line whose fields are already encoded, written as it stands.
     void WriteRawLine(int n, std::string_view line);
+    // Bytes as they stand, line ends included.
+    void WriteBytes(int n, std::string_view bytes);
 
     void Kill(const std::string& path);
     void KillMatching(const std::string& folder, const std::string& suffix);
