@@ -1,5 +1,6 @@
 #include "io_floor.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -32,30 +33,42 @@ void writeWholeFile(const std::string& path, const std::string& bytes) {
 
 std::uintmax_t fileSize(const std::string& path) { return std::filesystem::file_size(path); }
 
+void flushPendingWrites(const std::string& folder) {
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (fd < 0) return;
+    ::syncfs(fd);
+    ::close(fd);
+}
+
 IoFloor::IoFloor(std::string scratchStem) : scratch_{scratchStem + " 1", scratchStem + " 2"} {}
 
 IoFloor::~IoFloor() { removeScratch(); }
 
-// The timed writes always create their file. Truncating one that holds data
-// makes ext4 flush the new data at close (auto_da_alloc), several times the
-// cost of the write itself: a floor with that in it would be no floor.
 void IoFloor::removeScratch() {
     for (const std::string& s : scratch_) ::unlink(s.c_str());
 }
 
-double IoFloor::switchSeconds(const std::vector<std::string>& files) {
-    double seconds = 0;
+// Each write creates its scratch file, and the files go again untimed right
+// after: truncating a file that holds data makes ext4 flush the new data at
+// close (auto_da_alloc), several times the cost of the write, and a floor with
+// that in it would be no floor; and scratch data left to be written back would
+// slow the program's own writes measured next.
+Timing IoFloor::switchTiming(const std::vector<std::string>& files) {
+    Timing total;
     for (const std::string& file : files) {
         removeScratch();
-        seconds += secondsOf([&] {
+        Timing t = timingOf([&] {
             for (const std::string& scratch : scratch_) {
                 std::string bytes = readWholeFile(file);
                 benchmark::DoNotOptimize(bytes.data());
                 writeWholeFile(scratch, bytes);
             }
         });
+        total.wall += t.wall;
+        total.cpu += t.cpu;
     }
-    return seconds;
+    removeScratch();
+    return total;
 }
 
 } // namespace qmbench

@@ -5,32 +5,30 @@
 namespace qmbench {
 
 namespace {
-double median(std::vector<double> v) {
+double median(const std::vector<Timing>& samples, double Timing::*part) {
+    std::vector<double> v;
+    for (const Timing& t : samples) v.push_back(t.*part);
     if (v.empty()) return 0;
     std::sort(v.begin(), v.end());
     std::size_t mid = v.size() / 2;
     return v.size() % 2 ? v[mid] : (v[mid - 1] + v[mid]) / 2;
 }
+
+double ratio(double subject, double baseline) { return baseline > 0 ? subject / baseline : 0; }
 } // namespace
 
-void PairedSamples::add(double subjectSeconds, double baselineSeconds) {
-    subject_.push_back(subjectSeconds);
-    baseline_.push_back(baselineSeconds);
-}
-
-double PairedSamples::subjectMedian() const { return median(subject_); }
-double PairedSamples::baselineMedian() const { return median(baseline_); }
-
-double PairedSamples::ratio() const {
-    double b = baselineMedian();
-    return b > 0 ? subjectMedian() / b : 0;
+void PairedSamples::add(Timing subject, Timing baseline) {
+    subject_.push_back(subject);
+    baseline_.push_back(baseline);
 }
 
 void PairedSamples::report(benchmark::State& state) const {
     if (empty()) return;
-    state.counters["ratio"] = ratio();
-    state.counters["median_ms"] = subjectMedian() * 1e3;
-    state.counters["baseline_ms"] = baselineMedian() * 1e3;
+    const double wall = median(subject_, &Timing::wall), baseWall = median(baseline_, &Timing::wall);
+    state.counters["ratio"] = ratio(wall, baseWall);
+    state.counters["median_ms"] = wall * 1e3;
+    state.counters["baseline_ms"] = baseWall * 1e3;
+    state.counters["cpu_ratio"] = ratio(median(subject_, &Timing::cpu), median(baseline_, &Timing::cpu));
 }
 
 } // namespace qmbench

@@ -1,4 +1,6 @@
 #pragma once
+#include <time.h>
+
 #include <chrono>
 #include <vector>
 
@@ -6,12 +8,29 @@
 
 namespace qmbench {
 
-// Seconds that f takes, by the steady clock.
+// Wall-clock seconds of a piece of work, and the CPU seconds this thread spent on it.
+struct Timing {
+    double wall = 0;
+    double cpu = 0;
+};
+
+inline double threadCpuSeconds() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
+}
+
+template <class F>
+Timing timingOf(F&& f) {
+    const double cpu = threadCpuSeconds();
+    const auto start = std::chrono::steady_clock::now();
+    f();
+    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), threadCpuSeconds() - cpu};
+}
+
 template <class F>
 double secondsOf(F&& f) {
-    auto start = std::chrono::steady_clock::now();
-    f();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return timingOf(f).wall;
 }
 
 // Times of the code under test and of its baseline, taken in turn in the same
@@ -19,16 +38,16 @@ double secondsOf(F&& f) {
 // which a few disturbed samples don't move.
 class PairedSamples {
 public:
-    void add(double subjectSeconds, double baselineSeconds);
+    void add(Timing subject, Timing baseline);
     bool empty() const { return subject_.empty(); }
-    double subjectMedian() const;
-    double baselineMedian() const;
-    double ratio() const;
-    // Counters "ratio", "median_ms" (the code under test) and "baseline_ms".
+    // Counters: "ratio" of the wall-clock medians, the goal's measure;
+    // "median_ms" (the code under test) and "baseline_ms"; and "cpu_ratio", the
+    // same ratio of CPU time, which waiting for a CPU on a loaded machine
+    // doesn't inflate (nor waiting for the disk).
     void report(benchmark::State& state) const;
 
 private:
-    std::vector<double> subject_, baseline_;
+    std::vector<Timing> subject_, baseline_;
 };
 
 } // namespace qmbench
