@@ -10,10 +10,6 @@ namespace forms {
 
 namespace {
 template <class V>
-void insertRowCells(V& v, std::size_t at, std::size_t n, const typename V::value_type& fill) {
-    v.insert(v.begin() + static_cast<std::ptrdiff_t>(at), n, fill);
-}
-template <class V>
 void eraseRowCells(V& v, std::size_t at, std::size_t n) {
     v.erase(v.begin() + static_cast<std::ptrdiff_t>(at), v.begin() + static_cast<std::ptrdiff_t>(at + n));
 }
@@ -43,7 +39,13 @@ void Grid::setRows(int n) {
     if (n == rows_) return;
     int old = rows_;
     std::size_t cells = static_cast<std::size_t>(n) * cols_;
-    text_.resize(cells);
+    if (n < old) {
+        // Rows that go keep their text's storage for the rows that come next:
+        // a reload fills the same number of cells again without allocating.
+        for (std::size_t i = cells; i < static_cast<std::size_t>(old) * cols_; ++i) text_[i].clear();
+    } else if (text_.size() < cells) {
+        text_.resize(cells);
+    }
     back_.resize(cells, 0);
     align_.resize(cells, AlignGeneral);
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
@@ -58,6 +60,7 @@ void Grid::setRows(int n) {
 void Grid::setCols(int n) {
     if (n < 1 || n > 5000) throw Failure("invalid column value");
     if (n == cols_) return;
+    text_.resize(static_cast<std::size_t>(rows_) * cols_); // the spare rows go
     std::vector<std::string> text(static_cast<std::size_t>(rows_) * n);
     std::vector<std::uint8_t> back(text.size(), 0), align(text.size(), AlignGeneral);
     for (int r = 0; r < rows_; ++r)
@@ -121,8 +124,8 @@ void Grid::moveCurrent(int r, int c) {
 void Grid::setRow(int r) { moveCurrent(r, col_); }
 void Grid::setCol(int c) { moveCurrent(row_, c); }
 
-void Grid::setText(std::string t) {
-    cell(row_, col_) = std::move(t);
+void Grid::setText(const std::string& t) {
+    cell(row_, col_) = t;
     for (auto* l : listeners_) l->cellChanged(row_, col_);
 }
 
@@ -140,10 +143,10 @@ void Grid::setTextMatrix(int r, int c, std::string t) {
 void Grid::AddItem(const std::string& text) {
     if (rows_ >= kMaxRows) throw Failure("too many rows");
     std::size_t at = static_cast<std::size_t>(rows_) * cols_;
-    text_.resize(at + cols_);
+    if (text_.size() < at + cols_) text_.resize(at + cols_);
     text_[at] = text;
-    back_.resize(text_.size(), 0);
-    align_.resize(text_.size(), AlignGeneral);
+    back_.resize(at + cols_, 0);
+    align_.resize(at + cols_, AlignGeneral);
     rowHeight_.push_back(-1);
     ++rows_;
     for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
@@ -154,7 +157,11 @@ void Grid::RemoveItem(int r) {
     // There is always a row below the fixed ones.
     if (rows_ - 1 <= fixedRows_) throw Failure("cannot remove last non-fixed row");
     std::size_t at = static_cast<std::size_t>(r) * cols_;
-    eraseRowCells(text_, at, static_cast<std::size_t>(cols_));
+    std::size_t end = static_cast<std::size_t>(rows_) * cols_;
+    // The row's cells move behind the last row and become spare.
+    std::rotate(text_.begin() + static_cast<std::ptrdiff_t>(at), text_.begin() + static_cast<std::ptrdiff_t>(at + cols_),
+                text_.begin() + static_cast<std::ptrdiff_t>(end));
+    for (std::size_t i = end - cols_; i < end; ++i) text_[i].clear();
     eraseRowCells(back_, at, static_cast<std::size_t>(cols_));
     eraseRowCells(align_, at, static_cast<std::size_t>(cols_));
     rowHeight_.erase(rowHeight_.begin() + r);

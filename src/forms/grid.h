@@ -55,7 +55,7 @@ public:
     int ColSel() const { return colSel_; }
 
     const std::string& Text() const { return cell(row_, col_); }
-    void setText(std::string t);
+    void setText(const std::string& t);
     const std::string& TextMatrix(int r, int c) const;
     void setTextMatrix(int r, int c, std::string t);
 
@@ -125,6 +125,7 @@ private:
     int rowSel_ = 0, colSel_ = 0;
     int topRow_ = 0, leftCol_ = 0;
     int viewportW_ = -1, viewportH_ = -1;
+    // Row by row; cells behind the last row are spare: empty, kept for their storage.
     std::vector<std::string> text_;
     // Per cell: background as an index into palette_ (0: the grid's own) and alignment.
     std::vector<std::uint8_t> back_;

@@ -57,6 +57,7 @@ void frmMain::LoadCategoryFile() {
                                           lstCategory.Text());
     bool unreadable = false;
     int r = 0;
+    std::string field;
     LoadFileNumber = 0;
     try {
         LoadFileNumber = files.FreeFile();
@@ -68,10 +69,10 @@ void frmMain::LoadCategoryFile() {
             const bool room = FG1.Rows() < forms::Grid::kMaxRows;
             if (room) FG1.AddItem(std::to_string(r));
             for (int c = 0; c < kFieldsPerRow; ++c) {
-                std::string text = files.ReadField(LoadFileNumber);
+                files.ReadFieldInto(LoadFileNumber, field);
                 FG1.setCol(c);
                 FG1.setRow(r);
-                FG1.setText(std::move(text));
+                FG1.setText(field);
             }
             ++r;
             if (!room) {

@@ -160,16 +160,22 @@ bool FileTable::fill(Open& f) {
 //  4. any other field runs to the next comma, CR or LF, or the end of the file;
 //  5. one delimiter is consumed: a comma, or a line end (CR LF, CR, LF).
 std::string FileTable::ReadField(int n) {
+    std::string field;
+    ReadFieldInto(n, field);
+    return field;
+}
+
+void FileTable::ReadFieldInto(int n, std::string& field) {
     Open& f = get(n);
     if (!f.in) throw Failure("bad file mode");
     while (fill(f) && (f.buf[f.pos] == ' ' || f.buf[f.pos] == '\t')) ++f.pos;
     if (!fill(f)) throw forms::EndOfFile();
 
-    std::string field;
+    field.clear();
     if (f.buf[f.pos] == '"') {
         ++f.pos;
         for (;;) {
-            if (!fill(f)) return field;
+            if (!fill(f)) return;
             const char* start = f.buf.data() + f.pos;
             const char* end = f.buf.data() + f.len;
             const char* q = static_cast<const char*>(std::memchr(start, '"', static_cast<std::size_t>(end - start)));
@@ -191,8 +197,7 @@ std::string FileTable::ReadField(int n) {
             const char* p = start;
             const char* end = f.buf.data() + f.len;
             while (p < end && !isDelimiter(*p)) ++p;
-            if (field.empty()) field.assign(start, p);
-            else field.append(start, p);
+            field.append(start, p);
             f.pos += static_cast<std::size_t>(p - start);
             if (p < end) break;
         }
@@ -206,7 +211,6 @@ std::string FileTable::ReadField(int n) {
             if (fill(f) && f.buf[f.pos] == '\n') ++f.pos;
         }
     }
-    return field;
 }
 
 void FileTable::Kill(const std::string& path) { files_.remove(path); }

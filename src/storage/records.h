@@ -46,6 +46,8 @@ public:
 
     // The next field: see the reading rules in records.cpp. Fails at the end of the file.
     std::string ReadField(int n);
+    // The same into a string the caller keeps, so its storage serves again.
+    void ReadFieldInto(int n, std::string& field);
     // One value and a line end: a text encoded by EncodeField, a number with a
     // blank on either side (a minus sign in place of the first), nothing as nothing.
     void WriteLine(int n, const Value& value);
