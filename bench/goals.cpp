@@ -6,8 +6,13 @@
 namespace qmbench {
 
 namespace {
-std::vector<Goal>& goalTable() {
-    static std::vector<Goal> goals;
+struct GoalOf {
+    std::string benchmark;
+    Goal goal;
+};
+
+std::vector<GoalOf>& goalTable() {
+    static std::vector<GoalOf> goals;
     return goals;
 }
 
@@ -20,10 +25,7 @@ std::string number(double x) {
 
 benchmark::internal::Benchmark* registerGoals(const std::string& name, std::function<void(benchmark::State&)> fn,
                                               std::vector<Goal> goals) {
-    for (Goal& g : goals) {
-        g.benchmark = name;
-        goalTable().push_back(std::move(g));
-    }
+    for (Goal& g : goals) goalTable().push_back({name, std::move(g)});
     return benchmark::RegisterBenchmark(name.c_str(), [fn = std::move(fn)](benchmark::State& state) { fn(state); });
 }
 
@@ -46,9 +48,9 @@ bool printSummary(std::ostream& out, const std::map<std::string, SummaryReporter
     };
     std::vector<Line> lines{{"goal", "measured ratio", "limit", "ok"}};
     bool allOk = true;
-    for (const Goal& g : goalTable()) {
+    for (const auto& [benchmark, g] : goalTable()) {
         Line line{g.label, "", g.limit ? number(*g.limit) : "-", ""};
-        auto it = results.find(g.benchmark);
+        auto it = results.find(benchmark);
         if (it == results.end()) {
             line.measured = "not run";
             line.ok = "-";

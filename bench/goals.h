@@ -10,10 +10,9 @@
 
 namespace qmbench {
 
-// One line of the summary: a counter of a benchmark, what it stands for, and
+// One line of the summary: a counter of the benchmark, what it stands for, and
 // the limit it must stay at or below (none: reported only).
 struct Goal {
-    std::string benchmark;
     std::string counter;
     std::string label;
     std::optional<double> limit;

@@ -66,6 +66,7 @@ Timing IoFloor::switchTiming(const std::vector<std::string>& files) {
         });
         total.wall += t.wall;
         total.cpu += t.cpu;
+        total.cpuWait += t.cpuWait;
     }
     removeScratch();
     return total;

@@ -123,8 +123,8 @@ int memoryProbeMain(int argc, char** argv) {
 
 void registerMemoryBenchmarks() {
     registerGoals("MemoryBigCategory", memoryBigCategory,
-                  {{"", "peak_ratio", "peak memory, 32767-row category open (VmHWM growth / file size)", 6.0},
-                   {"", "rss_ratio", "resident memory, 32767-row category open (VmRSS growth / file size)", 6.0}})
+                  {{"peak_ratio", "peak memory, 32767-row category open (VmHWM growth / file size)", 6.0},
+                   {"rss_ratio", "resident memory, 32767-row category open (VmRSS growth / file size)", 6.0}})
         ->Iterations(1)
         ->Unit(benchmark::kMillisecond);
 }

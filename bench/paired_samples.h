@@ -8,10 +8,13 @@
 
 namespace qmbench {
 
-// Wall-clock seconds of a piece of work, and the CPU seconds this thread spent on it.
+// Wall-clock seconds of a piece of work, the CPU seconds this thread spent on
+// it, and the seconds it was ready to run but waited for a CPU that other
+// processes held. What is left of the wall time was spent waiting for the disk.
 struct Timing {
     double wall = 0;
     double cpu = 0;
+    double cpuWait = 0;
 };
 
 inline double threadCpuSeconds() {
@@ -20,12 +23,17 @@ inline double threadCpuSeconds() {
     return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
+// Seconds this thread has waited for a CPU so far (0 where the kernel doesn't tell).
+double threadCpuWaitSeconds();
+
 template <class F>
 Timing timingOf(F&& f) {
+    const double wait = threadCpuWaitSeconds();
     const double cpu = threadCpuSeconds();
     const auto start = std::chrono::steady_clock::now();
     f();
-    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), threadCpuSeconds() - cpu};
+    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return {wall, threadCpuSeconds() - cpu, threadCpuWaitSeconds() - wait};
 }
 
 template <class F>
@@ -41,9 +49,11 @@ public:
     void add(Timing subject, Timing baseline);
     bool empty() const { return subject_.empty(); }
     // Counters: "ratio" of the wall-clock medians, the goal's measure;
-    // "median_ms" (the code under test) and "baseline_ms"; and "cpu_ratio", the
+    // "median_ms" (the code under test) and "baseline_ms"; "cpu_ratio", the
     // same ratio of CPU time, which waiting for a CPU on a loaded machine
-    // doesn't inflate (nor waiting for the disk).
+    // doesn't inflate (nor waiting for the disk); "cpu_wait_ms", the median
+    // time the code under test waited for a CPU, and "blocked_ms", the median
+    // time it was off the CPU for anything else (the disk).
     void report(benchmark::State& state) const;
 
 private:

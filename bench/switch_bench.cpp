@@ -42,8 +42,8 @@ void switchBigCategory(benchmark::State& state) {
 
 void registerSwitchBenchmarks() {
     registerGoals("SwitchBigCategory", switchBigCategory,
-                  {{"", "ratio", "switch to a 32767-row category, vs I/O floor", 5.0},
-                   {"", "cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
+                  {{"ratio", "switch to a 32767-row category, vs I/O floor", 5.0},
+                   {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
 }

@@ -2,8 +2,8 @@
 // same numbers, already parsed, with the same rounding at every row.
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <exception>
+#include <iterator>
 #include <vector>
 
 #include "big_categories.h"
@@ -72,11 +72,16 @@ void updateTotals(benchmark::State& state) {
         samples.report(state);
         state.counters["rows"] = m.ItemRowCount;
         // The first run after a load reads every money cell afresh: reported
-        // beside the goal, as the part of a switch that the totals take.
+        // beside the goal, as the part of a switch that the totals take. Each
+        // money cell is written away and back, as a load writes it anew.
         double cold[3];
         for (double& seconds : cold) {
             for (int row = 0; row < m.ItemRowCount; ++row)
-                for (int col : {1, 2}) m.FG1.setTextMatrix(row, col, std::string(m.FG1.TextMatrix(row, col)));
+                for (int col : {1, 2}) {
+                    std::string text = m.FG1.TextMatrix(row, col);
+                    m.FG1.setTextMatrix(row, col, text + " ");
+                    m.FG1.setTextMatrix(row, col, std::move(text));
+                }
             seconds = secondsOf([&] { m.UpdateTotals(); });
         }
         std::sort(std::begin(cold), std::end(cold));
@@ -127,11 +132,11 @@ void typeInCostCell(benchmark::State& state) {
 } // namespace
 
 void registerTotalsBenchmarks() {
-    registerGoals("UpdateTotals", updateTotals, {{"", "ratio", "UpdateTotals over 32767 rows, vs plain loop", 20.0}})
+    registerGoals("UpdateTotals", updateTotals, {{"ratio", "UpdateTotals over 32767 rows, vs plain loop", 20.0}})
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
     registerGoals("TypeInCostCell", typeInCostCell,
-                  {{"", "ratio", "a typed character in a cost cell, vs plain loop", std::nullopt}})
+                  {{"ratio", "a typed character in a cost cell, vs plain loop", std::nullopt}})
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
 }

@@ -106,8 +106,8 @@ void releaseWalkCategories() { instance().reset(); }
 
 void registerWalkBenchmarks() {
     registerGoals("Walk50x500", walk50x500,
-                  {{"", "ratio", "walk over 50 categories of 500 rows, vs I/O floor", std::nullopt},
-                   {"", "cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
+                  {{"ratio", "walk over 50 categories of 500 rows, vs I/O floor", std::nullopt},
+                   {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
 }
