@@ -105,10 +105,7 @@ void QtHost::syncFocus() {
     if (!target || !target->isVisible() || !target->isEnabled()) target = w->client();
     const bool moved = f != shownFocus_;
     shownFocus_ = f;
-    if (moved && target->window() != QApplication::activeWindow()) {
-        target->window()->raise();
-        target->window()->activateWindow();
-    }
+    if (moved && target->window() != QApplication::activeWindow()) target->window()->activateWindow();
     if (target->window()->focusWidget() != target || QApplication::focusWidget() != target)
         target->setFocus(Qt::OtherFocusReason);
 }

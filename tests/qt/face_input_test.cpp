@@ -1,0 +1,422 @@
+// The face on forms of its own, independent of the program: the key path of a
+// text box, the focus keys, list and check box input, buttons, and when the
+// widgets follow the model.
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QInputMethodEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+
+#include "forms/controls.h"
+#include "forms/form.h"
+#include "forms/listbox.h"
+#include "forms/runtime.h"
+#include "qt/form_window.h"
+#include "qt/qt_host.h"
+
+namespace {
+
+// A small window: a text box, a list, two buttons, a check box, a label.
+struct TestForm {
+    explicit TestForm(forms::Runtime& rt)
+        : form(rt, "frmTest"), box(form, nullptr, "txtBox"), other(form, nullptr, "txtOther"), list(form, nullptr, "lstList"),
+          ok(form, nullptr, "cmdOK"), cancel(form, nullptr, "cmdCancel"), check(form, nullptr, "chkCheck"),
+          label(form, nullptr, "lblLabel"), off(form, nullptr, "cmdOff") {
+        form.Caption = "Test";
+        form.ClientWidth = 6000;
+        form.ClientHeight = 4000;
+        box.move(120, 120, 2400, 300);
+        box.setTabIndex(0);
+        other.move(120, 480, 2400, 300);
+        other.setTabIndex(1);
+        list.move(120, 900, 2400, 1500);
+        list.setTabIndex(2);
+        list.Sorted = true;
+        for (const char* s : {"apple", "banana", "cherry", "date"}) list.AddItem(s);
+        ok.move(3000, 120, 1200, 400);
+        ok.setTabIndex(3);
+        ok.Caption = "OK";
+        ok.Default = true;
+        cancel.move(3000, 600, 1200, 400);
+        cancel.setTabIndex(5);
+        cancel.Caption = "Cancel";
+        cancel.Cancel = true;
+        off.move(3000, 1080, 1200, 400);
+        off.setTabIndex(4);
+        off.Caption = "Off";
+        off.setEnabled(false);
+        check.move(3000, 1600, 2000, 300);
+        check.setTabIndex(6);
+        check.Caption = "Check";
+        label.move(120, 2600, 3000, 300);
+        label.setCaption("start");
+        form.announce();
+    }
+    ~TestForm() { form.retire(); }
+
+    forms::Form form;
+    forms::TextBox box, other;
+    forms::ListBox list;
+    forms::Button ok, cancel;
+    forms::CheckBox check;
+    forms::Label label;
+    forms::Button off;
+};
+
+struct Fixture {
+    Fixture() : host(rt) {
+        rt.setHost(&host);
+        t = std::make_unique<TestForm>(rt);
+    }
+    ~Fixture() {
+        t.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    bool show() {
+        t->form.setVisible(true);
+        host.sync();
+        QWidget* top = window()->window();
+        top->activateWindow();
+        return QTest::qWaitForWindowActive(top);
+    }
+    qtface::FormWindow* window() { return host.window(t->form); }
+    template <class W> W* w(const forms::Control& c) { return qobject_cast<W*>(window()->widgetOf(c)); }
+    void focus(forms::Control& c) { host.dispatch([&] { c.TrySetFocus(); }); }
+
+    forms::Runtime rt;
+    qtface::QtHost host;
+    std::unique_ptr<TestForm> t;
+    std::vector<std::string> log;
+};
+
+} // namespace
+
+class FaceInputTest : public QObject {
+    Q_OBJECT
+private slots:
+    void keyGoesThroughKeyDownKeyPressThenTheBox();
+    void keyPressCanCancelOrReplaceTheCharacter();
+    void caretKeysMoveTheModelsCaret();
+    void characterBelongsToTheControlThatSawTheKeyDown();
+    void inputMethodTextComesInAsKeyPresses();
+    void pasteInsertsTheFirstLine();
+    void clickPlacesTheCaretAndMovesTheFocus();
+    void tabFollowsTheTabOrder();
+    void enterAndEscPressDefaultAndCancel();
+    void listKeysAndClicksSelectThroughTheModel();
+    void listClickGivesFocusBeforeSelecting();
+    void checkBoxClickTogglesTheModel();
+    void widgetsFollowTheModelWhenTheEventEnds();
+    void controlShownDuringAnEventIsPaintedAtOnce();
+    void hiddenFocusedControlTakesNoKeys();
+    void formGoingFromItsOwnButtonIsSafe();
+};
+
+void FaceInputTest::keyGoesThroughKeyDownKeyPressThenTheBox() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    box.KeyDown = [&](int& code, int shift) { f.log.push_back("down " + std::to_string(code) + "/" + std::to_string(shift) + " [" + box.Text() + "]"); };
+    box.KeyPress = [&](int& ch) { f.log.push_back("press " + std::to_string(ch) + " [" + box.Text() + "]"); };
+    box.Change = [&] { f.log.push_back("change [" + box.Text() + "]"); };
+    f.focus(box);
+    auto* edit = f.w<QLineEdit>(box);
+    QCOMPARE(QApplication::focusWidget(), edit);
+
+    QTest::keyClick(edit, 'A', Qt::ShiftModifier);
+    QTest::keyClick(edit, '1');
+    QTest::keyClick(edit, Qt::Key_Left);
+    QTest::keyClick(edit, Qt::Key_Backspace);
+    const std::vector<std::string> want = {
+        "down 16/1 []", // Shift itself, as it goes down
+        "down 65/1 []", "press 65 []", "change [A]",
+        "down 49/0 [A]", "press 49 [A]", "change [A1]",
+        "down 37/0 [A1]", // no character: the caret moves
+        "down 8/0 [A1]", "press 8 [A1]", "change [1]",
+    };
+    if (f.log != want)
+        for (const auto& line : f.log) qWarning() << line.c_str();
+    QCOMPARE(f.log, want);
+    QCOMPARE(edit->text(), QString("1"));
+    QCOMPARE(edit->cursorPosition(), 0);
+}
+
+void FaceInputTest::keyPressCanCancelOrReplaceTheCharacter() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    box.KeyPress = [](int& ch) {
+        if (ch == 'x') ch = 0;
+        if (ch == 'a') ch = 'b';
+    };
+    f.focus(box);
+    auto* edit = f.w<QLineEdit>(box);
+    QTest::keyClicks(edit, "xax");
+    QCOMPARE(box.Text(), std::string("b"));
+    QCOMPARE(edit->text(), QString("b"));
+}
+
+void FaceInputTest::caretKeysMoveTheModelsCaret() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    f.focus(box);
+    auto* edit = f.w<QLineEdit>(box);
+    QTest::keyClick(edit, Qt::Key_H);
+    QKeyEvent accented(QEvent::KeyPress, Qt::Key_Eacute, Qt::NoModifier, QString::fromUtf8("\xC3\xA9"));
+    QApplication::sendEvent(edit, &accented);
+    QTest::keyClicks(edit, "llo");
+    QCOMPARE(box.Text(), std::string("h\xC3\xA9llo"));
+    QTest::keyClick(edit, Qt::Key_Home);
+    QTest::keyClick(edit, Qt::Key_Right);
+    QTest::keyClick(edit, Qt::Key_Right);
+    QCOMPARE(box.SelStart(), 2);
+    QCOMPARE(edit->cursorPosition(), 2);
+    QTest::keyClick(edit, Qt::Key_Delete);
+    QCOMPARE(box.Text(), std::string("h\xC3\xA9lo"));
+    QTest::keyClick(edit, Qt::Key_End);
+    QCOMPARE(edit->cursorPosition(), 4);
+    // A selection made in the model shows in the widget.
+    f.host.dispatch([&] { box.placeCaret(1, 2); });
+    QCOMPARE(edit->selectionStart(), 1);
+    QCOMPARE(edit->selectedText(), QString::fromUtf8("\xC3\xA9l"));
+}
+
+void FaceInputTest::characterBelongsToTheControlThatSawTheKeyDown() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    std::vector<std::string> pressedIn;
+    box.KeyDown = [&](int&, int) { f.t->other.SetFocus(); };
+    box.KeyPress = [&](int&) { pressedIn.push_back("box"); };
+    f.t->other.KeyPress = [&](int&) { pressedIn.push_back("other"); };
+    f.focus(box);
+    QTest::keyClick(f.w<QLineEdit>(box), Qt::Key_Q);
+    QCOMPARE(pressedIn, std::vector<std::string>{"box"});
+    QCOMPARE(box.Text(), std::string("q"));
+    QCOMPARE(f.t->other.Text(), std::string());
+    QCOMPARE(f.rt.focused(), &f.t->other);
+    QCOMPARE(QApplication::focusWidget(), f.w<QLineEdit>(f.t->other));
+}
+
+void FaceInputTest::inputMethodTextComesInAsKeyPresses() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    int downs = 0;
+    std::vector<int> presses;
+    box.KeyDown = [&](int&, int) { ++downs; };
+    box.KeyPress = [&](int& ch) { presses.push_back(ch); };
+    f.focus(box);
+    QInputMethodEvent compose(QStringLiteral("~"), {});
+    QApplication::sendEvent(f.w<QLineEdit>(box), &compose); // preedit only: nothing yet
+    QInputMethodEvent commit;
+    commit.setCommitString(QString::fromUtf8("\xC3\xB1" "a"));
+    QApplication::sendEvent(f.w<QLineEdit>(box), &commit);
+    QCOMPARE(downs, 0);
+    QCOMPARE(presses, (std::vector<int>{0xF1, 'a'}));
+    QCOMPARE(box.Text(), std::string("\xC3\xB1" "a"));
+}
+
+void FaceInputTest::pasteInsertsTheFirstLine() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    std::vector<int> downs, presses;
+    int changes = 0;
+    box.KeyDown = [&](int& code, int) { downs.push_back(code); };
+    box.KeyPress = [&](int& ch) { presses.push_back(ch); };
+    box.Change = [&] { ++changes; };
+    f.focus(box);
+    f.host.dispatch([&] { box.setText("[]"); box.placeCaret(1); });
+    changes = 0;
+    QGuiApplication::clipboard()->setText(QStringLiteral("one\ntwo"));
+    QTest::keyClick(f.w<QLineEdit>(box), Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(box.Text(), std::string("[one]"));
+    QCOMPARE(box.SelStart(), 4);
+    QCOMPARE(downs, (std::vector<int>{17, 86})); // Ctrl, then V
+    QVERIFY(presses.empty());
+    QCOMPARE(changes, 1);
+}
+
+void FaceInputTest::clickPlacesTheCaretAndMovesTheFocus() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& other = f.t->other;
+    f.host.dispatch([&] { other.setText("abcdefgh"); });
+    f.focus(f.t->box);
+    int gotFocus = 0;
+    other.GotFocus = [&] { ++gotFocus; };
+    auto* edit = f.w<QLineEdit>(other);
+    QTest::mouseClick(edit, Qt::LeftButton, {}, QPoint(edit->width() - 3, edit->height() / 2));
+    QCOMPARE(f.rt.focused(), &other);
+    QCOMPARE(gotFocus, 1);
+    QCOMPARE(other.SelStart(), 8);
+    QCOMPARE(edit->text(), QString("abcdefgh")); // the widget edited nothing itself
+}
+
+void FaceInputTest::tabFollowsTheTabOrder() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& t = *f.t;
+    f.focus(t.box);
+    auto tab = [&](bool back = false) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, back ? Qt::ShiftModifier : Qt::NoModifier);
+        return f.rt.focused();
+    };
+    QCOMPARE(tab(), static_cast<forms::Control*>(&t.other));
+    QCOMPARE(tab(), static_cast<forms::Control*>(&t.list));
+    QCOMPARE(tab(), static_cast<forms::Control*>(&t.ok));
+    QCOMPARE(tab(), static_cast<forms::Control*>(&t.cancel)); // the disabled button is passed over
+    QCOMPARE(tab(), static_cast<forms::Control*>(&t.check));
+    QCOMPARE(tab(), static_cast<forms::Control*>(&t.box));    // and round again
+    QCOMPARE(tab(true), static_cast<forms::Control*>(&t.check));
+    QCOMPARE(QApplication::focusWidget(), f.window()->widgetOf(t.check));
+}
+
+void FaceInputTest::enterAndEscPressDefaultAndCancel() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& t = *f.t;
+    int okClicks = 0, cancelClicks = 0, downs = 0;
+    t.ok.Click = [&] { ++okClicks; };
+    t.cancel.Click = [&] { ++cancelClicks; };
+    t.box.KeyDown = [&](int&, int) { ++downs; };
+    f.focus(t.box);
+    QTest::keyClick(f.w<QLineEdit>(t.box), Qt::Key_Return);
+    QTest::keyClick(f.w<QLineEdit>(t.box), Qt::Key_Escape);
+    QCOMPARE(okClicks, 1);
+    QCOMPARE(cancelClicks, 1);
+    QCOMPARE(downs, 0);
+    // On a button, Enter presses that button.
+    f.focus(t.cancel);
+    QTest::keyClick(f.w<QPushButton>(t.cancel), Qt::Key_Return);
+    QCOMPARE(cancelClicks, 2);
+    QCOMPARE(okClicks, 1);
+}
+
+void FaceInputTest::listKeysAndClicksSelectThroughTheModel() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& list = f.t->list;
+    int clicks = 0;
+    list.Click = [&] { ++clicks; };
+    f.focus(list);
+    auto* w = f.w<QListWidget>(list);
+    QTest::keyClick(w, Qt::Key_Down);
+    QCOMPARE(list.ListIndex(), 0);
+    QTest::keyClick(w, Qt::Key_End);
+    QCOMPARE(list.ListIndex(), 3);
+    QTest::keyClick(w, Qt::Key_B);
+    QCOMPARE(list.ListIndex(), 1);
+    QTest::keyClick(w, Qt::Key_Up);
+    QCOMPARE(list.ListIndex(), 0);
+    QTest::keyClick(w, Qt::Key_Up); // at the top: no change, no Click
+    QCOMPARE(clicks, 4);
+    QCOMPARE(w->currentRow(), 0);
+    QTest::mouseClick(w->viewport(), Qt::LeftButton, {}, w->visualItemRect(w->item(2)).center());
+    QCOMPARE(list.ListIndex(), 2);
+    QCOMPARE(w->currentRow(), 2);
+    QCOMPARE(clicks, 5);
+    // Items added from code appear, the selection stays on its entry.
+    f.host.dispatch([&] { list.AddItem("aardvark"); });
+    QCOMPARE(w->count(), 5);
+    QCOMPARE(w->item(0)->text(), QString("aardvark"));
+    QCOMPARE(w->currentRow(), 3);
+}
+
+void FaceInputTest::listClickGivesFocusBeforeSelecting() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& list = f.t->list;
+    list.GotFocus = [&] { f.log.push_back("gotfocus " + std::to_string(list.ListIndex())); };
+    list.Click = [&] { f.log.push_back("click " + std::to_string(list.ListIndex())); };
+    f.focus(f.t->box);
+    auto* w = f.w<QListWidget>(list);
+    QTest::mouseClick(w->viewport(), Qt::LeftButton, {}, w->visualItemRect(w->item(1)).center());
+    QCOMPARE(f.log, (std::vector<std::string>{"gotfocus -1", "click 1"}));
+}
+
+void FaceInputTest::checkBoxClickTogglesTheModel() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& check = f.t->check;
+    int clicks = 0;
+    check.Click = [&] { ++clicks; };
+    auto* w = f.w<QCheckBox>(check);
+    QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(5, w->height() / 2));
+    QCOMPARE(check.Value(), 1);
+    QVERIFY(w->isChecked());
+    QCOMPARE(f.rt.focused(), &check);
+    QTest::keyClick(w, Qt::Key_Space);
+    QCOMPARE(check.Value(), 0);
+    QVERIFY(!w->isChecked());
+    QCOMPARE(clicks, 2);
+}
+
+void FaceInputTest::widgetsFollowTheModelWhenTheEventEnds() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& t = *f.t;
+    auto* label = f.w<QLabel>(t.label);
+    QString seenInside;
+    t.ok.Click = [&] {
+        for (int i = 0; i < 200000; ++i) t.label.setCaption(std::to_string(i));
+        t.box.move(240, 120, 2400, 300);
+        seenInside = label->text();
+    };
+    QTest::mouseClick(f.w<QPushButton>(t.ok), Qt::LeftButton);
+    QCOMPARE(seenInside, QString("start"));
+    QCOMPARE(label->text(), QString("199999"));
+    QCOMPARE(f.window()->widgetOf(t.box)->x(), qRound(240 * f.host.twips().dpi() / 1440.0));
+}
+
+void FaceInputTest::controlShownDuringAnEventIsPaintedAtOnce() {
+    Fixture f;
+    f.t->other.setVisible(false);
+    QVERIFY(f.show());
+    auto& t = *f.t;
+    auto* other = f.w<QLineEdit>(t.other);
+    QVERIFY(!other->isVisible());
+    bool shownInside = false, textInside = false;
+    t.ok.Click = [&] {
+        t.other.setText("Loading...");
+        t.other.setVisible(true);
+        shownInside = other->isVisible();
+        textInside = other->text() == "Loading...";
+        t.other.setVisible(false);
+    };
+    QTest::mouseClick(f.w<QPushButton>(t.ok), Qt::LeftButton);
+    QVERIFY(shownInside);
+    QVERIFY(textInside);
+    QVERIFY(!other->isVisible());
+}
+
+void FaceInputTest::hiddenFocusedControlTakesNoKeys() {
+    Fixture f;
+    QVERIFY(f.show());
+    auto& box = f.t->box;
+    f.focus(box);
+    f.host.dispatch([&] { box.setVisible(false); });
+    QCOMPARE(f.rt.focused(), &box);
+    QTest::keyClick(f.window()->client(), Qt::Key_Z);
+    QCOMPARE(box.Text(), std::string());
+}
+
+void FaceInputTest::formGoingFromItsOwnButtonIsSafe() {
+    Fixture f;
+    QVERIFY(f.show());
+    f.t->ok.Click = [&] { f.t.reset(); };
+    QPointer<QWidget> top = f.window()->window();
+    QTest::mouseClick(f.window()->widgetOf(f.t->ok), Qt::LeftButton);
+    QVERIFY(!f.t);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(top.isNull());
+}
+
+QTEST_MAIN(FaceInputTest)
+#include "face_input_test.moc"

@@ -1,0 +1,57 @@
+#include "support/qt_harness.h"
+
+#include <QApplication>
+#include <QScreen>
+#include <QTest>
+#include <cmath>
+
+namespace qttest {
+
+QtHarness::QtHarness()
+    : host(core.runtime), pictures(host.twips()),
+      platform{core.runtime, core.files, core.dialogs, pictures, core.printer, currency, core.program, core.platform.places} {
+    core.runtime.setHost(&host);
+    host.setCloseHandler([this](forms::Form& form) {
+        if (main && &form == &main->form) host.dispatch([this] { main->Form_Terminate(); });
+        else host.dispatch([&form] { form.setVisible(false); });
+    });
+}
+
+QtHarness::~QtHarness() {
+    main.reset();
+    settle();
+}
+
+bool QtHarness::start() {
+    main = std::make_unique<qm::frmMain>(platform, core.globals);
+    main->Start();
+    host.sync();
+    QWidget* top = topWidget();
+    if (!top || !top->isVisible()) return false;
+    top->activateWindow();
+    if (!QTest::qWaitForWindowActive(top)) return false;
+    settle();
+    return true;
+}
+
+void QtHarness::clickListEntry(int index) {
+    QListWidget* l = list();
+    const QRect r = l->visualItemRect(l->item(index));
+    QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, r.center());
+}
+
+void QtHarness::click(const forms::Control& c) { QTest::mouseClick(widget(c), Qt::LeftButton); }
+
+QPoint QtHarness::inClient(const QWidget* w) const { return w->mapTo(window()->client(), QPoint(0, 0)); }
+
+void QtHarness::settle() {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCoreApplication::processEvents();
+}
+
+int pixels(int twips) {
+    const double dpi = QGuiApplication::primaryScreen()->logicalDotsPerInchY();
+    return static_cast<int>(std::lround(twips * dpi / 1440.0));
+}
+
+} // namespace qttest
