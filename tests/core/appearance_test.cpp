@@ -1,0 +1,99 @@
+// The five colours: applied at start from their files, chosen and reset in
+// the Properties window, and kept across a restart.
+#include <gtest/gtest.h>
+
+#include "appearance/frm_properties.h"
+#include "forms/input.h"
+#include "support/scripted_platform.h"
+
+using namespace qmtest;
+
+namespace {
+
+struct Colours : ::testing::Test {
+    Harness h;
+    void writeColours(std::initializer_list<std::pair<const char*, const char*>> files) {
+        for (auto& [name, value] : files) writeFile(h.data(name), std::string(value) + "\r\n");
+    }
+    void menu(const char* name) { forms::input::menu(h.runtime, *h.m().form.menuBar().find(name)); }
+};
+
+TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
+    writeColours({{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
+    auto& m = h.start();
+    EXPECT_EQ(m.lblCategory.ForeColor(), 255u);
+    EXPECT_EQ(m.lstCategory.BackColor(), 65535u);
+    EXPECT_EQ(m.T1.BackColor(), 16711680u);
+    EXPECT_EQ(m.T1.ForeColor(), 128u);
+    EXPECT_EQ(m.FG1.ForeColor(), 128u);
+    EXPECT_EQ(m.lstCategory.ForeColor(), 32768u);
+    ASSERT_NE(m.propertiesIfLoaded(), nullptr); // made hidden by the first swatch
+    auto& p = *m.propertiesIfLoaded();
+    EXPECT_FALSE(p.form.Visible());
+    EXPECT_EQ(p.shpCatHead.BackColor(), 255u);
+    EXPECT_EQ(p.shpCatList.BackColor(), 65535u);
+    EXPECT_EQ(p.shpCell.BackColor(), 16711680u);
+    EXPECT_EQ(p.shpCellText.BackColor(), 128u);
+    EXPECT_EQ(p.shpListText.BackColor(), 32768u);
+}
+
+TEST_F(Colours, NoFilesLeaveTheDesignedColours) {
+    auto& m = h.start();
+    EXPECT_EQ(m.T1.BackColor(), 0x0000C000u);
+    EXPECT_EQ(m.propertiesIfLoaded(), nullptr);
+}
+
+TEST_F(Colours, AMissingFileStopsTheReadingThere) {
+    writeColours({{"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
+    auto& m = h.start(); // HColor missing: nothing at all
+    EXPECT_EQ(m.lstCategory.BackColor(), forms::syscolor::Window);
+    EXPECT_EQ(m.T1.BackColor(), 0x0000C000u);
+
+    Harness h2;
+    for (auto [name, value] : {std::pair{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}})
+        writeFile(h2.data(name), std::string(value) + "\r\n");
+    writeFile(h2.data("ListBoxText"), "not a colour\r\n");
+    auto& m2 = h2.start(); // four of five
+    EXPECT_EQ(m2.T1.ForeColor(), 128u);
+    EXPECT_EQ(m2.lstCategory.ForeColor(), forms::syscolor::WindowText);
+    // The window's own load stops at the same file: the last swatch keeps its design.
+    EXPECT_EQ(m2.Properties().shpListText.BackColor(), 0u);
+}
+
+TEST_F(Colours, ResetRestoresTheDefaultsAndWritesAllFiveFiles) {
+    auto& m = h.start();
+    menu("mnuProperties");
+    auto& p = m.Properties();
+    EXPECT_TRUE(p.form.Visible());
+    forms::input::click(h.runtime, p.cmdColorReset);
+    EXPECT_EQ(m.T1.BackColor(), 65280u);
+    EXPECT_EQ(m.lstCategory.BackColor(), 16777215u);
+    EXPECT_EQ(readFile(h.data("HColor")), "0\r\n");
+    EXPECT_EQ(readFile(h.data("CatColor")), "16777215\r\n");
+    EXPECT_EQ(readFile(h.data("SelectedCell")), "65280\r\n");
+    EXPECT_EQ(readFile(h.data("CellText")), "0\r\n");
+    EXPECT_EQ(readFile(h.data("ListBoxText")), "0\r\n");
+}
+
+TEST_F(Colours, AChosenColourAppliesAtOnceAndComesBackAfterARestart) {
+    auto& m = h.start();
+    menu("mnuProperties");
+    h.dialogs.colorAnswers.push_back(0x00123456);
+    forms::input::click(h.runtime, m.Properties().cmdSelected);
+    EXPECT_EQ(m.T1.BackColor(), 0x00123456u);
+    EXPECT_EQ(m.Properties().shpCell.BackColor(), 0x00123456u);
+    EXPECT_EQ(readFile(h.data("SelectedCell")), std::to_string(0x00123456) + "\r\n");
+    forms::input::click(h.runtime, m.Properties().cmdCellText); // Cancel: nothing changes
+    EXPECT_FALSE(std::filesystem::exists(h.data("CellText")));
+    forms::input::click(h.runtime, m.Properties().cmdChange);
+    EXPECT_EQ(m.propertiesIfLoaded(), nullptr);
+    h.click(m.cmdExit);
+
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    writeFile(again.data("HColor"), "0\r\n");
+    writeFile(again.data("CatColor"), "16777215\r\n");
+    auto& m2 = again.start();
+    EXPECT_EQ(m2.T1.BackColor(), 0x00123456u);
+}
+
+} // namespace

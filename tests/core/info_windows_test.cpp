@@ -1,0 +1,76 @@
+// The help, about and contact windows: opened from the menu, closed by their
+// buttons, and what they show.
+#include <gtest/gtest.h>
+
+#include "forms/input.h"
+#include "infowindows/frm_about.h"
+#include "infowindows/frm_how.h"
+#include "support/scripted_platform.h"
+
+using namespace qmtest;
+
+namespace {
+
+struct Info : ::testing::Test {
+    Harness h;
+    qm::frmMain* m = nullptr;
+    void SetUp() override { m = &h.start(); }
+    void menu(const char* name) { forms::input::menu(h.runtime, *m->form.menuBar().find(name)); }
+};
+
+TEST_F(Info, TheVersionCaption) { EXPECT_EQ(qm::VersionCaption(), "Version 3.0.0"); }
+
+TEST_F(Info, HelpShowsTheReadmeOfTheDataFolderAndFillsItsWindow) {
+    menu("mnuContents");
+    ASSERT_NE(m->howIfLoaded(), nullptr);
+    auto& how = *m->howIfLoaded();
+    EXPECT_TRUE(how.form.Visible());
+    EXPECT_EQ(how.form.Caption, "How does Quillmere work?");
+    EXPECT_EQ(how.wbsReadme.location(), h.data("Readme.htm").string());
+    h.run([&] { how.form.platformResized(9000, 7000); });
+    EXPECT_EQ(how.cmdClose.Top(), 7000 - 1125);
+    EXPECT_EQ(how.cmdClose.Width(), 9000 - 325);
+    EXPECT_EQ(how.wbsReadme.Width(), 9000 - 325);
+    EXPECT_EQ(how.wbsReadme.Height(), 7000 - 1375);
+    h.run([&] { how.form.platformResized(200, 900); }); // smaller than the controls: no negative sizes
+    EXPECT_EQ(how.wbsReadme.Width(), 0);
+    EXPECT_EQ(how.wbsReadme.Height(), 0);
+    forms::input::click(h.runtime, how.cmdClose);
+    EXPECT_EQ(m->howIfLoaded(), nullptr);
+}
+
+TEST_F(Info, AboutAndContactShowTheVersionAndCloseByOK) {
+    menu("mnuAbout");
+    ASSERT_NE(m->aboutIfLoaded(), nullptr);
+    EXPECT_EQ(m->aboutIfLoaded()->lblVersion.Caption(), "Version 3.0.0");
+    EXPECT_EQ(m->aboutIfLoaded()->form.Caption, "About Quillmere");
+    forms::input::click(h.runtime, m->aboutIfLoaded()->cmdOK);
+    EXPECT_EQ(m->aboutIfLoaded(), nullptr);
+
+    menu("mnuContact");
+    ASSERT_NE(m->contactIfLoaded(), nullptr);
+    EXPECT_EQ(m->contactIfLoaded()->lblVersion.Caption(), "Version 3.0.0");
+    EXPECT_EQ(m->contactIfLoaded()->form.Caption, "Contact Info");
+    forms::input::closeWindow(h.runtime, m->contactIfLoaded()->form);
+    EXPECT_EQ(m->contactIfLoaded(), nullptr);
+}
+
+TEST_F(Info, SystemInformationStartsWhereThereIsAProgramForIt) {
+    menu("mnuAbout");
+    forms::input::click(h.runtime, m->aboutIfLoaded()->cmdSysInfo);
+    ASSERT_EQ(h.dialogs.messages.size(), 1u);
+    EXPECT_EQ(h.dialogs.messages[0].text, "System Information Is Unavailable At This Time");
+    h.program.hasSysInfo = true;
+    forms::input::click(h.runtime, m->aboutIfLoaded()->cmdSysInfo);
+    EXPECT_EQ(h.program.sysInfoStarts, 2);
+    EXPECT_EQ(h.dialogs.messages.size(), 1u);
+}
+
+TEST_F(Info, TheMenuOnAnOpenWindowChangesNothing) {
+    menu("mnuAbout");
+    auto* first = m->aboutIfLoaded();
+    menu("mnuAbout");
+    EXPECT_EQ(m->aboutIfLoaded(), first);
+}
+
+} // namespace

@@ -1,0 +1,133 @@
+// Item pictures: the link files, what the picture window shows as the editor
+// moves, and how the window fits itself around a picture.
+#include <gtest/gtest.h>
+
+#include "forms/input.h"
+#include "pictures/frm_pic.h"
+#include "support/scripted_platform.h"
+
+using namespace qmtest;
+
+namespace {
+
+std::string shown(qm::frmMain& m) {
+    auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
+    return pic ? pic->path : "<none>";
+}
+
+struct Pictures : ::testing::Test {
+    Harness h;
+    qm::frmMain* m = nullptr;
+    std::string jack, wrench, stock;
+
+    void SetUp() override {
+        jack = h.data("jack.jpg").string();
+        wrench = h.data("wrench.gif").string();
+        stock = h.data("NoPic.jpg").string();
+        writeFile(jack, "PIC 1440 720");
+        writeFile(wrench, "PIC 2880 1440");
+        writeFile(stock, "PIC 4365 2475");
+        h.writeIndex({"Car parts", "Carparts"});
+        h.writeCategory("Car parts", {{"Jack", "25"}, {"Wrench", "5"}, {"", "1"}});
+        h.writeCategory("Carparts", {{"x"}});
+        m = &h.start();
+        h.selectCategory(0);
+    }
+    void open(int row, int col) { forms::input::clickCell(h.runtime, m->FG1, row, col); }
+    // The user ticks the check box if the window isn't up, then uses its button.
+    void link(const std::string& path) {
+        if (!m->Pic().form.Visible()) forms::input::toggle(h.runtime, m->chkPic);
+        h.dialogs.openAnswers.push_back(path);
+        forms::input::click(h.runtime, m->Pic().cmdAddPic);
+    }
+};
+
+TEST_F(Pictures, LinkingStoresThePathUnderCategoryAndItemName) {
+    open(1, 3);
+    link(jack);
+    ASSERT_EQ(h.dialogs.filters.size(), 1u);
+    EXPECT_EQ(h.dialogs.filters[0],
+              "jpg/jpeg Files (*.jpg;*.jpeg)|*.jpg;*.jpeg|gif Files (*.gif)|*.gif|All Files (*.*)|*.*");
+    EXPECT_EQ(readFile(h.data("Car partsJack.csv")), jack + "\r\n");
+    EXPECT_EQ(shown(*m), jack);
+    EXPECT_EQ(h.globals.PicturePath, jack);
+}
+
+TEST_F(Pictures, TheEditorsFocusLoadsThePictureOfItsRow) {
+    writeFile(h.data("Car partsJack.csv"), jack + "\r\n");
+    open(1, 2);
+    EXPECT_EQ(shown(*m), jack);
+    open(2, 2); // no link: the stock picture
+    EXPECT_EQ(shown(*m), stock);
+    writeFile(h.data("Car partsWrench.csv"), h.data("gone.jpg").string() + "\r\n");
+    open(1, 2);
+    open(2, 2); // a link to a missing picture: the previous picture stays
+    EXPECT_EQ(shown(*m), jack);
+    EXPECT_FALSE(h.globals.LinkRead);
+}
+
+TEST_F(Pictures, APathWithACommaComesBackWhole) {
+    std::string odd = h.data("a, b.jpg").string();
+    writeFile(odd, "PIC 100 100");
+    open(1, 1);
+    link(odd);
+    open(2, 1);
+    open(1, 1);
+    EXPECT_EQ(shown(*m), odd);
+}
+
+TEST_F(Pictures, AnItemWithNoNameStoresNoLink) {
+    open(3, 1);
+    link(jack);
+    EXPECT_EQ(shown(*m), jack);
+    EXPECT_EQ(readFile(h.data("Car parts.csv"))->substr(0, 4), "Item"); // the category's own file is untouched
+}
+
+TEST_F(Pictures, ALinkIsNeverWrittenOverAnotherCategorysFile) {
+    h.run([&] { m->FG1.setTextMatrix(1, 0, "parts"); }); // "Car" + "parts"... here "Car parts" + "" is no clash,
+    h.run([&] { m->lblCategory.setCaption("Car"); });   // so make the clash: caption "Car", item "parts"
+    open(1, 1);
+    link(jack);
+    EXPECT_EQ(shown(*m), jack);
+    EXPECT_NE(readFile(h.data("Carparts.csv"))->find("x"), std::string::npos);
+    EXPECT_EQ(readFile(h.data("Carparts.csv"))->substr(0, 4), "Item");
+}
+
+TEST_F(Pictures, CancelInTheFileDialogChangesNothing) {
+    writeFile(h.data("Car partsJack.csv"), jack + "\r\n");
+    open(1, 1);
+    forms::input::toggle(h.runtime, m->chkPic);
+    forms::input::click(h.runtime, m->Pic().cmdAddPic); // no answer: Cancel
+    EXPECT_EQ(readFile(h.data("Car partsJack.csv")), jack + "\r\n");
+    EXPECT_EQ(shown(*m), jack);
+}
+
+TEST_F(Pictures, TheCheckBoxShowsAndHidesTheWindowAndCloseUnticksIt) {
+    forms::input::toggle(h.runtime, m->chkPic);
+    EXPECT_TRUE(m->Pic().form.Visible());
+    forms::input::click(h.runtime, m->Pic().cmdClose);
+    EXPECT_FALSE(m->Pic().form.Visible());
+    EXPECT_EQ(m->chkPic.Value(), 0);
+}
+
+TEST_F(Pictures, TheWindowFitsItselfAroundThePicture) {
+    writeFile(stock, "PIC 4365 2475");
+    h.selectCategory(1);
+    auto& pic = m->Pic();
+    EXPECT_EQ(pic.form.Width(), 4715);
+    EXPECT_EQ(pic.form.Height(), 4275);
+    EXPECT_EQ(pic.cmdAddPic.Top(), 2675);
+    EXPECT_EQ(pic.cmdClose.Top(), 3200);
+    EXPECT_EQ(pic.cmdAddPic.Width(), 4365);
+    EXPECT_EQ(pic.cmdClose.Width(), 4365);
+    EXPECT_EQ(pic.picItem.Left(), 120);
+}
+
+TEST_F(Pictures, AStockPictureThatCantBeReadShowsAPlaceholderAndTheSwitchGoesOn) {
+    std::filesystem::remove(stock);
+    h.selectCategory(1);
+    EXPECT_EQ(shown(*m), "<placeholder>");
+    EXPECT_EQ(m->lblCategory.Caption(), "Carparts");
+}
+
+} // namespace
