@@ -196,6 +196,31 @@ TEST_F(UnreadableFileTest, FileThatNeverReadsSurvivesWalksAndExit) {
     expectWholeInAFreshStart();
 }
 
+// A read error in the middle of a long file leaves part of it in the grid: that
+// part must never replace the file.
+TEST_F(UnreadableFileTest, ReadErrorInTheMiddleOfAFileLeavesItWhole) {
+    std::string big = std::string(kHeadingLine) + "\r\n";
+    for (int i = 0; i < 3000; ++i) big += "row " + std::to_string(i) + ",1.00,,,,," + std::string(30, 'y') + "\r\n";
+    writeFile(h.data("X.csv"), big);
+    auto& m = h.start();
+    // Each load reads the file in pieces, then once more to find its end.
+    const long readsPerLoad = static_cast<long>((big.size() + 65535) / 65536) + 1;
+    ASSERT_GE(readsPerLoad, 3);
+    h.files.arm(FaultyFiles::Read, 1); // the switch's first load stops after one piece
+    h.run([&] { m.lstCategory.setSelected(1); });
+    ASSERT_TRUE(h.files.fired());
+    EXPECT_EQ(readFile(h.data("X.csv")), big);
+    EXPECT_EQ(m.FG1.Rows(), 3001) << "the second load reads it whole";
+    h.run([&] { m.lstCategory.setSelected(0); });
+    h.files.arm(FaultyFiles::Read, readsPerLoad + 1); // now the second load stops after one piece
+    h.run([&] { m.lstCategory.setSelected(1); });
+    ASSERT_TRUE(h.files.fired());
+    EXPECT_LT(m.FG1.Rows(), 3001);
+    h.files.disarm();
+    h.click(m.cmdExit);
+    EXPECT_EQ(readFile(h.data("X.csv")), big);
+}
+
 TEST(CategoryFileUnreadable, FolderInPlaceOfTheFileStaysAndOthersAreStored) {
     Harness h;
     h.writeIndex({"Alpha", "X"});

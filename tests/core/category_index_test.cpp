@@ -317,6 +317,36 @@ TEST(IndexSelection, FocusOnTheListThatHasItRunsNothing) {
     EXPECT_EQ(h.files.counted(), 0);
 }
 
+// A read that fails anywhere in the index leaves no file open, runs no switch,
+// and the index is not written over at exit.
+TEST(IndexReadFaults, EveryReadFaultLeavesTheIndexWhole) {
+    const std::vector<std::string> names = {"Alpha", "Beta", "Gamma"};
+    int faults = 0;
+    for (long k = 0; k < 100; ++k) {
+        SCOPED_TRACE("fault at read " + std::to_string(k));
+        TempDir data, floppy;
+        bool fired = false;
+        {
+            Harness h(data.place(), floppy.place());
+            h.writeIndex(names);
+            for (const auto& n : names) h.writeCategory(n, {{n + " item"}});
+            h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
+            auto& m = h.start();
+            fired = h.files.fired();
+            h.files.disarm();
+            EXPECT_FALSE(anyFileOpen(m));
+            EXPECT_FALSE(m.CurrentCategory.has_value());
+            h.click(m.cmdExit);
+        }
+        faults += fired;
+        Harness h(data.place(), floppy.place());
+        auto& m = h.start();
+        EXPECT_EQ(entries(m), names);
+        if (!fired || HasFailure()) break;
+    }
+    EXPECT_GT(faults, 2);
+}
+
 // ---- an index that exists but can't be read --------------------------------------------------
 
 class UnreadableIndex : public ::testing::TestWithParam<const char*> {};

@@ -57,11 +57,17 @@ namespace {
 
 class FaultyInput : public forms::InputStream {
 public:
-    explicit FaultyInput(std::unique_ptr<forms::InputStream> in) : in_(std::move(in)) {}
-    std::size_t read(char* buf, std::size_t n) override { return in_->read(buf, n); }
+    FaultyInput(FaultyFiles& owner, std::unique_ptr<forms::InputStream> in, std::string path)
+        : owner_(owner), in_(std::move(in)), path_(std::move(path)) {}
+    std::size_t read(char* buf, std::size_t n) override {
+        owner_.check(FaultyFiles::Read, "read " + path_);
+        return in_->read(buf, n);
+    }
 
 private:
+    FaultyFiles& owner_;
     std::unique_ptr<forms::InputStream> in_;
+    std::string path_;
 };
 
 class FaultyOutput : public forms::OutputStream {
@@ -88,7 +94,7 @@ private:
 std::unique_ptr<forms::InputStream> FaultyFiles::openRead(const std::string& path) {
     check(OpenRead, "open " + path);
     if (unreadable.count(path)) throw forms::Failure("read error: " + path);
-    return std::make_unique<FaultyInput>(real_.openRead(path));
+    return std::make_unique<FaultyInput>(*this, real_.openRead(path), path);
 }
 
 std::unique_ptr<forms::OutputStream> FaultyFiles::openReplace(const std::string& path) {

@@ -39,7 +39,7 @@ void writeFile(const std::filesystem::path& p, const std::string& bytes);
 // counted over all kinds that are armed) fails, once.
 class FaultyFiles : public forms::FilesPort {
 public:
-    enum Op : unsigned { OpenRead = 1, OpenWrite = 2, Write = 4, Commit = 8, Remove = 16 };
+    enum Op : unsigned { OpenRead = 1, OpenWrite = 2, Write = 4, Commit = 8, Remove = 16, Read = 32 };
 
     std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
