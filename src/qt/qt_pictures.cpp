@@ -23,6 +23,7 @@ std::shared_ptr<forms::Picture> QtPictures::LoadPicture(const std::string& path)
 
 // A plain picture for where none can be read: a light square with a cross.
 std::shared_ptr<forms::Picture> QtPictures::placeholder() {
+    if (placeholder_) return placeholder_;
     const int side = twips_.px(1440);
     QImage image(side, side, QImage::Format_RGB32);
     image.fill(QColor(0xE0, 0xE0, 0xE0));
@@ -32,7 +33,8 @@ std::shared_ptr<forms::Picture> QtPictures::placeholder() {
     p.drawLine(0, 0, side - 1, side - 1);
     p.drawLine(0, side - 1, side - 1, 0);
     p.end();
-    return std::make_shared<QtPicture>(std::move(image), twips_);
+    placeholder_ = std::make_shared<QtPicture>(std::move(image), twips_);
+    return placeholder_;
 }
 
 } // namespace qtface

@@ -29,6 +29,7 @@ public:
 
 private:
     Twips twips_;
+    std::shared_ptr<forms::Picture> placeholder_; // drawn once: every category switch asks for it
 };
 
 } // namespace qtface

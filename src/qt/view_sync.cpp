@@ -39,12 +39,15 @@ void ControlBinding::changed(forms::Control&, Prop what) {
     if (!queued) host_.enqueue(this);
     // A control that comes into view in the middle of a long event (the
     // "Loading..." box of a walk) is painted at once, not when the event ends.
+    // Its hiding waits for the end of the event like any change, so in a walk
+    // that shows and hides it for every category it is painted only once.
     if (what == Prop::Visible && control_.Visible() && host_.runtime().depth() > 0 && !host_.syncing() &&
-        window_.isShown()) {
+        window_.isShown() && widget_) {
+        const bool onScreen = widget_->isVisible();
         unsigned props = pending_;
         pending_ = 0;
         apply(props);
-        if (widget_ && widget_->isVisible()) widget_->repaint();
+        if (!onScreen && widget_->isVisible()) widget_->repaint();
     }
 }
 

@@ -1,0 +1,232 @@
+// The grid in the window: Qt's model over the core grid told in batches, cells
+// drawn where the grid's own numbers put them, scrolling kept in step both
+// ways, and a category of 32767 rows.
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWheelEvent>
+
+#include "forms/form.h"
+#include "forms/grid.h"
+#include "qt/colors_fonts.h"
+#include "support/qt_harness.h"
+
+using qttest::pixels;
+using qttest::QtHarness;
+
+namespace {
+
+std::vector<std::vector<std::string>> items(int n) {
+    std::vector<std::vector<std::string>> rows;
+    rows.reserve(static_cast<std::size_t>(n));
+    for (int i = 1; i <= n; ++i)
+        rows.push_back({"Item " + std::to_string(i), std::to_string(i), std::to_string(i % 7), "Shop", "2001", "", "SN" + std::to_string(i)});
+    return rows;
+}
+
+// The current cell's rectangle from the grid's own numbers, in viewport pixels.
+QRect modelCellRect(QtHarness& h) {
+    forms::Grid& g = h.m().FG1;
+    QRect r;
+    h.host.dispatch([&] {
+        const QPoint abs = qtface::absoluteTwips(g);
+        const int left = g.CellLeft(), top = g.CellTop(), w = g.CellWidth(), ht = g.CellHeight();
+        r = QRect(QPoint(pixels(abs.x() + left) - pixels(abs.x()), pixels(abs.y() + top) - pixels(abs.y())),
+                  QPoint(pixels(abs.x() + left + w) - pixels(abs.x()) - 1, pixels(abs.y() + top + ht) - pixels(abs.y()) - 1));
+    });
+    return r;
+}
+
+// A form with a bare grid, for the adapter alone.
+struct GridForm {
+    explicit GridForm(forms::Runtime& rt) : form(rt, "frmGrid"), grid(form, nullptr, "grdGrid") {
+        form.ClientWidth = 6000;
+        form.ClientHeight = 4000;
+        grid.move(120, 120, 5000, 3000);
+        grid.setCols(5);
+        grid.setRows(50);
+        grid.setFixedRows(1);
+        grid.setFixedCols(1);
+        form.announce();
+    }
+    ~GridForm() { form.retire(); }
+    forms::Form form;
+    forms::Grid grid;
+};
+
+} // namespace
+
+class GridTest : public QObject {
+    Q_OBJECT
+private slots:
+    void changesReachQtOncePerEvent();
+    void fixedHeadingsOnlyWhileTheGridSaysSo();
+    void cellsLieWhereTheGridsNumbersPutThem();
+    void userScrollingMovesTheGridsFirstRow();
+    void gridScrollingMovesTheView();
+    void categoryOf32767RowsOpens();
+};
+
+void GridTest::changesReachQtOncePerEvent() {
+    forms::Runtime rt;
+    qtface::QtHost host(rt);
+    rt.setHost(&host);
+    GridForm f(rt);
+    auto* view = qobject_cast<qtface::GridView*>(host.window(f.form)->widgetOf(f.grid));
+    QVERIFY(view);
+    auto* model = view->gridModel();
+    QSignalSpy changed(model, &QAbstractItemModel::dataChanged);
+    QSignalSpy reset(model, &QAbstractItemModel::modelReset);
+
+    host.dispatch([&] {
+        for (int round = 0; round < 1000; ++round)
+            for (int r = 1; r < 50; ++r)
+                for (int c = 1; c < 5; ++c) f.grid.setTextMatrix(r, c, std::to_string(round));
+    });
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(reset.count(), 0);
+    QCOMPARE(model->index(49, 4).data().toString(), QString("999"));
+    const auto args = changed.takeFirst();
+    QCOMPARE(args[0].toModelIndex(), model->index(1, 1));
+    QCOMPARE(args[1].toModelIndex(), model->index(49, 4));
+
+    host.dispatch([&] {
+        for (int i = 0; i < 1000; ++i) f.grid.AddItem("row");
+        f.grid.setRows(200);
+    });
+    QCOMPARE(reset.count(), 1);
+    QCOMPARE(changed.count(), 0);
+    QCOMPARE(model->rowCount(), 200);
+}
+
+void GridTest::fixedHeadingsOnlyWhileTheGridSaysSo() {
+    forms::Runtime rt;
+    qtface::QtHost host(rt);
+    rt.setHost(&host);
+    GridForm f(rt);
+    auto* model = qobject_cast<qtface::GridView*>(host.window(f.form)->widgetOf(f.grid))->gridModel();
+    const QPalette& pal = QApplication::palette();
+    const QColor fixed = qtface::toQColor(f.grid.BackColorFixed, pal);
+    host.dispatch([&] {
+        f.grid.setRow(2);
+        f.grid.setCol(3);
+        f.grid.setCellBackColor(0x000000FF);
+        f.grid.setCellAlignment(forms::Grid::AlignRightCenter);
+    });
+    QCOMPARE(model->index(0, 2).data(Qt::BackgroundRole).value<QColor>(), fixed);
+    QCOMPARE(model->index(3, 0).data(Qt::BackgroundRole).value<QColor>(), fixed);
+    QCOMPARE(model->index(2, 3).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 0, 0));
+    QCOMPARE(model->index(2, 3).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+    host.dispatch([&] {
+        f.grid.setFixedRows(0);
+        f.grid.setFixedCols(0);
+    });
+    QCOMPARE(model->index(0, 2).data(Qt::BackgroundRole).value<QColor>(), qtface::toQColor(f.grid.BackColor(), pal));
+    QCOMPARE(model->index(3, 0).data(Qt::BackgroundRole).value<QColor>(), qtface::toQColor(f.grid.BackColor(), pal));
+}
+
+void GridTest::cellsLieWhereTheGridsNumbersPutThem() {
+    QtHarness h;
+    h.core.writeIndex({"Shelf"});
+    h.core.writeCategory("Shelf", items(60));
+    QVERIFY(h.start());
+    h.clickListEntry(0);
+    auto& g = h.m().FG1;
+    for (auto [r, c] : {std::pair{60, 6}, std::pair{55, 1}, std::pair{30, 3}, std::pair{1, 2}, std::pair{12, 5}}) {
+        h.host.dispatch([&] {
+            g.setRow(r);
+            g.setCol(c);
+        });
+        const QRect want = modelCellRect(h);
+        QCOMPARE(h.grid()->cellRect(r, c), want);
+        QCOMPARE(h.grid()->verticalScrollBar()->value(), g.TopRow() - g.FixedRows());
+    }
+}
+
+void GridTest::userScrollingMovesTheGridsFirstRow() {
+    QtHarness h;
+    h.core.writeIndex({"Shelf"});
+    h.core.writeCategory("Shelf", items(100));
+    QVERIFY(h.start());
+    auto& m = h.m();
+    h.clickListEntry(0);
+    QtHarness::settle(); // the view lays out its scroll bars when the loop runs
+    QVERIFY(h.widget(m.T1)->isVisible());
+    QScrollBar* bar = h.grid()->verticalScrollBar();
+    QVERIFY(bar->isVisible());
+    QVERIFY(bar->value() > 0);
+
+    bar->setValue(0); // as the user drags it
+    QCOMPARE(m.FG1.TopRow(), 1);
+    QVERIFY(!h.widget(m.T1)->isVisible()); // the grid's Scroll closes the editor
+    QCOMPARE(h.grid()->cellRect(1, 1).top(), h.grid()->cellRect(0, 1).bottom() + 1);
+
+    QWheelEvent wheel(QPointF(50, 50), h.grid()->viewport()->mapToGlobal(QPointF(50, 50)), {}, QPoint(0, -120),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(h.grid()->viewport(), &wheel);
+    QVERIFY(m.FG1.TopRow() > 1);
+    QCOMPARE(bar->value(), m.FG1.TopRow() - 1);
+}
+
+void GridTest::gridScrollingMovesTheView() {
+    QtHarness h;
+    h.core.writeIndex({"Shelf"});
+    h.core.writeCategory("Shelf", items(100));
+    QVERIFY(h.start());
+    auto& m = h.m();
+    h.clickListEntry(0);
+    QScrollBar* bar = h.grid()->verticalScrollBar();
+    const int bottom = bar->value();
+    // Up to the first item: the grid brings it into view when its position is read.
+    h.host.dispatch([&] {
+        m.FG1.setRow(1);
+        m.FG1.CellTop();
+    });
+    QCOMPARE(m.FG1.TopRow(), 1);
+    QCOMPARE(bar->value(), 0);
+    QVERIFY(bottom > 0);
+    QCOMPARE(bar->maximum(), bottom); // the last rows fill the view at the bottom
+}
+
+void GridTest::categoryOf32767RowsOpens() {
+    QtHarness h;
+    h.core.writeIndex({"Big", "Small"});
+    h.core.writeCategory("Big", items(forms::Grid::kMaxRows - 1));
+    h.core.writeCategory("Small", items(3));
+    QVERIFY(h.start());
+    auto& m = h.m();
+    h.clickListEntry(1);
+    auto* model = h.grid()->gridModel();
+    const int told = model->resets() + model->dataChanges();
+
+    QElapsedTimer timer;
+    timer.start();
+    h.clickListEntry(0);
+    const qint64 ms = timer.elapsed();
+    qInfo("switch to a category of %d rows in the window: %lld ms", m.FG1.Rows(), static_cast<long long>(ms));
+
+    QCOMPARE(m.FG1.Rows(), forms::Grid::kMaxRows);
+    QCOMPARE(model->rowCount(), forms::Grid::kMaxRows);
+    // Hundreds of thousands of cell changes reached Qt a handful of times.
+    QVERIFY2(model->resets() + model->dataChanges() - told <= 6, qPrintable(QString::number(model->resets() + model->dataChanges() - told)));
+    QVERIFY(h.grid()->isVisible());
+    // The editor stands on the last cell, in view, and the view shows the grid's rows.
+    QCOMPARE(m.FG1.Row(), forms::Grid::kMaxRows - 1);
+    QWidget* t1 = h.widget(m.T1);
+    QVERIFY(t1->isVisible());
+    QCOMPARE(h.grid()->cellRect(m.FG1.Row(), 6), modelCellRect(h));
+    QCOMPARE(h.grid()->verticalScrollBar()->value(), m.FG1.TopRow() - 1);
+    QCOMPARE(h.widgetAs<QLineEdit>(m.T1)->text(), QString("SN32766"));
+    // Painting it costs no more than the rows in view.
+    timer.restart();
+    QPixmap shot = h.topWidget()->grab();
+    qInfo("painting the window with it: %lld ms", static_cast<long long>(timer.elapsed()));
+    QVERIFY(!shot.isNull());
+    QVERIFY(timer.elapsed() < 2000);
+}
+
+QTEST_MAIN(GridTest)
+#include "grid_test.moc"

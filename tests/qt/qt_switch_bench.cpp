@@ -1,0 +1,143 @@
+// How much the window adds to the program's two heavy operations: a switch to
+// a category of 32767 rows, and a walk over 50 categories of 500 rows. Each is
+// timed in the core alone (frmMain without a face) and in the real window,
+// in the same run, and the ratio is printed. The goal is a ratio of 1.5 at most.
+//
+//   qt_switch_bench [rounds]      (offscreen unless QT_QPA_PLATFORM says otherwise)
+#include <QApplication>
+#include <QElapsedTimer>
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <vector>
+
+#include "forms/grid.h"
+#include "support/qt_harness.h"
+
+namespace {
+
+std::vector<std::vector<std::string>> items(int n) {
+    std::vector<std::vector<std::string>> rows;
+    for (int i = 1; i <= n; ++i)
+        rows.push_back({"Item " + std::to_string(i), std::to_string(i) + ".25", std::to_string(i % 97), "Shop", "2001-01-01", "", "SN" + std::to_string(i)});
+    return rows;
+}
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+struct Took {
+    double wall = 0; // ms
+    double cpu = 0;  // ms of this thread: what other programs on the machine disturb least
+};
+
+double threadCpuMs() {
+    timespec ts{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
+    return static_cast<double>(ts.tv_sec) * 1e3 + static_cast<double>(ts.tv_nsec) / 1e6;
+}
+
+Took timeMs(const std::function<void()>& f) {
+    QElapsedTimer t;
+    const double cpu0 = threadCpuMs();
+    t.start();
+    f();
+    return {static_cast<double>(t.nsecsElapsed()) / 1e6, threadCpuMs() - cpu0};
+}
+
+// The same data set in any folder's harness.
+void writeBig(qmtest::Harness& h) {
+    h.writeIndex({"Big", "Small"});
+    h.writeCategory("Big", items(forms::Grid::kMaxRows - 1));
+    h.writeCategory("Small", items(3));
+}
+
+void writeMany(qmtest::Harness& h) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 50; ++i) names.push_back("Category " + std::to_string(100 + i));
+    h.writeIndex(names);
+    const auto rows = items(500);
+    for (const auto& n : names) h.writeCategory(n, rows);
+}
+
+using Run = std::function<void(const std::function<void()>&)>;
+
+// One timed switch from Small to Big.
+Took switchToBig(qm::frmMain& m, const Run& run) {
+    run([&] { m.lstCategory.setSelected(1); });
+    return timeMs([&] { run([&] { m.lstCategory.setSelected(0); }); });
+}
+
+Took walk(qm::frmMain& m, const Run& run) {
+    return timeMs([&] { run([&] { m.SaveCategoryList(); }); });
+}
+
+struct Medians {
+    Took core, window;
+};
+
+// Core and window take turns, so that a machine busy with something else
+// slows both alike.
+Medians alternate(int rounds, const std::function<Took()>& core, const std::function<Took()>& window) {
+    std::vector<double> cw, cc, ww, wc;
+    for (int i = 0; i < rounds; ++i) {
+        Took c = core(), w = window();
+        cw.push_back(c.wall);
+        cc.push_back(c.cpu);
+        ww.push_back(w.wall);
+        wc.push_back(w.cpu);
+    }
+    return {{median(cw), median(cc)}, {median(ww), median(wc)}};
+}
+
+void report(const char* what, const Medians& m) {
+    std::printf("%s\n", what);
+    std::printf("  wall time   core %8.1f ms   window %8.1f ms   ratio %.2f (goal <= 1.50)\n", m.core.wall, m.window.wall,
+                m.window.wall / m.core.wall);
+    std::printf("  CPU time    core %8.1f ms   window %8.1f ms   ratio %.2f (goal <= 1.50)\n", m.core.cpu, m.window.cpu,
+                m.window.cpu / m.core.cpu);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 9;
+
+    Medians switchTimes, walkTimes;
+    {
+        qmtest::Harness core;
+        writeBig(core);
+        qm::frmMain& cm = core.start();
+        qttest::QtHarness window;
+        writeBig(window.core);
+        if (!window.start()) return 1;
+        const Run coreRun = [&](const std::function<void()>& f) { core.run(f); };
+        const Run windowRun = [&](const std::function<void()>& f) { window.host.dispatch(f); };
+        // The walk of the list's first gain of focus, untimed.
+        coreRun([&] { cm.lstCategory.TrySetFocus(); });
+        windowRun([&] { window.m().lstCategory.TrySetFocus(); });
+        switchTimes = alternate(rounds, [&] { return switchToBig(cm, coreRun); }, [&] { return switchToBig(window.m(), windowRun); });
+    }
+    {
+        qmtest::Harness core;
+        writeMany(core);
+        qm::frmMain& cm = core.start();
+        qttest::QtHarness window;
+        writeMany(window.core);
+        if (!window.start()) return 1;
+        const Run coreRun = [&](const std::function<void()>& f) { core.run(f); };
+        const Run windowRun = [&](const std::function<void()>& f) { window.host.dispatch(f); };
+        coreRun([&] { cm.lstCategory.setSelected(0); });
+        windowRun([&] { window.m().lstCategory.setSelected(0); });
+        walkTimes = alternate(rounds, [&] { return walk(cm, coreRun); }, [&] { return walk(window.m(), windowRun); });
+    }
+    std::printf("platform: %s, median of %d rounds\n", qPrintable(QGuiApplication::platformName()), rounds);
+    report("switch to a category of 32767 rows", switchTimes);
+    report("walk over 50 categories of 500 rows", walkTimes);
+    return 0;
+}
