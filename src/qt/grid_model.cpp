@@ -62,8 +62,11 @@ QVariant GridTableModel::cellData(int r, int c, int role) const {
     switch (role) {
     case Qt::DisplayRole:
         return QString::fromStdString(grid_.TextMatrix(r, c));
-    case Qt::BackgroundRole:
-        return toQColor(fixed ? grid_.BackColorFixed : grid_.CellBackColor(r, c), pal);
+    case Qt::BackgroundRole: {
+        // A fixed cell shows the fixed colour unless a colour of its own was given.
+        const forms::Color own = grid_.CellBackColor(r, c);
+        return toQColor(fixed && own == grid_.BackColor() ? grid_.BackColorFixed : own, pal);
+    }
     case Qt::ForegroundRole:
         return toQColor(fixed ? grid_.ForeColorFixed : grid_.ForeColor(), pal);
     case Qt::TextAlignmentRole:

@@ -120,6 +120,15 @@ void GridTest::fixedHeadingsOnlyWhileTheGridSaysSo() {
     QCOMPARE(model->index(3, 0).data(Qt::BackgroundRole).value<QColor>(), fixed);
     QCOMPARE(model->index(2, 3).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 0, 0));
     QCOMPARE(model->index(2, 3).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+    // A heading cell given a colour of its own shows it.
+    host.dispatch([&] {
+        f.grid.setFixedRows(0);
+        f.grid.setRow(0);
+        f.grid.setCellBackColor(0x00FF0000);
+        f.grid.setRow(2);
+        f.grid.setFixedRows(1);
+    });
+    QCOMPARE(model->index(0, 3).data(Qt::BackgroundRole).value<QColor>(), QColor(0, 0, 255));
     host.dispatch([&] {
         f.grid.setFixedRows(0);
         f.grid.setFixedCols(0);
