@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "forms/control.h"
+#include "forms/input.h"
 #include "forms/runtime.h"
 #include "qt/colors_fonts.h"
 #include "qt/control_widgets.h"
@@ -194,7 +195,7 @@ void FormWindow::takeFocus() {
 }
 
 void FormWindow::closeRequested() {
-    if (!detached_) host_.closeRequested(form_);
+    if (!detached_) forms::input::closeWindow(host_.runtime(), form_);
 }
 
 void FormWindow::resized() {

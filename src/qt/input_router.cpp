@@ -12,6 +12,7 @@
 #include "forms/controls.h"
 #include "forms/form.h"
 #include "forms/grid.h"
+#include "forms/input.h"
 #include "forms/listbox.h"
 #include "qt/form_window.h"
 #include "qt/grid_view.h"
@@ -42,7 +43,7 @@ void InputRouter::watch(ControlBinding& b) {
     if (c.kind() == Kind::Grid) {
         auto& grid = static_cast<forms::Grid&>(c);
         static_cast<GridView*>(w)->userScrolled = [this, &grid](int top, int left) {
-            if (!gone()) host_.dispatch([&] { grid.userScrollTo(top, left); });
+            if (!gone()) forms::input::scrollGrid(host_.runtime(), grid, top, left);
         };
     }
 }
@@ -159,30 +160,7 @@ bool InputRouter::key(QKeyEvent& e) {
     }
 }
 
-void InputRouter::tab(bool forward) {
-    forms::Form& form = window_.form();
-    const std::vector<forms::Control*> order = form.tabOrder();
-    if (order.empty()) return;
-    forms::Control* cur = host_.runtime().focused();
-    forms::Control* next = nullptr;
-    auto it = std::find(order.begin(), order.end(), cur);
-    if (it != order.end()) {
-        if (forward) next = (it + 1 == order.end()) ? order.front() : *(it + 1);
-        else next = (it == order.begin()) ? order.back() : *(it - 1);
-    } else if (cur && &cur->form() == &form) {
-        // A control out of the tab order (the cell editor): go on from its tab index.
-        if (forward) {
-            auto n = std::find_if(order.begin(), order.end(), [&](forms::Control* c) { return c->TabIndex() > cur->TabIndex(); });
-            next = n != order.end() ? *n : order.front();
-        } else {
-            auto p = std::find_if(order.rbegin(), order.rend(), [&](forms::Control* c) { return c->TabIndex() < cur->TabIndex(); });
-            next = p != order.rend() ? *p : order.back();
-        }
-    } else {
-        next = forward ? order.front() : order.back();
-    }
-    host_.dispatch([next] { next->TrySetFocus(); });
-}
+void InputRouter::tab(bool forward) { forms::input::tab(host_.runtime(), window_.form(), !forward); }
 
 bool InputRouter::listKey(forms::Control& c, QKeyEvent& e) {
     auto& list = static_cast<forms::ListBox&>(c);
@@ -215,50 +193,18 @@ bool InputRouter::listKey(forms::Control& c, QKeyEvent& e) {
         }
     }
     }
-    if (target != i && target >= 0 && target < n) host_.dispatch([&] { list.setSelected(target); });
+    if (target != i && target >= 0 && target < n) forms::input::selectEntry(host_.runtime(), list, target);
     return true;
 }
 
 bool InputRouter::gridKey(forms::Control& c, QKeyEvent& e) {
-    auto& g = static_cast<forms::Grid&>(c);
-    const bool ctrl = e.modifiers() & Qt::ControlModifier;
-    int r = g.Row(), col = g.Col();
-    int page = 1;
-    if (auto* view = qobject_cast<GridView*>(window_.widgetOf(c))) {
-        int rowH = host_.twips().px(forms::Grid::kDefaultRowHeight);
-        if (rowH > 0) page = std::max(1, view->viewport()->height() / rowH - 2);
-    }
-    bool move = true;
-    switch (e.key()) {
-    case Qt::Key_Up: r = std::max(g.FixedRows(), r - 1); break;
-    case Qt::Key_Down: r = std::min(g.Rows() - 1, r + 1); break;
-    case Qt::Key_Left: col = std::max(g.FixedCols(), col - 1); break;
-    case Qt::Key_Right: col = std::min(g.Cols() - 1, col + 1); break;
-    case Qt::Key_Home: col = g.FixedCols(); if (ctrl) r = g.FixedRows(); break;
-    case Qt::Key_End: col = g.Cols() - 1; if (ctrl) r = g.Rows() - 1; break;
-    case Qt::Key_PageUp: r = std::max(g.FixedRows(), r - page); break;
-    case Qt::Key_PageDown: r = std::min(g.Rows() - 1, r + page); break;
-    default: move = false; break;
-    }
-    if (move) {
-        if (r != g.Row() || col != g.Col())
-            host_.dispatch([&] {
-                if (r != g.Row()) g.setRow(r);
-                if (col != g.Col()) g.setCol(col);
-                g.CellTop(); // the grid brings its current cell into view
-            });
+    auto& grid = static_cast<forms::Grid&>(c);
+    const KeyStroke k = keyStroke(e);
+    if (k.chars.empty()) {
+        if (k.keyCode != 0) forms::input::gridKey(host_.runtime(), grid, k.keyCode, 0);
         return true;
     }
-    const KeyStroke k = keyStroke(e);
-    if (k.chars.empty()) return true;
-    host_.dispatch([&] {
-        for (char32_t ch : k.chars) {
-            int code = static_cast<int>(ch);
-            host_.runtime().raise([&] {
-                if (g.KeyPress) g.KeyPress(code);
-            });
-        }
-    });
+    for (char32_t ch : k.chars) forms::input::gridKey(host_.runtime(), grid, 0, ch);
     return true;
 }
 
@@ -284,12 +230,9 @@ bool InputRouter::mouse(ControlBinding& b, QObject* watched, QEvent& ev) {
         // The entry under the mouse at the press, before anything moves.
         const QModelIndex hit = watched == w->viewport() ? w->indexAt(at) : QModelIndex();
         const int entry = hit.isValid() ? hit.row() : -1;
-        if (!c.hasFocus()) host_.dispatch([&] { c.TrySetFocus(); });
-        if (gone()) return true;
         auto& list = static_cast<forms::ListBox&>(c);
-        if (entry >= 0) host_.dispatch([&] {
-            if (entry < list.ListCount()) list.setSelected(entry);
-        });
+        if (entry >= 0) forms::input::selectEntry(host_.runtime(), list, entry);
+        else forms::input::focus(host_.runtime(), list);
         return true;
     }
     case Kind::Grid: {
@@ -298,35 +241,25 @@ bool InputRouter::mouse(ControlBinding& b, QObject* watched, QEvent& ev) {
         int r = -1, col = -1;
         const bool hit = watched == view->viewport() && view->cellAt(at, r, col);
         auto& grid = static_cast<forms::Grid&>(c);
-        host_.dispatch([&] {
-            grid.TrySetFocus();
-            if (hit) grid.userClickCell(r, col);
-        });
+        if (hit) forms::input::clickCell(host_.runtime(), grid, r, col);
+        else forms::input::focus(host_.runtime(), grid);
         return true;
     }
     case Kind::CheckBox:
         if (ev.type() == QEvent::MouseButtonRelease && left && b.widget()->rect().contains(at)) toggleCheckBox(c);
         return true;
     case Kind::Browser:
-        if (press && !c.hasFocus()) host_.dispatch([&] { c.TrySetFocus(); });
+        if (press && !c.hasFocus()) forms::input::focus(host_.runtime(), c);
         return false;
     default:
         return false; // buttons press and release by themselves and report clicked
     }
 }
 
-void InputRouter::clickButton(forms::Control& c) {
-    auto& button = static_cast<forms::Button&>(c);
-    host_.dispatch([&] { button.TrySetFocus(); });
-    if (gone()) return;
-    host_.dispatch([&] { host_.runtime().raise(button.Click); });
-}
+void InputRouter::clickButton(forms::Control& c) { forms::input::click(host_.runtime(), static_cast<forms::Button&>(c)); }
 
 void InputRouter::toggleCheckBox(forms::Control& c) {
-    auto& box = static_cast<forms::CheckBox&>(c);
-    host_.dispatch([&] { box.TrySetFocus(); });
-    if (gone()) return;
-    host_.dispatch([&] { box.setValue(box.Value() == 1 ? 0 : 1); });
+    forms::input::toggle(host_.runtime(), static_cast<forms::CheckBox&>(c));
 }
 
 } // namespace qtface

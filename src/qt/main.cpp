@@ -73,15 +73,12 @@ int main(int argc, char** argv) {
     qm::modGlobalVars globals;
 
     qm::frmMain main(platform, globals);
-    auto terminate = [&] { host.dispatch([&] { main.Form_Terminate(); }); };
-    host.setCloseHandler([&](forms::Form& form) {
-        if (&form == &main.form) terminate();
-        else host.dispatch([&form] { form.setVisible(false); });
-    });
-    qtface::EndRequests ends(runtime, terminate);
+    // A window closed by the window manager, the end of the session or a
+    // signal: the same steps as Exit, which run only once.
+    main.form.CloseRequested = [&] { main.Form_Terminate(); };
+    qtface::EndRequests ends(runtime, [&] { runtime.dispatch([&] { main.Form_Terminate(); }); });
 
     main.Start();
-    host.sync();
     if (program.endRequested()) return 0;
     return QApplication::exec();
 }

@@ -3,6 +3,8 @@
 #include <QKeyEvent>
 #include <QMenu>
 
+#include "forms/input.h"
+
 namespace qtface {
 
 MenuFace::MenuFace(QtHost& host, forms::MenuItem& root, QWidget* window)
@@ -61,9 +63,7 @@ forms::MenuItem* MenuFace::entryForKey(const QKeyEvent& ev) const {
     return nullptr;
 }
 
-void MenuFace::run(forms::MenuItem& item) {
-    host_.dispatch([&item, this] { host_.runtime().raise(item.Click); });
-}
+void MenuFace::run(forms::MenuItem& item) { forms::input::menu(host_.runtime(), item); }
 
 void MenuFace::refresh() {
     for (const Entry& e : entries_) {

@@ -7,6 +7,7 @@
 
 #include "forms/control.h"
 #include "forms/form.h"
+#include "forms/input.h"
 #include "qt/form_window.h"
 #include "qt/view_sync.h"
 
@@ -54,6 +55,13 @@ void QtHost::enqueue(Syncable* s) {
     if (s->queued) return;
     s->queued = true;
     queue_.push_back(s);
+    if (!runtimePost_ && !syncing_) {
+        runtimePost_ = true;
+        runtime_.post([this] {
+            runtimePost_ = false;
+            sync();
+        });
+    }
     if (!posted_) {
         posted_ = true;
         QCoreApplication::postEvent(this, new QEvent(kSyncEvent));
@@ -72,10 +80,7 @@ void QtHost::customEvent(QEvent* e) {
     sync();
 }
 
-void QtHost::dispatch(const std::function<void()>& input) {
-    runtime_.dispatch(input);
-    if (runtime_.depth() == 0) sync();
-}
+void QtHost::dispatch(const std::function<void()>& input) { runtime_.dispatch(input); }
 
 void QtHost::sync() {
     if (syncing_) return;
@@ -110,11 +115,6 @@ void QtHost::syncFocus() {
         target->setFocus(Qt::OtherFocusReason);
 }
 
-void QtHost::closeRequested(forms::Form& form) {
-    if (closeHandler_) closeHandler_(form);
-    else dispatch([&form] { form.setVisible(false); });
-}
-
 void QtHost::windowActivated(FormWindow& w) {
     if (runtime_.depth() > 0 || syncing_) return;
     forms::Control* f = runtime_.focused();
@@ -124,7 +124,7 @@ void QtHost::windowActivated(FormWindow& w) {
         auto order = w.form().tabOrder();
         target = order.empty() ? nullptr : order.front();
     }
-    if (target) dispatch([target] { target->TrySetFocus(); });
+    if (target) forms::input::focus(runtime_, *target);
 }
 
 } // namespace qtface

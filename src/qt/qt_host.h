@@ -29,8 +29,9 @@ public:
 // announced, and the one road by which user input reaches the runtime.
 //
 // Model changes only mark what they touch; the widgets are brought up to date
-// once the outermost event has ended (or when the event loop next runs), since a
-// single event can change a control hundreds of thousands of times.
+// once the outermost event has ended (a job posted to the runtime), since a
+// single event can change a control hundreds of thousands of times. A modal box
+// inside an event syncs first; the event loop syncs whatever else is left.
 class QtHost : public QObject, public forms::FormHost {
     Q_OBJECT
 public:
@@ -43,7 +44,8 @@ public:
     void formCreated(forms::Form& form) override;
     void formDestroyed(forms::Form& form) override;
 
-    // Runs one piece of user input as an outermost event, then shows its outcome.
+    // Runs a piece of user input that has no entry in forms::input as an
+    // outermost event; its outcome shows when it ends.
     void dispatch(const std::function<void()>& input);
     // Brings every window up to date with the model now.
     void sync();
@@ -56,10 +58,6 @@ public:
     // The window of a control's form.
     FormWindow* windowOf(const forms::Control& c) const;
 
-    // The window manager or the desktop asks a form's window to close. Without
-    // a handler the form is hidden.
-    void setCloseHandler(std::function<void(forms::Form&)> handler) { closeHandler_ = std::move(handler); }
-    void closeRequested(forms::Form& form);
     // The user brought a window to the front: its form takes the focus back.
     void windowActivated(FormWindow& w);
 
@@ -73,10 +71,10 @@ private:
     Twips twips_;
     std::map<const forms::Form*, FormWindow*> windows_;
     std::vector<Syncable*> queue_;
-    bool posted_ = false;
+    bool posted_ = false;      // a sync waits in Qt's event queue
+    bool runtimePost_ = false; // a sync waits for the end of the runtime's event
     bool syncing_ = false;
     const forms::Control* shownFocus_ = nullptr;
-    std::function<void(forms::Form&)> closeHandler_;
 };
 
 } // namespace qtface

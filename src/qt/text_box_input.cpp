@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QRegularExpression>
 
+#include "forms/input.h"
 #include "forms/utf8.h"
 #include "qt/key_codes.h"
 #include "qt/text_units.h"
@@ -32,61 +33,54 @@ std::string clipboardLine() {
     return text.toStdString();
 }
 
-std::string selectedText(const forms::TextBox& box) {
-    return forms::utf8::mid(box.Text(), static_cast<std::size_t>(box.SelStart()), static_cast<std::size_t>(box.SelLength()));
-}
-
-// Each character goes through KeyPress, then into the box unless cancelled.
-void typeCharacters(forms::Runtime& rt, forms::TextBox& box, const std::u32string& chars) {
-    for (char32_t ch : chars) {
-        int code = static_cast<int>(ch);
-        if (box.KeyPress) rt.raise([&] { box.KeyPress(code); });
-        if (code != 0) box.applyOwnChar(static_cast<char32_t>(code));
-    }
+void selectAll(QtHost& host, forms::TextBox& box) {
+    host.dispatch([&] { box.placeCaret(0, box.length()); });
 }
 
 } // namespace
 
 void copyFromTextBox(const forms::TextBox& box) {
-    if (box.SelLength() > 0) QGuiApplication::clipboard()->setText(QString::fromStdString(selectedText(box)));
+    if (box.SelLength() <= 0) return;
+    const std::string text = forms::utf8::mid(box.Text(), static_cast<std::size_t>(box.SelStart()),
+                                              static_cast<std::size_t>(box.SelLength()));
+    QGuiApplication::clipboard()->setText(QString::fromStdString(text));
 }
 
 void keyIntoTextBox(QtHost& host, forms::TextBox& box, const QKeyEvent& e) {
+    forms::Runtime& rt = host.runtime();
     const KeyStroke k = keyStroke(e);
     const Edit edit = clipboardEdit(e);
-    forms::Runtime& rt = host.runtime();
-    host.dispatch([&] {
-        int code = k.keyCode;
-        if (code != 0 && box.KeyDown) rt.raise([&] { box.KeyDown(code, k.shift); });
+    if (edit != Edit::None) {
+        forms::input::key(rt, box, k.keyCode, k.shift, 0);
         switch (edit) {
-        case Edit::Paste: box.applyInsert(clipboardLine()); return;
-        case Edit::Copy: copyFromTextBox(box); return;
+        case Edit::Paste: forms::input::paste(rt, box, clipboardLine()); break;
+        case Edit::Copy: copyFromTextBox(box); break;
         case Edit::Cut:
             copyFromTextBox(box);
-            if (box.SelLength() > 0) box.applyInsert("");
-            return;
-        case Edit::SelectAll: box.placeCaret(0, box.length()); return;
+            if (box.SelLength() > 0) forms::input::paste(rt, box, "");
+            break;
+        case Edit::SelectAll: selectAll(host, box); break;
         case Edit::None: break;
         }
-        if (!k.chars.empty()) typeCharacters(rt, box, k.chars);
-        else if (code != 0) box.applyOwnKey(code);
-    });
+        return;
+    }
+    if (k.chars.empty()) {
+        if (k.keyCode != 0) forms::input::key(rt, box, k.keyCode, k.shift, 0);
+        return;
+    }
+    // A key that types more than one character (a dead key's leftovers): the
+    // first goes with the key, the others as typed text.
+    forms::input::key(rt, box, k.keyCode, k.shift, k.chars.front());
+    if (k.chars.size() > 1) forms::input::text(rt, box, k.chars.substr(1));
 }
 
 void commitIntoTextBox(QtHost& host, forms::TextBox& box, const QString& text) {
-    for (char32_t ch : printableChars(text)) host.dispatch([&] { typeCharacters(host.runtime(), box, std::u32string(1, ch)); });
-}
-
-void pasteIntoTextBox(QtHost& host, forms::TextBox& box) {
-    host.dispatch([&] { box.applyInsert(clipboardLine()); });
+    forms::input::text(host.runtime(), box, printableChars(text));
 }
 
 int pressInTextBox(QtHost& host, forms::TextBox& box, QLineEdit& edit, QPoint at) {
     const int pos = codePointsBefore(edit.text(), edit.cursorPositionAt(at));
-    host.dispatch([&] {
-        box.placeCaret(pos);
-        box.TrySetFocus();
-    });
+    forms::input::clickText(host.runtime(), box, pos);
     return pos;
 }
 
@@ -107,8 +101,8 @@ void contextMenuOfTextBox(QtHost& host, forms::TextBox& box, QLineEdit& edit, QP
     QAction* chosen = menu.exec(globalPos);
     if (!alive || !chosen) return;
     if (chosen == copy) copyFromTextBox(box);
-    else if (chosen == paste) pasteIntoTextBox(host, box);
-    else if (chosen == all) host.dispatch([&] { box.placeCaret(0, box.length()); });
+    else if (chosen == paste) forms::input::paste(host.runtime(), box, clipboardLine());
+    else if (chosen == all) selectAll(host, box);
 }
 
 } // namespace qtface

@@ -7,18 +7,17 @@
 
 namespace qtface {
 
-// The text box's own key path. The QLineEdit never edits by itself: every key
-// is one dispatch of KeyDown(code, shift), then KeyPress(char) for each
-// character the key types (a code set to 0 cancels it), then the box's own
-// edit (caret keys, Delete, the character), which raises Change. The box's
-// text, caret and selection then come back into the QLineEdit at the sync.
+// The text box's key path. The QLineEdit never edits by itself: a key goes to
+// the runtime as one piece of input (KeyDown, KeyPress for the character it
+// types, the box's own edit), and the box's text, caret and selection come
+// back into the QLineEdit at the sync. The clipboard keys (Ctrl+V, Ctrl+C,
+// Ctrl+X, Ctrl+A, unless the menu owns them) run KeyDown and then their edit.
 void keyIntoTextBox(QtHost& host, forms::TextBox& box, const QKeyEvent& e);
 
 // Text composed by an input method: each character as if typed, without KeyDown.
 void commitIntoTextBox(QtHost& host, forms::TextBox& box, const QString& text);
 
-// Text put in without a key (the context menu's Paste): the box replaces its selection.
-void pasteIntoTextBox(QtHost& host, forms::TextBox& box);
+// The selection to the clipboard; the box doesn't change.
 void copyFromTextBox(const forms::TextBox& box);
 
 // A press places the caret and moves the focus, and gives the caret's place

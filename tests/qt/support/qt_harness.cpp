@@ -11,10 +11,6 @@ QtHarness::QtHarness()
     : host(core.runtime), pictures(host.twips()),
       platform{core.runtime, core.files, core.dialogs, pictures, core.printer, currency, core.program, core.platform.places} {
     core.runtime.setHost(&host);
-    host.setCloseHandler([this](forms::Form& form) {
-        if (main && &form == &main->form) host.dispatch([this] { main->Form_Terminate(); });
-        else host.dispatch([&form] { form.setVisible(false); });
-    });
 }
 
 QtHarness::~QtHarness() {
@@ -24,8 +20,9 @@ QtHarness::~QtHarness() {
 
 bool QtHarness::start() {
     main = std::make_unique<qm::frmMain>(platform, core.globals);
+    // As the program wires it: a close by the window manager ends like Exit.
+    main->form.CloseRequested = [this] { main->Form_Terminate(); };
     main->Start();
-    host.sync();
     QWidget* top = topWidget();
     if (!top || !top->isVisible()) return false;
     top->activateWindow();
