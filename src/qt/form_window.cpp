@@ -162,7 +162,9 @@ void FormWindow::refreshFields() {
 void FormWindow::place() {
     if (placed_) return;
     placed_ = true;
-    top_->adjustSize();
+    // A fixed window takes the size of its client area and menu; a sizable one
+    // keeps the size it was given.
+    if (form_.Border != forms::BorderStyle::Sizable) top_->adjustSize();
     if (!form_.Centered) return;
     QScreen* screen = QGuiApplication::primaryScreen();
     if (!screen) return;
@@ -176,6 +178,7 @@ void FormWindow::sync() {
         refreshFields();
         place();
         top_->show();
+        resized(); // the size it took on the screen goes to the form, as a resize does
     } else if (!form_.Visible() && top_->isVisible()) {
         top_->hide();
     }
@@ -199,19 +202,16 @@ void FormWindow::closeRequested() {
 }
 
 void FormWindow::resized() {
-    if (form_.Border != forms::BorderStyle::Sizable || resizePosted_) return;
+    if (resizePosted_) return;
     // Reported once the event loop runs: a resize can come in the middle of a show.
     resizePosted_ = true;
     QMetaObject::invokeMethod(this, [this] {
         resizePosted_ = false;
         if (detached_ || !top_) return;
-        const int w = host_.twips().twips(top_->width()), h = host_.twips().twips(top_->height());
-        if (w == form_.Width() && h == form_.Height()) return;
-        host_.dispatch([&] {
-            form_.setWidth(w);
-            form_.setHeight(h);
-            host_.runtime().raise(form_.Resize);
-        });
+        // The outer size, title bar and borders included, as the window manager made it.
+        const QSize outer = top_->frameGeometry().size();
+        const int w = host_.twips().twips(outer.width()), h = host_.twips().twips(outer.height());
+        host_.dispatch([&] { form_.platformResized(w, h); });
     }, Qt::QueuedConnection);
 }
 

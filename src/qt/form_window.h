@@ -65,7 +65,7 @@ public:
     void refreshFields();
     // A frame moved: its children's pixel edges are rounded anew.
     void containerMoved(const forms::Control& container);
-    // The user resized the window.
+    // The window was shown or resized: its outer size goes to the form, once the loop runs.
     void resized();
     // The window manager or the desktop asks the window to close.
     void closeRequested();

@@ -114,6 +114,8 @@ private slots:
     void controlShownDuringAnEventIsPaintedAtOnce();
     void hiddenFocusedControlTakesNoKeys();
     void formGoingFromItsOwnButtonIsSafe();
+    void sizableFormIsToldItsSizeWhenShownAndResized();
+    void closeByTheWindowManagerAsksTheForm();
 };
 
 void FaceInputTest::keyGoesThroughKeyDownKeyPressThenTheBox() {
@@ -419,6 +421,44 @@ void FaceInputTest::formGoingFromItsOwnButtonIsSafe() {
     QVERIFY(!f.t);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(top.isNull());
+}
+
+void FaceInputTest::sizableFormIsToldItsSizeWhenShownAndResized() {
+    forms::Runtime rt;
+    qtface::QtHost host(rt);
+    rt.setHost(&host);
+    forms::Form form(rt, "frmSizable");
+    form.Border = forms::BorderStyle::Sizable;
+    form.ClientWidth = 4800;
+    form.ClientHeight = 3600;
+    int resizes = 0;
+    form.Resize = [&] { ++resizes; };
+    form.announce();
+    host.dispatch([&] { form.setVisible(true); });
+    QWidget* top = host.window(form)->window();
+    QCOMPARE(host.window(form)->client()->size(), QSize(host.twips().px(4800), host.twips().px(3600)));
+    QTRY_COMPARE(resizes, 1);
+    QCOMPARE(form.Width(), host.twips().twips(top->frameGeometry().width()));
+    QCOMPARE(form.Height(), host.twips().twips(top->frameGeometry().height()));
+    top->resize(top->width() + 30, top->height() + 15);
+    QTRY_COMPARE(resizes, 2);
+    QCOMPARE(form.Width(), host.twips().twips(top->frameGeometry().width()));
+    form.retire();
+}
+
+void FaceInputTest::closeByTheWindowManagerAsksTheForm() {
+    Fixture f;
+    QVERIFY(f.show());
+    int asked = 0;
+    f.t->form.CloseRequested = [&] { ++asked; };
+    QWidget* top = f.window()->window();
+    top->close();
+    QCOMPARE(asked, 1);
+    QVERIFY(top->isVisible()); // the form decides; this one stays
+    f.t->form.CloseRequested = nullptr;
+    top->close();
+    QVERIFY(!f.t->form.Visible()); // without a handler the form is hidden
+    QVERIFY(!top->isVisible());
 }
 
 QTEST_MAIN(FaceInputTest)
