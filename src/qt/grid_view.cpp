@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <QStyle>
 #include <algorithm>
+#include <tuple>
 
 #include "qt/colors_fonts.h"
 
@@ -33,44 +34,63 @@ void GridView::setOriginTwips(QPoint origin) {
     viewport()->update();
 }
 
-std::vector<GridView::Span> GridView::visibleRows() const {
+namespace {
+
+// The items of one direction of the grid (rows down, columns across) that lie
+// in view: the fixed ones, then the scrollable ones from the first in view, up
+// to `limit` pixels. `size` gives an item's twips, `edge` a twips offset's pixel.
+template <class Span, class SizeOf, class EdgeOf>
+std::vector<Span> spansInView(int count, int fixed, int first, int limit, SizeOf size, EdgeOf edge) {
     std::vector<Span> spans;
-    const int limit = viewport()->height();
-    const int rows = grid_.Rows();
     int t = Grid::kBorder;
-    for (int r = 0; r < grid_.FixedRows() && r < rows; ++r) {
-        int s = y(t);
-        if (s >= limit) return spans;
-        t += grid_.RowHeight(r);
-        spans.push_back({r, s, y(t)});
-    }
-    for (int r = std::max(grid_.TopRow(), grid_.FixedRows()); r < rows; ++r) {
-        int s = y(t);
-        if (s >= limit) break;
-        t += grid_.RowHeight(r);
-        spans.push_back({r, s, y(t)});
-    }
+    auto add = [&](int i) {
+        const int start = edge(t);
+        if (start >= limit) return false;
+        t += size(i);
+        spans.push_back({i, start, edge(t)});
+        return true;
+    };
+    for (int i = 0; i < fixed && i < count; ++i)
+        if (!add(i)) return spans;
+    for (int i = std::max(first, fixed); i < count; ++i)
+        if (!add(i)) break;
     return spans;
 }
 
+struct ScrollRange {
+    int max;  // the furthest first item, counted from the first scrollable one
+    int page; // whole items a page shows
+};
+
+// How far a scroll bar goes: as far as the first item that still fills the
+// view with the last ones, or further if the grid itself has scrolled further.
+template <class SizeOf>
+ScrollRange scrollRange(int count, int fixed, int first, int room, SizeOf size) {
+    for (int i = 0; i < fixed; ++i) room -= size(i);
+    int total = 0;
+    bool fits = true;
+    for (int i = fixed; i < count && fits; ++i) fits = (total += size(i)) <= room;
+    int max = 0;
+    if (!fits) {
+        int last = count - 1, used = size(last);
+        while (last - 1 >= fixed && used + size(last - 1) <= room) used += size(--last);
+        max = last - fixed;
+    }
+    int page = 0;
+    for (int i = first, used = 0; i < count && (used += size(i)) <= room; ++i) ++page;
+    return {std::max(max, first - fixed), std::max(1, page)};
+}
+
+} // namespace
+
+std::vector<GridView::Span> GridView::visibleRows() const {
+    return spansInView<Span>(grid_.Rows(), grid_.FixedRows(), grid_.TopRow(), viewport()->height(),
+                             [this](int r) { return grid_.RowHeight(r); }, [this](int t) { return y(t); });
+}
+
 std::vector<GridView::Span> GridView::visibleCols() const {
-    std::vector<Span> spans;
-    const int limit = viewport()->width();
-    const int cols = grid_.Cols();
-    int t = Grid::kBorder;
-    for (int c = 0; c < grid_.FixedCols() && c < cols; ++c) {
-        int s = x(t);
-        if (s >= limit) return spans;
-        t += grid_.ColWidth(c);
-        spans.push_back({c, s, x(t)});
-    }
-    for (int c = std::max(grid_.LeftCol(), grid_.FixedCols()); c < cols; ++c) {
-        int s = x(t);
-        if (s >= limit) break;
-        t += grid_.ColWidth(c);
-        spans.push_back({c, s, x(t)});
-    }
-    return spans;
+    return spansInView<Span>(grid_.Cols(), grid_.FixedCols(), grid_.LeftCol(), viewport()->width(),
+                             [this](int c) { return grid_.ColWidth(c); }, [this](int t) { return x(t); });
 }
 
 QRect GridView::cellRect(int row, int col) const {
@@ -208,47 +228,17 @@ void GridView::syncScrollBars() {
     const int extent = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
     const int roomH = twips_.twips(height() - (horizontalScrollBar()->isVisibleTo(this) ? extent : 0)) - 2 * Grid::kBorder;
     const int roomW = twips_.twips(width() - (verticalScrollBar()->isVisibleTo(this) ? extent : 0)) - 2 * Grid::kBorder;
-
-    // Rows: the furthest first row that still fills the view with the last rows.
-    const int rows = grid_.Rows(), fixedRows = grid_.FixedRows();
-    int fixedH = 0;
-    for (int r = 0; r < fixedRows; ++r) fixedH += grid_.RowHeight(r);
-    int total = fixedH;
-    bool fits = true;
-    for (int r = fixedRows; r < rows && fits; ++r) fits = (total += grid_.RowHeight(r)) <= roomH;
-    int vmax = 0;
-    if (!fits) {
-        int maxTop = rows - 1, used = grid_.RowHeight(rows - 1);
-        while (maxTop - 1 >= fixedRows && used + grid_.RowHeight(maxTop - 1) <= roomH - fixedH)
-            used += grid_.RowHeight(--maxTop);
-        vmax = maxTop - fixedRows;
+    const ScrollRange rows = scrollRange(grid_.Rows(), grid_.FixedRows(), grid_.TopRow(), roomH,
+                                         [this](int r) { return grid_.RowHeight(r); });
+    const ScrollRange cols = scrollRange(grid_.Cols(), grid_.FixedCols(), grid_.LeftCol(), roomW,
+                                         [this](int c) { return grid_.ColWidth(c); });
+    for (auto [bar, range, value] : {std::tuple{verticalScrollBar(), rows, grid_.TopRow() - grid_.FixedRows()},
+                                     std::tuple{horizontalScrollBar(), cols, grid_.LeftCol() - grid_.FixedCols()}}) {
+        bar->setRange(0, range.max);
+        bar->setPageStep(range.page);
+        bar->setSingleStep(1);
+        bar->setValue(value);
     }
-    vmax = std::max(vmax, grid_.TopRow() - fixedRows);
-    int pageRows = 0;
-    for (int r = grid_.TopRow(), h = fixedH; r < rows && (h += grid_.RowHeight(r)) <= roomH; ++r) ++pageRows;
-    verticalScrollBar()->setRange(0, std::max(0, vmax));
-    verticalScrollBar()->setPageStep(std::max(1, pageRows));
-    verticalScrollBar()->setSingleStep(1);
-    verticalScrollBar()->setValue(grid_.TopRow() - fixedRows);
-
-    // Columns, the same way.
-    const int cols = grid_.Cols(), fixedCols = grid_.FixedCols();
-    int fixedW = 0;
-    for (int c = 0; c < fixedCols; ++c) fixedW += grid_.ColWidth(c);
-    int totalW = fixedW;
-    for (int c = fixedCols; c < cols && totalW <= roomW; ++c) totalW += grid_.ColWidth(c);
-    int hmax = 0;
-    if (totalW > roomW) {
-        int maxLeft = cols - 1, usedW = grid_.ColWidth(cols - 1);
-        while (maxLeft - 1 >= fixedCols && usedW + grid_.ColWidth(maxLeft - 1) <= roomW - fixedW)
-            usedW += grid_.ColWidth(--maxLeft);
-        hmax = maxLeft - fixedCols;
-    }
-    hmax = std::max(hmax, grid_.LeftCol() - fixedCols);
-    horizontalScrollBar()->setRange(0, std::max(0, hmax));
-    horizontalScrollBar()->setPageStep(1);
-    horizontalScrollBar()->setSingleStep(1);
-    horizontalScrollBar()->setValue(grid_.LeftCol() - fixedCols);
     applying_ = false;
 }
 

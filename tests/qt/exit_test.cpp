@@ -40,6 +40,15 @@ void checkSaved(QtHarness& h) {
     QVERIFY(!h.topWidget()->isVisible());
 }
 
+// The first category open, with the cell editor holding the focus.
+QLineEdit* openCellEditor(QtHarness& h) {
+    writeData(h);
+    if (!h.start()) return nullptr;
+    h.clickListEntry(0);
+    auto* t1 = h.widgetAs<QLineEdit>(h.m().T1);
+    return t1->isVisible() && QApplication::focusWidget() == t1 ? t1 : nullptr;
+}
+
 } // namespace
 
 void ExitTest::ctrlXInTheListExits() {
@@ -64,13 +73,9 @@ void ExitTest::ctrlXOnAButtonExits() {
 
 void ExitTest::ctrlXInTheCellEditorExitsWithoutCutting() {
     QtHarness h;
-    writeData(h);
-    QVERIFY(h.start());
+    QLineEdit* t1 = openCellEditor(h);
+    QVERIFY(t1);
     auto& m = h.m();
-    h.clickListEntry(0);
-    auto* t1 = h.widgetAs<QLineEdit>(m.T1);
-    QVERIFY(t1->isVisible());
-    QCOMPARE(QApplication::focusWidget(), t1);
     QTest::keyClicks(t1, "9");
     h.host.dispatch([&] { m.T1.placeCaret(0, m.T1.length()); }); // all selected: a cut would empty it
     QTest::keyClick(t1, Qt::Key_X, Qt::ControlModifier);
@@ -121,12 +126,9 @@ void ExitTest::menuKeysReachTheMenuFromTextBoxes() {
     QFETCH(int, modifiers);
     QFETCH(QString, entry);
     QtHarness h;
-    writeData(h);
-    QVERIFY(h.start());
+    QLineEdit* t1 = openCellEditor(h);
+    QVERIFY(t1);
     auto& m = h.m();
-    h.clickListEntry(0);
-    auto* t1 = h.widgetAs<QLineEdit>(m.T1);
-    QCOMPARE(QApplication::focusWidget(), t1);
     // Put a probe on the entry, whatever the program runs there.
     forms::MenuItem* item = m.form.menuBar().find(entry.toStdString());
     QVERIFY(item);

@@ -40,6 +40,15 @@ QRect modelCellRect(QtHarness& h) {
     return r;
 }
 
+// A category of n items, opened by a click on its entry.
+bool openShelf(QtHarness& h, int n) {
+    h.core.writeIndex({"Shelf"});
+    h.core.writeCategory("Shelf", items(n));
+    if (!h.start()) return false;
+    h.clickListEntry(0);
+    return true;
+}
+
 // A form with a bare grid, for the adapter alone.
 struct GridForm {
     explicit GridForm(forms::Runtime& rt) : form(rt, "frmGrid"), grid(form, nullptr, "grdGrid") {
@@ -139,10 +148,7 @@ void GridTest::fixedHeadingsOnlyWhileTheGridSaysSo() {
 
 void GridTest::cellsLieWhereTheGridsNumbersPutThem() {
     QtHarness h;
-    h.core.writeIndex({"Shelf"});
-    h.core.writeCategory("Shelf", items(60));
-    QVERIFY(h.start());
-    h.clickListEntry(0);
+    QVERIFY(openShelf(h, 60));
     auto& g = h.m().FG1;
     for (auto [r, c] : {std::pair{60, 6}, std::pair{55, 1}, std::pair{30, 3}, std::pair{1, 2}, std::pair{12, 5}}) {
         h.host.dispatch([&] {
@@ -157,11 +163,8 @@ void GridTest::cellsLieWhereTheGridsNumbersPutThem() {
 
 void GridTest::userScrollingMovesTheGridsFirstRow() {
     QtHarness h;
-    h.core.writeIndex({"Shelf"});
-    h.core.writeCategory("Shelf", items(100));
-    QVERIFY(h.start());
+    QVERIFY(openShelf(h, 100));
     auto& m = h.m();
-    h.clickListEntry(0);
     QtHarness::settle(); // the view lays out its scroll bars when the loop runs
     QVERIFY(h.widget(m.T1)->isVisible());
     QScrollBar* bar = h.grid()->verticalScrollBar();
@@ -182,11 +185,8 @@ void GridTest::userScrollingMovesTheGridsFirstRow() {
 
 void GridTest::gridScrollingMovesTheView() {
     QtHarness h;
-    h.core.writeIndex({"Shelf"});
-    h.core.writeCategory("Shelf", items(100));
-    QVERIFY(h.start());
+    QVERIFY(openShelf(h, 100));
     auto& m = h.m();
-    h.clickListEntry(0);
     QScrollBar* bar = h.grid()->verticalScrollBar();
     const int bottom = bar->value();
     // Up to the first item: the grid brings it into view when its position is read.

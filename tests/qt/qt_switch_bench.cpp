@@ -48,6 +48,8 @@ Took timeMs(const std::function<void()>& f) {
     return {static_cast<double>(t.nsecsElapsed()) / 1e6, threadCpuMs() - cpu0};
 }
 
+using Run = std::function<void(const std::function<void()>&)>;
+
 // The same data set in any folder's harness.
 void writeBig(qmtest::Harness& h) {
     h.writeIndex({"Big", "Small"});
@@ -63,28 +65,28 @@ void writeMany(qmtest::Harness& h) {
     for (const auto& n : names) h.writeCategory(n, rows);
 }
 
-using Run = std::function<void(const std::function<void()>&)>;
-
-// One timed switch from Small to Big.
-Took switchToBig(qm::frmMain& m, const Run& run) {
-    run([&] { m.lstCategory.setSelected(1); });
-    return timeMs([&] { run([&] { m.lstCategory.setSelected(0); }); });
-}
-
-Took walk(qm::frmMain& m, const Run& run) {
-    return timeMs([&] { run([&] { m.SaveCategoryList(); }); });
-}
-
 struct Medians {
     Took core, window;
 };
 
-// Core and window take turns, so that a machine busy with something else
-// slows both alike.
-Medians alternate(int rounds, const std::function<Took()>& core, const std::function<Took()>& window) {
+// The same operation on the same data in the core alone and in the window.
+// The two take turns, so that a machine busy with something else slows both alike.
+Medians compare(int rounds, const std::function<void(qmtest::Harness&)>& write,
+                const std::function<void(qm::frmMain&, const Run&)>& prepare,
+                const std::function<Took(qm::frmMain&, const Run&)>& measure) {
+    qmtest::Harness core;
+    write(core);
+    qm::frmMain& cm = core.start();
+    qttest::QtHarness window;
+    write(window.core);
+    if (!window.start()) std::exit(1);
+    const Run coreRun = [&](const std::function<void()>& f) { core.run(f); };
+    const Run windowRun = [&](const std::function<void()>& f) { window.host.dispatch(f); };
+    prepare(cm, coreRun);
+    prepare(window.m(), windowRun);
     std::vector<double> cw, cc, ww, wc;
     for (int i = 0; i < rounds; ++i) {
-        Took c = core(), w = window();
+        Took c = measure(cm, coreRun), w = measure(window.m(), windowRun);
         cw.push_back(c.wall);
         cc.push_back(c.cpu);
         ww.push_back(w.wall);
@@ -108,34 +110,16 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 9;
 
-    Medians switchTimes, walkTimes;
-    {
-        qmtest::Harness core;
-        writeBig(core);
-        qm::frmMain& cm = core.start();
-        qttest::QtHarness window;
-        writeBig(window.core);
-        if (!window.start()) return 1;
-        const Run coreRun = [&](const std::function<void()>& f) { core.run(f); };
-        const Run windowRun = [&](const std::function<void()>& f) { window.host.dispatch(f); };
-        // The walk of the list's first gain of focus, untimed.
-        coreRun([&] { cm.lstCategory.TrySetFocus(); });
-        windowRun([&] { window.m().lstCategory.TrySetFocus(); });
-        switchTimes = alternate(rounds, [&] { return switchToBig(cm, coreRun); }, [&] { return switchToBig(window.m(), windowRun); });
-    }
-    {
-        qmtest::Harness core;
-        writeMany(core);
-        qm::frmMain& cm = core.start();
-        qttest::QtHarness window;
-        writeMany(window.core);
-        if (!window.start()) return 1;
-        const Run coreRun = [&](const std::function<void()>& f) { core.run(f); };
-        const Run windowRun = [&](const std::function<void()>& f) { window.host.dispatch(f); };
-        coreRun([&] { cm.lstCategory.setSelected(0); });
-        windowRun([&] { window.m().lstCategory.setSelected(0); });
-        walkTimes = alternate(rounds, [&] { return walk(cm, coreRun); }, [&] { return walk(window.m(), windowRun); });
-    }
+    // Switches from Small to Big, timing the switch to Big.
+    const Medians switchTimes = compare(rounds, writeBig, [](qm::frmMain& m, const Run& run) {
+        run([&] { m.lstCategory.TrySetFocus(); }); // the walk of the list's first gain of focus, untimed
+    }, [](qm::frmMain& m, const Run& run) {
+        run([&] { m.lstCategory.setSelected(1); });
+        return timeMs([&] { run([&] { m.lstCategory.setSelected(0); }); });
+    });
+    const Medians walkTimes = compare(rounds, writeMany, [](qm::frmMain& m, const Run& run) {
+        run([&] { m.lstCategory.setSelected(0); });
+    }, [](qm::frmMain& m, const Run& run) { return timeMs([&] { run([&] { m.SaveCategoryList(); }); }); });
     std::printf("platform: %s, median of %d rounds\n", qPrintable(QGuiApplication::platformName()), rounds);
     report("switch to a category of 32767 rows", switchTimes);
     report("walk over 50 categories of 500 rows", walkTimes);
