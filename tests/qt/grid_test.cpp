@@ -19,13 +19,6 @@ using qttest::QtHarness;
 
 namespace {
 
-std::vector<std::vector<std::string>> items(int n) {
-    std::vector<std::vector<std::string>> rows;
-    rows.reserve(static_cast<std::size_t>(n));
-    for (int i = 1; i <= n; ++i)
-        rows.push_back({"Item " + std::to_string(i), std::to_string(i), std::to_string(i % 7), "Shop", "2001", "", "SN" + std::to_string(i)});
-    return rows;
-}
 
 // The current cell's rectangle from the grid's own numbers, in viewport pixels.
 QRect modelCellRect(QtHarness& h) {
@@ -43,7 +36,7 @@ QRect modelCellRect(QtHarness& h) {
 // A category of n items, opened by a click on its entry.
 bool openShelf(QtHarness& h, int n) {
     h.core.writeIndex({"Shelf"});
-    h.core.writeCategory("Shelf", items(n));
+    h.core.writeCategory("Shelf", qttest::itemRows(n));
     if (!h.start()) return false;
     h.clickListEntry(0);
     return true;
@@ -203,8 +196,8 @@ void GridTest::gridScrollingMovesTheView() {
 void GridTest::categoryOf32767RowsOpens() {
     QtHarness h;
     h.core.writeIndex({"Big", "Small"});
-    h.core.writeCategory("Big", items(forms::Grid::kMaxRows - 1));
-    h.core.writeCategory("Small", items(3));
+    h.core.writeCategory("Big", qttest::itemRows(forms::Grid::kMaxRows - 1));
+    h.core.writeCategory("Small", qttest::itemRows(3));
     QVERIFY(h.start());
     auto& m = h.m();
     h.clickListEntry(1);

@@ -17,12 +17,6 @@
 
 namespace {
 
-std::vector<std::vector<std::string>> items(int n) {
-    std::vector<std::vector<std::string>> rows;
-    for (int i = 1; i <= n; ++i)
-        rows.push_back({"Item " + std::to_string(i), std::to_string(i) + ".25", std::to_string(i % 97), "Shop", "2001-01-01", "", "SN" + std::to_string(i)});
-    return rows;
-}
 
 double median(std::vector<double> v) {
     std::sort(v.begin(), v.end());
@@ -53,15 +47,15 @@ using Run = std::function<void(const std::function<void()>&)>;
 // The same data set in any folder's harness.
 void writeBig(qmtest::Harness& h) {
     h.writeIndex({"Big", "Small"});
-    h.writeCategory("Big", items(forms::Grid::kMaxRows - 1));
-    h.writeCategory("Small", items(3));
+    h.writeCategory("Big", qttest::itemRows(forms::Grid::kMaxRows - 1));
+    h.writeCategory("Small", qttest::itemRows(3));
 }
 
 void writeMany(qmtest::Harness& h) {
     std::vector<std::string> names;
     for (int i = 0; i < 50; ++i) names.push_back("Category " + std::to_string(100 + i));
     h.writeIndex(names);
-    const auto rows = items(500);
+    const auto rows = qttest::itemRows(500);
     for (const auto& n : names) h.writeCategory(n, rows);
 }
 

@@ -51,6 +51,9 @@ public:
     static void settle();
 };
 
+// n items for a category file: "Item i", cost i, value i % 7, ..., "SN" i.
+std::vector<std::vector<std::string>> itemRows(int n);
+
 // The pixel of a twips position at the screen's logical DPI, worked out here
 // independently of the face.
 int pixels(int twips);
