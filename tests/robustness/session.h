@@ -1,0 +1,122 @@
+#pragma once
+// A user's session on a database of two dozen categories, step by step, and
+// a files port that counts, records and interrupts the file operations the
+// program makes during it. The kill tests and the fault sweeps replay it.
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "forms/std_files.h"
+#include "support/scripted_platform.h"
+#include "support/snapshots.h"
+
+namespace robust {
+
+// Writes the database the session starts on into the data folder of h.
+void writeStartDatabase(qmtest::Harness& h);
+
+// One piece of user input (or a few that belong together, such as a click on
+// a cell and the text typed into it).
+struct Step {
+    std::string what;
+    std::function<void(qmtest::Harness& h, qm::frmMain& m)> run;
+};
+
+// The session after the start: edits, switches, walks at the list's focus,
+// adding, renaming and deleting categories and items, and Exit last.
+const std::vector<Step>& sessionSteps();
+
+// What a file operation is, as the port counts them.
+enum class FileOp { OpenRead, OpenWrite, Write, Commit, Remove };
+const char* opName(FileOp op);
+
+// Real files, every operation counted. An optional hook sees each operation
+// before it is carried out (with its number); every content that is put in
+// place whole is recorded per file name.
+class CountingFiles : public forms::FilesPort {
+public:
+    std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
+    std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
+    bool exists(const std::string& path) override { return real_.exists(path); }
+    void remove(const std::string& path) override;
+    void removeMatching(const std::string& folder, const std::string& suffix) override;
+
+    long count() const { return count_; }
+    // The write with this number puts half its bytes into the file before its hook runs.
+    long cutWriteAt = -1;
+    // Called with the operation's number, its kind and its path before it runs.
+    std::function<void(long n, FileOp op, const std::string& path)> hook;
+    // File name (no folder) -> every content committed under it, in order.
+    std::map<std::string, std::vector<std::string>> committed;
+    // Counts one operation and runs the hook; the streams call it too.
+    void op(FileOp op, const std::string& path);
+
+private:
+    forms::StdFiles real_;
+    long count_ = 0;
+};
+
+// Harness ports with a files port of the caller's: the program is made on
+// them but not started.
+struct Rig {
+    Rig(const std::string& dataPlace, const std::string& floppyPlace, forms::FilesPort& files);
+    qmtest::Harness h;
+    qm::Platform platform;
+    std::unique_ptr<qm::frmMain> main;
+};
+
+// Runs the start and then the steps in order. before(i) runs ahead of step i
+// (i = 0 is the start, i = 1 the first step of sessionSteps()); when it
+// returns false the session ends there.
+void runSession(qmtest::Harness& h, qm::frmMain& m, const std::function<bool(std::size_t)>& before = {});
+inline std::size_t sessionLength() { return sessionSteps().size() + 1; }
+std::string stepName(std::size_t i);
+
+// Every file of a folder by name with its bytes; temporaries of unfinished writes left out.
+std::map<std::string, std::string> folderContents(const std::filesystem::path& dir);
+// Names of unfinished writes' temporaries in the folder.
+std::vector<std::string> temporaries(const std::filesystem::path& dir);
+void copyFolder(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// What a new start of the program on a data folder shows.
+struct Restart {
+    std::vector<std::string> list;
+    std::string count; // NumCats.csv's field as read
+    std::map<std::string, qmtest::Table> tables;
+};
+Restart restartOn(const std::string& dataPlace, const std::string& floppyPlace);
+
+std::string describeList(const std::vector<std::string>& list);
+
+// Two temporary places for one run, the data folder holding the start database.
+struct Folders {
+    Folders();
+    qmtest::TempDir data, floppy;
+};
+
+// The session run once without interruption, as the runs that break it are measured against.
+struct Reference {
+    long totalOps = 0;
+    std::vector<long> stepStart;                 // operation count when step i begins
+    std::vector<std::vector<std::string>> lists; // the list when step i begins; the last one at the end
+    std::vector<long> writeOps;                  // numbers of the operations that change a file
+    std::map<std::string, std::set<std::string>> versions; // file name -> the start content and every one committed
+    Restart end;                                 // what a start after the session shows
+};
+const Reference& reference();
+// The step (0: the start) during which operation n runs.
+std::size_t stepOfOp(const Reference& r, long n);
+
+// Each problem found, by kind, with the first places that showed it.
+struct Tally {
+    std::map<std::string, std::vector<std::string>> byKind;
+    void add(const std::string& kind, const std::string& where) { byKind[kind].push_back(where); }
+    std::size_t count(const std::string& kind) const;
+    std::string report(const std::string& kind) const;
+};
+
+} // namespace robust
