@@ -217,6 +217,11 @@ TEST_F(UnreadableFileTest, ReadErrorInTheMiddleOfAFileLeavesItWhole) {
     ASSERT_TRUE(h.files.fired());
     EXPECT_LT(m.FG1.Rows(), 3001);
     h.files.disarm();
+    // What shows is rows of the file, each whole.
+    for (int r = 1; r < m.FG1.Rows(); ++r) {
+        const Row expected = {"row " + std::to_string(r - 1), "1.00", "", "", "", "", std::string(30, 'y')};
+        ASSERT_EQ(gridCells(m.FG1)[static_cast<std::size_t>(r)], expected) << "row " << r;
+    }
     h.click(m.cmdExit);
     EXPECT_EQ(readFile(h.data("X.csv")), big);
 }

@@ -85,6 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
         LoadCase{"a negative count", "-1 \r\n", "A\r\n", false, T, "-1 ", {"Kept"}},
         LoadCase{"a count with blanks around it", "   2   \r\n", "A\r\nB\r\nC\r\n", false, T, "2   ", {"A", "B", "Kept"}},
         LoadCase{"the largest count", "32767\r\n", "A\r\n", false, T, "32767", {"A", "Kept"}},
+        LoadCase{"an empty line is a name", " 3 \r\n", "B\r\n\r\nA\r\n", false, T, "3 ", {"", "A", "B", "Kept"}},
         LoadCase{"quoted names", " 2 \r\n", "\"Tools, misc\"\r\n\" Spaced\"\r\n", false, T, "2 ",
                  {" Spaced", "Kept", "Tools, misc"}}),
     [](const auto& info) { return "Case" + std::to_string(info.index); });

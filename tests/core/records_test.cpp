@@ -2,7 +2,11 @@
 // how a file being written replaces the old one.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <random>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "forms/failure.h"
 #include "forms/std_files.h"
@@ -202,6 +206,60 @@ TEST_F(FileTableTest, AbandonedFileLeavesTheOldOneAndNoTrace) {
     EXPECT_EQ(readFile(path("x.csv")), "old\r\n");
     EXPECT_EQ(folderNames(dir.path()), std::set<std::string>{"x.csv"});
     EXPECT_FALSE(files.isOpen(1));
+}
+
+// Files whose writer dies (SIGKILL) just before its write or commit numbered killAt.
+class DyingFiles : public forms::StdFiles {
+public:
+    explicit DyingFiles(long killAt) : killAt_(killAt) {}
+    std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override {
+        struct Out : forms::OutputStream {
+            std::unique_ptr<forms::OutputStream> real;
+            DyingFiles* owner;
+            void write(const char* d, std::size_t n) override { owner->step(); real->write(d, n); }
+            void commit() override { owner->step(); real->commit(); }
+        };
+        auto out = std::make_unique<Out>();
+        out->real = StdFiles::openReplace(path);
+        out->owner = this;
+        return out;
+    }
+    void step() {
+        if (count_++ == killAt_) ::raise(SIGKILL);
+    }
+
+private:
+    long killAt_;
+    long count_ = 0;
+};
+
+TEST_F(FileTableTest, KilledWriterLeavesTheOldFileWhole) {
+    const std::string old = "old line\r\n";
+    std::vector<std::string> lines;
+    for (int i = 0; i < 5000; ++i) lines.push_back(std::to_string(i) + "," + std::string(90, 'n'));
+    const std::string fresh = crlf(lines);
+    bool survived = false;
+    for (long k = 0; !survived && k < 100; ++k) {
+        writeFile(path("x.csv"), old);
+        pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            DyingFiles dying(k);
+            storage::FileTable table(dying);
+            table.OpenOutput(1, path("x.csv"));
+            for (const auto& l : lines) table.WriteRawLine(1, l);
+            table.Close(1);
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        survived = WIFEXITED(status);
+        const std::string now = readFile(path("x.csv")).value_or("<missing>");
+        EXPECT_EQ(now, survived ? fresh : old) << "killed at step " << k;
+        for (const auto& n : folderNames(dir.path()))
+            EXPECT_TRUE(n == "x.csv" || forms::StdFiles::isTemporaryName(n)) << n;
+    }
+    EXPECT_TRUE(survived);
 }
 
 TEST_F(FileTableTest, ClosingTwiceOrClosingNothingDoesNothing) {
