@@ -1,0 +1,282 @@
+// Any text a user can type comes back unchanged: 20000 random texts (fixed
+// seed) of any script, emoji and combining marks, commas and double quotes
+// anywhere, blanks at either end, empty ones, up to 32767 characters. Each is
+// a cell, an item name and a category name, stored by the program, read by a
+// new start, then saved to the floppy and loaded back from it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "forms/input.h"
+#include "forms/utf8.h"
+#include "session.h"
+#include "storage/places.h"
+#include "storage/value.h"
+
+using namespace qmtest;
+
+namespace {
+
+constexpr int kTexts = 20000;
+constexpr unsigned kSeed = 7177;
+constexpr int kMaxChars = 32767;
+
+// Code points a user can type or paste into a single line: no control characters.
+char32_t randomChar(std::mt19937& rng) {
+    struct Range { char32_t from, to; int weight; };
+    static const Range kRanges[] = {
+        {0x20, 0x7E, 40},      // ASCII, blanks, commas and quotes among it
+        {',', ',', 6},         {'"', '"', 6},        {' ', ' ', 6},
+        {0xA0, 0x24F, 6},      // Latin-1 and Latin Extended, no-break space
+        {0x300, 0x36F, 2},     // combining marks
+        {0x370, 0x4FF, 4},     // Greek, Cyrillic
+        {0x590, 0x6FF, 3},     // Hebrew, Arabic
+        {0x900, 0x97F, 2},     // Devanagari
+        {0x2000, 0x206F, 2},   // punctuation, zero-width joiner, line separator
+        {0x2215, 0x2215, 1},   // division slash, as a "/" is written in file names
+        {0x3040, 0x30FF, 3},   // kana
+        {0x4E00, 0x9FFF, 4},   // CJK
+        {0xAC00, 0xD7A3, 2},   // Hangul
+        {0xE000, 0xF8FF, 1},   // private use
+        {0xFE00, 0xFFFD, 1},   // variation selectors, BOM, replacement character
+        {0x1F300, 0x1FAFF, 4}, // emoji
+        {0x20000, 0x2A6DF, 1}, // CJK extension B
+    };
+    static const int total = [] {
+        int t = 0;
+        for (const Range& r : kRanges) t += r.weight;
+        return t;
+    }();
+    int pick = std::uniform_int_distribution<int>(0, total - 1)(rng);
+    for (const Range& r : kRanges) {
+        if (pick < r.weight) return std::uniform_int_distribution<char32_t>(r.from, r.to)(rng);
+        pick -= r.weight;
+    }
+    return U'x';
+}
+
+std::string randomText(std::mt19937& rng) {
+    std::uniform_int_distribution<int> percent(0, 99);
+    int p = percent(rng);
+    int length = p < 8 ? 0 : p < 80 ? std::uniform_int_distribution<int>(1, 40)(rng)
+               : p < 99 ? std::uniform_int_distribution<int>(41, 400)(rng)
+                        : std::uniform_int_distribution<int>(401, kMaxChars)(rng);
+    std::string s;
+    for (int i = 0; i < length; ++i) s += forms::utf8::encode(randomChar(rng));
+    if (length > 0) {
+        // Blanks at either end, a leading quote, commas: the texts that need quoting.
+        if (percent(rng) < 15) s = "  " + s;
+        if (percent(rng) < 15) s += " ";
+        if (percent(rng) < 10) s = "\"" + s;
+        if (percent(rng) < 10) s += ",";
+    }
+    // The grid's editor counts characters: none is longer than a cell can be typed.
+    if (forms::utf8::length(s) > static_cast<std::size_t>(kMaxChars)) s = forms::utf8::mid(s, 0, kMaxChars);
+    return s;
+}
+
+const std::vector<std::string>& texts() {
+    static const std::vector<std::string> t = [] {
+        std::mt19937 rng(kSeed);
+        std::vector<std::string> v;
+        for (int i = 0; i < kTexts; ++i) v.push_back(randomText(rng));
+        return v;
+    }();
+    return t;
+}
+
+// Save to the floppy, then load it back over the data folder.
+void throughTheFloppy(Harness& h) {
+    qm::frmMain& m = h.m();
+    h.click(m.cmdSave);
+    h.click(m.cmdLoad);
+    ASSERT_FALSE(h.dialogs.messages.empty());
+    EXPECT_EQ(h.dialogs.messages.back().text, "Load complete.");
+}
+
+// ---- cells and item names ------------------------------------------------------------------
+
+constexpr int kRowsPerCategory = 2500;
+
+std::string batchName(int b) { return "Batch " + std::to_string(b); }
+
+// Row i of the whole table: text i as the item's name, another text in one of its cells.
+Table expectedTable(int batch) {
+    const auto& t = texts();
+    Table table{headingRow()};
+    for (int i = batch * kRowsPerCategory; i < std::min(kTexts, (batch + 1) * kRowsPerCategory); ++i) {
+        Row row(7);
+        row[0] = t[static_cast<std::size_t>(i)];
+        row[static_cast<std::size_t>(1 + i % 6)] = t[static_cast<std::size_t>((i * 7919 + 13) % kTexts)];
+        table.push_back(row);
+    }
+    return table;
+}
+
+constexpr int kBatches = (kTexts + kRowsPerCategory - 1) / kRowsPerCategory;
+
+void expectAllTables(Harness& h, const char* when) {
+    auto seen = openEveryCategory(h);
+    for (int b = 0; b < kBatches; ++b) {
+        const Table expected = expectedTable(b);
+        const Table& got = seen[batchName(b)];
+        ASSERT_EQ(got.size(), expected.size()) << when << ", " << batchName(b);
+        int wrong = 0;
+        for (std::size_t r = 0; r < expected.size(); ++r)
+            for (std::size_t c = 0; c < 7; ++c)
+                if (got[r][c] != expected[r][c] && wrong++ < 3)
+                    ADD_FAILURE() << when << ", " << batchName(b) << " row " << r << " column " << c << ": ["
+                                  << got[r][c] << "] instead of [" << expected[r][c] << "]";
+        EXPECT_EQ(wrong, 0) << when << ", " << batchName(b);
+    }
+}
+
+TEST(RoundTrip, EveryTextAsACellAndAnItemNameComesBackUnchanged) {
+    TempDir data, floppy;
+    {
+        Harness h(data.place(), floppy.place());
+        std::vector<std::string> names;
+        for (int b = 0; b < kBatches; ++b) names.push_back(batchName(b));
+        h.writeIndex(names);
+        qm::frmMain& m = h.start();
+        for (int b = 0; b < kBatches; ++b) {
+            h.run([&] { m.lstCategory.setText(batchName(b)); });
+            const Table t = expectedTable(b);
+            h.run([&] {
+                m.FG1.setRows(static_cast<int>(t.size()));
+                for (std::size_t r = 1; r < t.size(); ++r)
+                    for (std::size_t c = 0; c < 7; ++c) m.FG1.setTextMatrix(static_cast<int>(r), static_cast<int>(c), t[r][c]);
+                m.ItemRowCount = m.FG1.Rows();
+            });
+        }
+        h.click(m.cmdExit);
+    }
+    {
+        Harness h(data.place(), floppy.place());
+        h.start();
+        expectAllTables(h, "after a restart");
+        throughTheFloppy(h);
+        h.click(h.m().cmdExit);
+    }
+    Harness h(data.place(), floppy.place());
+    h.start();
+    expectAllTables(h, "after the floppy");
+    RecordProperty("texts", kTexts);
+}
+
+// The same texts typed and pasted by the user: through Add Item's prompt and the cell editor.
+TEST(RoundTrip, TextsEnteredThroughTheCommandsComeBackUnchanged) {
+    const auto& t = texts();
+    std::vector<std::string> sample;
+    for (std::size_t i = 0; i < t.size() && sample.size() < 150; i += 97)
+        if (!t[i].empty()) sample.push_back(t[i]);
+    Harness h;
+    h.writeIndex({"Typed"});
+    qm::frmMain& m = h.start();
+    h.selectCategory(0);
+    for (const auto& text : sample) {
+        h.dialogs.inputAnswers.push_back(text);
+        h.click(m.cmdAddAsset);
+        forms::input::paste(h.runtime, m.T1, text); // into the new item's cost cell
+    }
+    h.click(m.cmdExit);
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    again.start();
+    Table seen = openEveryCategory(again)["Typed"];
+    ASSERT_EQ(seen.size(), sample.size() + 1);
+    for (std::size_t i = 0; i < sample.size(); ++i) {
+        EXPECT_EQ(seen[i + 1][0], sample[i]) << "item name " << i;
+        EXPECT_EQ(seen[i + 1][1], sample[i]) << "cost cell " << i;
+    }
+}
+
+// ---- category names --------------------------------------------------------------------------
+
+TEST(RoundTrip, EveryTextAsACategoryNameComesBackOrIsRefusedWithAMessage) {
+    // Names the add command refuses (empty, too long for a file name) and names
+    // that are already there are not made; every other one must come back.
+    TempDir data, floppy;
+    std::vector<std::string> names;
+    int refused = 0;
+    {
+        Harness h(data.place(), floppy.place());
+        qm::frmMain& m = h.start();
+        std::set<std::string> seen, stems;
+        for (const auto& text : texts()) {
+            if (text.empty() || !m.CategoryNameProblem(text).empty()) {
+                ++refused;
+                continue;
+            }
+            // Two names whose files would be one are tried on their own below.
+            if (!seen.insert(text).second || !stems.insert(storage::FileStem(text)).second) continue;
+            names.push_back(text);
+        }
+        h.run([&] {
+            for (const auto& n : names) m.lstCategory.AddItem(n);
+            m.CategoryCount = storage::Value::number(static_cast<double>(names.size()));
+        });
+        h.click(m.cmdExit);
+    }
+    std::sort(names.begin(), names.end(), forms::ListBox::sortsBefore);
+    auto listed = [&](const char* when) {
+        Harness h(data.place(), floppy.place());
+        qm::frmMain& m = h.start();
+        std::vector<std::string> got = m.lstCategory.items();
+        ASSERT_EQ(got.size(), names.size()) << when;
+        for (std::size_t i = 0; i < names.size(); ++i) ASSERT_EQ(got[i], names[i]) << when << ", entry " << i;
+        for (const auto& n : names)
+            ASSERT_TRUE(std::filesystem::exists(h.data(storage::FileStem(n) + ".csv"))) << when << ": no file for [" << n << "]";
+    };
+    listed("after a restart");
+    {
+        Harness h(data.place(), floppy.place());
+        h.start();
+        throughTheFloppy(h);
+        h.click(h.m().cmdExit);
+    }
+    listed("after the floppy");
+    RecordProperty("names", static_cast<int>(names.size()));
+    RecordProperty("refused", refused);
+    std::printf("%zu category names came back, %d refused as no name or too long for a file\n", names.size(), refused);
+}
+
+// "/" can't stand in a file name and is written as the division slash: a name
+// that holds the division slash itself must not end up in the same file.
+// Fails while FileStem maps both names to one file: see the report.
+TEST(RoundTrip, NamesThatDifferOnlyInASlashKeepTheirOwnItems) {
+    Harness h;
+    qm::frmMain& m = h.start();
+    for (const char* name : {"A/B", "A\xE2\x88\x95" "B"}) {
+        h.dialogs.inputAnswers.push_back(name);
+        h.click(m.cmdAddCategory);
+        h.dialogs.inputAnswers.push_back(std::string("item of ") + name);
+        h.click(m.cmdAddAsset);
+    }
+    h.click(m.cmdExit);
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    again.start();
+    auto seen = openEveryCategory(again);
+    ASSERT_EQ(seen.size(), 2u);
+    for (const auto& [name, table] : seen) {
+        ASSERT_EQ(table.size(), 2u) << name;
+        EXPECT_EQ(table[1][0], "item of " + name);
+    }
+}
+
+// The refusal is a message, and nothing is made.
+TEST(RoundTrip, ANameTooLongForAFileIsRefusedWithAMessage) {
+    Harness h;
+    h.writeIndex({"Kept"});
+    h.writeCategory("Kept", {{"a", "1"}});
+    qm::frmMain& m = h.start();
+    const auto before = robust::folderContents(h.dataDir.path());
+    h.dialogs.inputAnswers.push_back(std::string(10000, 'n'));
+    h.click(m.cmdAddCategory);
+    ASSERT_FALSE(h.dialogs.messages.empty());
+    EXPECT_EQ(h.dialogs.messages.back().text, "That name is too long for a file name. Please choose a shorter name.");
+    EXPECT_EQ(m.lstCategory.items(), std::vector<std::string>{"Kept"});
+    EXPECT_EQ(robust::folderContents(h.dataDir.path()), before);
+}
+
+} // namespace
