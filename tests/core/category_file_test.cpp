@@ -342,4 +342,50 @@ TEST(CategoryFileNames, NameWithAFolderPartNeverReachesAnotherFolder) {
     EXPECT_EQ(openEveryCategory(h)["../victim"], withHeading({{"kept", "1"}}));
 }
 
+// A name too long for a file name: nothing can be stored under it, silently,
+// and the other categories are stored as ever.
+TEST(CategoryFileNames, NameTooLongForAFileStoresNothingAndHarmsNothing) {
+    const std::string longName(300, 'n');
+    Harness h;
+    h.writeIndex({"Alpha", longName});
+    h.writeCategory("Alpha", {{"a1", "1"}});
+    auto& m = h.start();
+    h.selectCategory(1);
+    EXPECT_EQ(m.CurrentCategory, longName);
+    EXPECT_EQ(m.ItemRowCount, 1);
+    h.run([&] { setGrid(m, withHeading({{"lost"}})); });
+    h.selectCategory(0);
+    EXPECT_EQ(gridCells(m.FG1), withHeading({{"a1", "1"}}));
+    h.click(m.cmdExit);
+    EXPECT_EQ(h.program.ends, 1);
+    EXPECT_TRUE(leftoverTemporaries(h.dataDir.path()).empty());
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    again.start();
+    auto seen = openEveryCategory(again);
+    EXPECT_EQ(seen["Alpha"], withHeading({{"a1", "1"}}));
+    EXPECT_EQ(seen[longName], Table{headingRow()});
+}
+
+// Two different names must never share one file: a "/" stands in file names
+// as another character, and a name that holds that character must not meet it.
+TEST(CategoryFileNames, DifferentNamesNeverShareAFile_SuspectedBug) {
+    const std::string slash = "a/b", lookalike = "a\xE2\x88\x95" "b"; // U+2215 DIVISION SLASH
+    TempDir data, floppy;
+    {
+        Harness h(data.place(), floppy.place());
+        h.writeIndex({slash, lookalike});
+        auto& m = h.start();
+        h.run([&] { m.lstCategory.setText(slash); });
+        h.run([&] { setGrid(m, withHeading({{"from slash"}})); });
+        h.run([&] { m.lstCategory.setText(lookalike); });
+        h.run([&] { setGrid(m, withHeading({{"from lookalike"}})); });
+        h.click(m.cmdExit);
+    }
+    Harness h(data.place(), floppy.place());
+    h.start();
+    auto seen = openEveryCategory(h);
+    EXPECT_EQ(seen[slash], withHeading({{"from slash"}}));
+    EXPECT_EQ(seen[lookalike], withHeading({{"from lookalike"}}));
+}
+
 } // namespace
