@@ -8,6 +8,7 @@
 #include "forms/control.h"
 #include "forms/form.h"
 #include "forms/input.h"
+#include "qt/control_widgets.h"
 #include "qt/form_window.h"
 #include "qt/view_sync.h"
 
@@ -111,8 +112,12 @@ void QtHost::syncFocus() {
     const bool moved = f != shownFocus_;
     shownFocus_ = f;
     if (moved && target->window() != QApplication::activeWindow()) target->window()->activateWindow();
-    if (target->window()->focusWidget() != target || QApplication::focusWidget() != target)
+    if (target->window()->focusWidget() != target || QApplication::focusWidget() != target) {
         target->setFocus(Qt::OtherFocusReason);
+        // A line edit drops its selection when it loses the focus; the box's
+        // own selection shows again when it comes back.
+        if (f->kind() == forms::Kind::TextBox && target != w->client()) mirror(*f, target, forms::Prop::Selection, twips_);
+    }
 }
 
 void QtHost::windowActivated(FormWindow& w) {

@@ -182,9 +182,14 @@ void FaceInputTest::caretKeysMoveTheModelsCaret() {
     QCOMPARE(box.Text(), std::string("h\xC3\xA9lo"));
     QTest::keyClick(edit, Qt::Key_End);
     QCOMPARE(edit->cursorPosition(), 4);
-    // A selection made in the model shows in the widget.
+    // A selection made in the model shows in the widget, and again when the
+    // box has the focus back.
     f.host.dispatch([&] { box.placeCaret(1, 2); });
     QCOMPARE(edit->selectionStart(), 1);
+    QCOMPARE(edit->selectedText(), QString::fromUtf8("\xC3\xA9l"));
+    f.focus(f.t->other);
+    f.focus(box);
+    QCOMPARE(QApplication::focusWidget(), edit);
     QCOMPARE(edit->selectedText(), QString::fromUtf8("\xC3\xA9l"));
 }
 
