@@ -56,7 +56,8 @@ void key(Runtime& rt, TextBox& box, int keyCode, int shift, char32_t ch) {
     if (!box.canFocus()) return;
     rt.dispatch([&] {
         int code = keyCode;
-        if (box.KeyDown) rt.raise([&] { box.KeyDown(code, shift); });
+        // Text with no key of its own (an input method's) has no KeyDown.
+        if (code != 0 && box.KeyDown) rt.raise([&] { box.KeyDown(code, shift); });
         if (ch != 0) {
             // The character belongs to the box that saw the key go down, even if
             // KeyDown has moved the focus away.
