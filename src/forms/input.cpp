@@ -34,12 +34,26 @@ void tab(Runtime& rt, Form& form, bool backwards) {
     rt.dispatch([&] {
         auto order = form.tabOrder();
         if (order.empty()) return;
-        std::size_t at = order.size();
-        for (std::size_t i = 0; i < order.size(); ++i)
-            if (order[i] == rt.focused()) at = i;
-        std::size_t next;
-        if (at == order.size()) next = backwards ? order.size() - 1 : 0;
-        else next = backwards ? (at + order.size() - 1) % order.size() : (at + 1) % order.size();
+        Control* from = rt.focused();
+        const std::size_t n = order.size();
+        std::size_t next = backwards ? n - 1 : 0;
+        bool inOrder = false;
+        for (std::size_t i = 0; i < n; ++i)
+            if (order[i] == from) {
+                next = backwards ? (i + n - 1) % n : (i + 1) % n;
+                inOrder = true;
+            }
+        // From a control that is no tab stop (the cell editor), go on from its
+        // place in the tab order.
+        if (!inOrder && from && &from->form() == &form) {
+            if (backwards) {
+                for (std::size_t i = n; i-- > 0;)
+                    if (order[i]->TabIndex() < from->TabIndex()) { next = i; break; }
+            } else {
+                for (std::size_t i = 0; i < n; ++i)
+                    if (order[i]->TabIndex() > from->TabIndex()) { next = i; break; }
+            }
+        }
         order[next]->TrySetFocus();
     });
 }
