@@ -134,12 +134,18 @@ TEST(IndexSave, CountAndNamesAsWrittenAfterAdding) {
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Car parts\r\nMom's stuff\r\n");
 }
 
-TEST(IndexSave, WalkWithNoSelectionEndsOnTheLastEntry) {
+// Three categories whose files are in a form the walk rewrites.
+struct IndexWalk : ::testing::Test {
     Harness h;
-    h.writeIndex({"Alpha", "Beta", "Gamma"});
-    writeLfCategory(h, "Alpha", {"a1,1,,,,,"});
-    writeLfCategory(h, "Beta", {"b1,2,,,,,"});
-    writeLfCategory(h, "Gamma", {"g1,3,,,,,"});
+    void SetUp() override {
+        h.writeIndex({"Alpha", "Beta", "Gamma"});
+        writeLfCategory(h, "Alpha", {"a1,1,,,,,"});
+        writeLfCategory(h, "Beta", {"b1,2,,,,,"});
+        writeLfCategory(h, "Gamma", {"g1,3,,,,,"});
+    }
+};
+
+TEST_F(IndexWalk, WithNoSelectionEndsOnTheLastEntry) {
     auto& m = h.start();
     auto switches = countSwitches(m);
     h.run([&] { m.SaveCategoryList(); });
@@ -153,12 +159,7 @@ TEST(IndexSave, WalkWithNoSelectionEndsOnTheLastEntry) {
     EXPECT_FALSE(anyFileOpen(m));
 }
 
-TEST(IndexSave, WalkGoesBackToTheSelectionAndStoresItsEdits) {
-    Harness h;
-    h.writeIndex({"Alpha", "Beta", "Gamma"});
-    writeLfCategory(h, "Alpha", {"a1,1,,,,,"});
-    writeLfCategory(h, "Beta", {"b1,2,,,,,"});
-    writeLfCategory(h, "Gamma", {"g1,3,,,,,"});
+TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
     auto& m = h.start();
     h.run([&] { m.lstCategory.setSelected(1); });
     writeLfCategory(h, "Beta", {"b1,2,,,,,"}); // undo the switch's own rewrite

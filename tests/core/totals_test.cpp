@@ -88,18 +88,23 @@ TEST(Currency, UsTexts) {
     EXPECT_THROW(qm::MoneyText(us, std::numeric_limits<double>::infinity()), forms::Failure);
 }
 
+using mb = std::money_base;
+
+void setPattern(char (&format)[4], char a, char b, char c, char d) {
+    format[0] = a, format[1] = b, format[2] = c, format[3] = d;
+}
+
 // Currency rules of several kinds of locale, as LC_MONETARY gives them.
 std::vector<std::pair<std::string, LocaleCurrency::Rules>> ruleSets() {
     using R = LocaleCurrency::Rules;
-    using mb = std::money_base;
     std::vector<std::pair<std::string, R>> out;
     out.emplace_back("us", LocaleCurrency::usRules());
     R de;
     de.symbol = "\xE2\x82\xAC";
     de.decimalPoint = ",";
     de.thousandsSep = ".";
-    de.posFormat[0] = mb::sign, de.posFormat[1] = mb::value, de.posFormat[2] = mb::space, de.posFormat[3] = mb::symbol;
-    std::copy(de.posFormat, de.posFormat + 4, de.negFormat);
+    setPattern(de.posFormat, mb::sign, mb::value, mb::space, mb::symbol);
+    setPattern(de.negFormat, mb::sign, mb::value, mb::space, mb::symbol);
     de.negativeSign = "-";
     out.emplace_back("de", de);
     R fr = de;
@@ -108,14 +113,14 @@ std::vector<std::pair<std::string, LocaleCurrency::Rules>> ruleSets() {
     R ch;
     ch.symbol = "CHF";
     ch.thousandsSep = "'";
-    ch.posFormat[0] = mb::symbol, ch.posFormat[1] = mb::space, ch.posFormat[2] = mb::sign, ch.posFormat[3] = mb::value;
-    std::copy(ch.posFormat, ch.posFormat + 4, ch.negFormat);
+    setPattern(ch.posFormat, mb::symbol, mb::space, mb::sign, mb::value);
+    setPattern(ch.negFormat, mb::symbol, mb::space, mb::sign, mb::value);
     ch.negativeSign = "-";
     out.emplace_back("ch", ch);
     R jp;
     jp.symbol = "\xEF\xBF\xA5";
     jp.decimals = 0;
-    jp.negFormat[0] = mb::sign, jp.negFormat[1] = mb::symbol, jp.negFormat[2] = mb::value, jp.negFormat[3] = mb::none;
+    setPattern(jp.negFormat, mb::sign, mb::symbol, mb::value, mb::none);
     jp.negativeSign = "-";
     out.emplace_back("jp", jp);
     R kw;
@@ -125,12 +130,11 @@ std::vector<std::pair<std::string, LocaleCurrency::Rules>> ruleSets() {
     R in;
     in.symbol = "\xE2\x82\xB9";
     in.grouping = "\3\2";
-    in.negFormat[0] = mb::sign, in.negFormat[1] = mb::symbol, in.negFormat[2] = mb::value, in.negFormat[3] = mb::none;
+    setPattern(in.negFormat, mb::sign, mb::symbol, mb::value, mb::none);
     in.negativeSign = "-";
     out.emplace_back("in", in);
     R trailing;
-    trailing.negFormat[0] = mb::symbol, trailing.negFormat[1] = mb::value, trailing.negFormat[2] = mb::sign,
-    trailing.negFormat[3] = mb::none;
+    setPattern(trailing.negFormat, mb::symbol, mb::value, mb::sign, mb::none);
     trailing.negativeSign = "-";
     out.emplace_back("sign behind", trailing);
     R plain;
