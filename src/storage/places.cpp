@@ -14,11 +14,24 @@ Places shippedPlaces() {
 }
 
 std::string FileStem(const std::string& name) {
+    // "/" can't stand in a file name and is written as the division slash
+    // U+2215. So that no two names share a file, a division slash of the name
+    // itself is written as U+2216 followed by "1", and U+2216 as U+2216 "0".
+    static const std::string kDivisionSlash = "\xE2\x88\x95", kSetMinus = "\xE2\x88\x96";
     std::string out;
     out.reserve(name.size());
-    for (char c : name) {
-        if (c == '/') out += "\xE2\x88\x95"; // U+2215
-        else out += c;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (name[i] == '/') {
+            out += kDivisionSlash;
+        } else if (name.compare(i, 3, kDivisionSlash) == 0) {
+            out += kSetMinus + "1";
+            i += 2;
+        } else if (name.compare(i, 3, kSetMinus) == 0) {
+            out += kSetMinus + "0";
+            i += 2;
+        } else {
+            out += name[i];
+        }
     }
     return out;
 }
