@@ -79,7 +79,13 @@ bool StdFiles::isTemporaryName(const std::string& fileName) {
     return fileName.rfind(std::string(".") + kTempMark, 0) == 0;
 }
 
+// A name with a NUL byte in it would be cut there by the system: it names no file.
+static void checkName(const std::string& path) {
+    if (path.find('\0') != std::string::npos) throw Failure("a file name can't hold a NUL character");
+}
+
 std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
+    checkName(path);
     std::FILE* f = std::fopen(path.c_str(), "rb");
     if (!f) {
         if (errno == ENOENT) throw FileNotFound(path);
@@ -95,6 +101,7 @@ std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
 }
 
 std::unique_ptr<OutputStream> StdFiles::openReplace(const std::string& path) {
+    checkName(path);
     std::error_code ec;
     // A folder in the way can't be replaced by a file.
     if (fs::is_directory(path, ec)) throw Failure("is a folder: " + path);
@@ -110,6 +117,7 @@ bool StdFiles::exists(const std::string& path) {
 }
 
 void StdFiles::remove(const std::string& path) {
+    checkName(path);
     if (::unlink(path.c_str()) != 0) {
         if (errno == ENOENT) throw FileNotFound(path);
         fail("can't remove", path, errno);
