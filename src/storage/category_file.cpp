@@ -18,6 +18,8 @@ void frmMain::SaveCategoryFile() {
     // A file that exists but could not be read is never replaced by what the
     // grid shows of it, and a category never takes the place of the index.
     if (UnreadableFiles.count(path) || IsIndexFile(path)) return;
+    // Nor is a category that could not be read whole copied in part anywhere else.
+    if (UnreadableFiles.count(CategoryPath(platform.places.dataFolder, CurrentCategory.value_or("")))) return;
     SaveFileNumber = 0;
     try {
         SaveFileNumber = files.FreeFile();
