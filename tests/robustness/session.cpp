@@ -193,22 +193,22 @@ void CountingFiles::op(FileOp kind, const std::string& path) {
 
 std::unique_ptr<forms::InputStream> CountingFiles::openRead(const std::string& path) {
     op(FileOp::OpenRead, path);
-    return std::make_unique<CountingInput>(real_.openRead(path));
+    return std::make_unique<CountingInput>(StdFiles::openRead(path));
 }
 
 std::unique_ptr<forms::OutputStream> CountingFiles::openReplace(const std::string& path) {
     op(FileOp::OpenWrite, path);
-    return std::make_unique<CountingOutput>(*this, real_.openReplace(path), path);
+    return std::make_unique<CountingOutput>(*this, StdFiles::openReplace(path), path);
 }
 
 void CountingFiles::remove(const std::string& path) {
     op(FileOp::Remove, path);
-    real_.remove(path);
+    StdFiles::remove(path);
 }
 
 void CountingFiles::removeMatching(const std::string& folder, const std::string& suffix) {
     op(FileOp::Remove, folder + "*" + suffix);
-    real_.removeMatching(folder, suffix);
+    StdFiles::removeMatching(folder, suffix);
 }
 
 Rig::Rig(const std::string& dataPlace, const std::string& floppyPlace, forms::FilesPort& files)
@@ -310,8 +310,15 @@ std::size_t Tally::count(const std::string& kind) const {
 std::string Tally::report(const std::string& kind) const {
     auto it = byKind.find(kind);
     if (it == byKind.end()) return "";
-    std::string s = kind + ": " + std::to_string(it->second.size()) + " times, first:";
-    for (std::size_t i = 0; i < it->second.size() && i < 3; ++i) s += "\n  " + it->second[i];
+    // One example of each different outcome: the text behind the place.
+    std::string s = kind + ": " + std::to_string(it->second.size()) + " times, for example:";
+    std::set<std::string> outcomes;
+    for (const auto& where : it->second) {
+        const std::size_t colon = where.find(": ");
+        if (!outcomes.insert(colon == std::string::npos ? where : where.substr(colon)).second) continue;
+        s += "\n  " + where;
+        if (outcomes.size() == 6) break;
+    }
     return s;
 }
 

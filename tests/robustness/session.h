@@ -34,14 +34,14 @@ const std::vector<Step>& sessionSteps();
 enum class FileOp { OpenRead, OpenWrite, Write, Commit, Remove };
 const char* opName(FileOp op);
 
-// Real files, every operation counted. An optional hook sees each operation
-// before it is carried out (with its number); every content that is put in
-// place whole is recorded per file name.
-class CountingFiles : public forms::FilesPort {
+// The program's real files, every operation counted. An optional hook sees
+// each operation before it is carried out (with its number); every content
+// that is put in place whole is recorded per file name. Whatever else the real
+// files offer the program comes unchanged from StdFiles.
+class CountingFiles : public forms::StdFiles {
 public:
     std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
-    bool exists(const std::string& path) override { return real_.exists(path); }
     void remove(const std::string& path) override;
     void removeMatching(const std::string& folder, const std::string& suffix) override;
 
@@ -56,7 +56,6 @@ public:
     void op(FileOp op, const std::string& path);
 
 private:
-    forms::StdFiles real_;
     long count_ = 0;
 };
 
