@@ -7,11 +7,9 @@
 namespace forms {
 
 Control::Control(Form& form, Control* container, std::string name, Kind kind)
-    : form_(form), container_(container), name_(std::move(name)), kind_(kind) {
+    : form_(form), runtime_(form.runtime()), container_(container), name_(std::move(name)), kind_(kind) {
     form_.registerControl(this);
 }
-
-Runtime& Control::runtime() const { return form_.runtime(); }
 
 void Control::notify(Prop what) {
     if (view_) view_->changed(*this, what);
@@ -35,13 +33,13 @@ void Control::move(int left, int top, int width, int height) {
     notify(Prop::Geometry);
 }
 
-void Control::setVisible(bool v) {
-    if (v == visible_) return;
+void Control::copyTag(const std::string& t) { tag_ = t; }
+
+void Control::changeVisible(bool v) {
     visible_ = v;
     notify(Prop::Visible);
 }
-void Control::setEnabled(bool v) {
-    if (v == enabled_) return;
+void Control::changeEnabled(bool v) {
     enabled_ = v;
     notify(Prop::Enabled);
 }
@@ -61,21 +59,18 @@ bool Control::takesFocus() const {
     }
 }
 
-bool Control::canFocus() const {
+bool Control::canFocusOnForm() const {
     if (!takesFocus() || !form_.Visible()) return false;
-    for (const Control* c = this; c; c = c->container_)
+    for (const Control* c = container_; c; c = c->container_)
         if (!c->visible_ || !c->enabled_) return false;
     return true;
 }
-
-bool Control::hasFocus() const { return runtime().focused() == this; }
 
 void Control::SetFocus() {
     if (!TrySetFocus()) throw Failure("invalid procedure call: " + name_ + " can't take the focus");
 }
 
-bool Control::TrySetFocus() {
-    if (hasFocus()) return true;
+bool Control::takeFocus() {
     if (!canFocus()) return false;
     runtime().moveFocus(this);
     return true;

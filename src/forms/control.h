@@ -3,10 +3,11 @@
 #include <functional>
 #include <string>
 
+#include "forms/runtime.h"
+
 namespace forms {
 
 class Form;
-class Runtime;
 
 // Colours are 0x00BBGGRR; values with the top bit set name a system colour.
 using Color = std::uint32_t;
@@ -69,9 +70,13 @@ public:
     void move(int left, int top, int width, int height);
 
     bool Visible() const { return visible_; }
-    void setVisible(bool v);
+    void setVisible(bool v) {
+        if (v != visible_) changeVisible(v);
+    }
     bool Enabled() const { return enabled_; }
-    void setEnabled(bool v);
+    void setEnabled(bool v) {
+        if (v != enabled_) changeEnabled(v);
+    }
 
     int TabIndex() const { return tabIndex_; }
     void setTabIndex(int v) { tabIndex_ = v; }
@@ -87,17 +92,22 @@ public:
     void setFontSize(double size);
 
     const std::string& Tag() const { return tag_; }
-    void setTag(const std::string& t) { tag_ = t; }
+    // Into the tag's own storage; an empty text (every new cell a load enters) costs nothing.
+    void setTag(const std::string& t) {
+        if (t.empty()) tag_.clear();
+        else copyTag(t);
+    }
 
     // Whether the control can hold the input focus now: a kind that takes it,
     // visible and enabled with all its containers, on a form that is shown.
-    bool canFocus() const;
+    // (Grid handlers ask this for every cell a load passes: the common answers come inline.)
+    bool canFocus() const { return visible_ && enabled_ && canFocusOnForm(); }
     // Gives the control the focus; fails when it can't take it. On the control
     // that has the focus already it does nothing.
     void SetFocus();
     // The same without the failure, for handlers that only try.
-    bool TrySetFocus();
-    bool hasFocus() const;
+    bool TrySetFocus() { return hasFocus() || takeFocus(); }
+    bool hasFocus() const { return runtime_.focused() == this; }
 
     std::function<void()> GotFocus;
 
@@ -106,11 +116,18 @@ public:
 
 protected:
     void notify(Prop what);
-    Runtime& runtime() const;
+    Runtime& runtime() const { return runtime_; }
     virtual bool takesFocus() const;
 
 private:
+    void changeVisible(bool v);
+    void copyTag(const std::string& t);
+    void changeEnabled(bool v);
+    bool canFocusOnForm() const;
+    bool takeFocus();
+
     Form& form_;
+    Runtime& runtime_;
     Control* container_;
     std::string name_;
     Kind kind_;

@@ -8,30 +8,20 @@
 
 namespace forms {
 
-namespace {
-template <class V>
-void eraseRowCells(V& v, std::size_t at, std::size_t n) {
-    v.erase(v.begin() + static_cast<std::ptrdiff_t>(at), v.begin() + static_cast<std::ptrdiff_t>(at + n));
-}
-} // namespace
-
 Grid::Grid(Form& form, Control* container, std::string name) : Control(form, container, std::move(name), Kind::Grid) {
-    text_.resize(static_cast<std::size_t>(rows_) * cols_);
-    back_.resize(text_.size(), 0);
-    align_.resize(text_.size(), AlignGeneral);
+    growCells(static_cast<std::size_t>(rows_) * cols_);
     colWidth_.assign(static_cast<std::size_t>(cols_), kDefaultColWidth);
     rowHeight_.assign(static_cast<std::size_t>(rows_), -1);
 }
 
-void Grid::addListener(GridListener* l) { listeners_.push_back(l); }
-void Grid::removeListener(GridListener* l) { listeners_.erase(std::remove(listeners_.begin(), listeners_.end(), l), listeners_.end()); }
-
-void Grid::notifyLayout() {
-    for (auto* l : listeners_) l->layoutChanged();
+void Grid::addListener(GridListener* l) {
+    listeners_.push_back(l);
+    if (l->wantsLayout()) layoutListeners_.push_back(l);
 }
 
-void Grid::checkCell(int r, int c) const {
-    if (r < 0 || r >= rows_ || c < 0 || c >= cols_) throw Failure("subscript out of range");
+void Grid::removeListener(GridListener* l) {
+    std::erase(listeners_, l);
+    std::erase(layoutListeners_, l);
 }
 
 void Grid::setRows(int n) {
@@ -42,12 +32,13 @@ void Grid::setRows(int n) {
     if (n < old) {
         // Rows that go keep their text's storage for the rows that come next:
         // a reload fills the same number of cells again without allocating.
-        for (std::size_t i = cells; i < static_cast<std::size_t>(old) * cols_; ++i) text_[i].clear();
+        const std::size_t used = static_cast<std::size_t>(old) * cols_;
+        for (std::size_t i = cells; i < used; ++i) text_[i].clear();
+        std::fill(back_.begin() + static_cast<std::ptrdiff_t>(cells), back_.begin() + static_cast<std::ptrdiff_t>(used), 0);
+        std::fill(align_.begin() + static_cast<std::ptrdiff_t>(cells), align_.begin() + static_cast<std::ptrdiff_t>(used), AlignGeneral);
     } else if (text_.size() < cells) {
-        text_.resize(cells);
+        growCells(cells);
     }
-    back_.resize(cells, 0);
-    align_.resize(cells, AlignGeneral);
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
     rows_ = n;
     if (fixedRows_ > n - 1) fixedRows_ = n - 1;
@@ -55,6 +46,12 @@ void Grid::setRows(int n) {
     if (n > old) for (auto* l : listeners_) l->rowsInserted(old, n - old);
     else for (auto* l : listeners_) l->rowsRemoved(n, old - n);
     notifyLayout();
+}
+
+void Grid::growCells(std::size_t cells) {
+    text_.resize(cells);
+    back_.resize(cells, 0);
+    align_.resize(cells, AlignGeneral);
 }
 
 void Grid::setCols(int n) {
@@ -107,31 +104,21 @@ void Grid::clampCurrent() {
     leftCol_ = std::clamp(leftCol_, fixedCols_, cols_ - 1);
 }
 
+namespace {
+[[noreturn, gnu::cold]] void invalidCell() { throw Failure("invalid row or column value"); }
+} // namespace
+
 void Grid::moveCurrent(int r, int c) {
-    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) throw Failure("invalid row or column value");
+    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) invalidCell();
     if (r == row_ && c == col_) return;
-    runtime().raise(LeaveCell);
+    Runtime& events = runtime();
+    events.raise(LeaveCell);
     // The handler may have changed the grid's shape.
-    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) throw Failure("invalid row or column value");
-    row_ = r;
-    col_ = c;
-    rowSel_ = r;
-    colSel_ = c;
+    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) invalidCell();
+    row_ = rowSel_ = r;
+    col_ = colSel_ = c;
     notifyLayout();
-    runtime().raise(EnterCell);
-}
-
-void Grid::setRow(int r) { moveCurrent(r, col_); }
-void Grid::setCol(int c) { moveCurrent(row_, c); }
-
-void Grid::setText(const std::string& t) {
-    cell(row_, col_) = t;
-    for (auto* l : listeners_) l->cellChanged(row_, col_);
-}
-
-const std::string& Grid::TextMatrix(int r, int c) const {
-    checkCell(r, c);
-    return cell(r, c);
+    events.raise(EnterCell);
 }
 
 void Grid::setTextMatrix(int r, int c, std::string t) {
@@ -143,10 +130,9 @@ void Grid::setTextMatrix(int r, int c, std::string t) {
 void Grid::AddItem(const std::string& text) {
     if (rows_ >= kMaxRows) throw Failure("too many rows");
     std::size_t at = static_cast<std::size_t>(rows_) * cols_;
-    if (text_.size() < at + cols_) text_.resize(at + cols_);
+    // Spare cells behind the last row are clean: a new row only takes its text.
+    if (text_.size() < at + cols_) growCells(at + cols_);
     text_[at] = text;
-    back_.resize(at + cols_, 0);
-    align_.resize(at + cols_, AlignGeneral);
     rowHeight_.push_back(-1);
     ++rows_;
     for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
@@ -156,14 +142,17 @@ void Grid::RemoveItem(int r) {
     if (r < 0 || r >= rows_) throw Failure("subscript out of range");
     // There is always a row below the fixed ones.
     if (rows_ - 1 <= fixedRows_) throw Failure("cannot remove last non-fixed row");
-    std::size_t at = static_cast<std::size_t>(r) * cols_;
-    std::size_t end = static_cast<std::size_t>(rows_) * cols_;
-    // The row's cells move behind the last row and become spare.
-    std::rotate(text_.begin() + static_cast<std::ptrdiff_t>(at), text_.begin() + static_cast<std::ptrdiff_t>(at + cols_),
-                text_.begin() + static_cast<std::ptrdiff_t>(end));
-    for (std::size_t i = end - cols_; i < end; ++i) text_[i].clear();
-    eraseRowCells(back_, at, static_cast<std::size_t>(cols_));
-    eraseRowCells(align_, at, static_cast<std::size_t>(cols_));
+    const auto at = static_cast<std::ptrdiff_t>(r) * cols_;
+    const auto end = static_cast<std::ptrdiff_t>(rows_) * cols_;
+    // The row's cells move behind the last row and become spare, cleaned.
+    std::rotate(text_.begin() + at, text_.begin() + at + cols_, text_.begin() + end);
+    std::rotate(back_.begin() + at, back_.begin() + at + cols_, back_.begin() + end);
+    std::rotate(align_.begin() + at, align_.begin() + at + cols_, align_.begin() + end);
+    for (auto i = end - cols_; i < end; ++i) {
+        text_[static_cast<std::size_t>(i)].clear();
+        back_[static_cast<std::size_t>(i)] = 0;
+        align_[static_cast<std::size_t>(i)] = AlignGeneral;
+    }
     rowHeight_.erase(rowHeight_.begin() + r);
     --rows_;
     if (row_ > r) --row_;
@@ -256,24 +245,17 @@ int Grid::CellWidth() { ensureVisible(); return ColWidth(col_); }
 int Grid::CellHeight() { ensureVisible(); return RowHeight(row_); }
 
 std::uint8_t Grid::paletteIndex(Color c) {
-    // A load colours every cell it passes with the same colour: ask for it first.
-    if (palette_.size() > 1 && palette_.back() == c) return static_cast<std::uint8_t>(palette_.size() - 1);
     for (std::size_t i = 1; i < palette_.size(); ++i)
-        if (palette_[i] == c) return static_cast<std::uint8_t>(i);
+        if (palette_[i] == c) return lastColor_ = static_cast<std::uint8_t>(i);
     if (palette_.size() >= 255) return 0; // more distinct colours than a grid ever shows
     palette_.push_back(c);
-    return static_cast<std::uint8_t>(palette_.size() - 1);
+    return lastColor_ = static_cast<std::uint8_t>(palette_.size() - 1);
 }
 
 Color Grid::CellBackColor(int r, int c) const {
     checkCell(r, c);
     std::uint8_t i = back_[static_cast<std::size_t>(r) * cols_ + c];
     return i == 0 ? BackColor() : palette_[i];
-}
-
-void Grid::setCellBackColor(Color color) {
-    back_[static_cast<std::size_t>(row_) * cols_ + col_] = paletteIndex(color);
-    notifyLayout();
 }
 
 int Grid::CellAlignment(int r, int c) const {
@@ -283,7 +265,9 @@ int Grid::CellAlignment(int r, int c) const {
 
 void Grid::setCellAlignment(int a) {
     if (a < 0 || a > 9) throw Failure("invalid property value");
-    align_[static_cast<std::size_t>(row_) * cols_ + col_] = static_cast<std::uint8_t>(a);
+    std::uint8_t& slot = align_[static_cast<std::size_t>(row_) * cols_ + col_];
+    if (slot == a) return;
+    slot = static_cast<std::uint8_t>(a);
     notifyLayout();
 }
 

@@ -2,9 +2,11 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "forms/control.h"
+#include "forms/failure.h"
 
 namespace forms {
 
@@ -19,6 +21,9 @@ public:
     virtual void layoutChanged() = 0;
     // Every cell may have changed (the number of columns changed).
     virtual void gridReset() = 0;
+    // Asked once, when the listener is added: false spares it layoutChanged,
+    // which a load sends twice for every field it reads.
+    virtual bool wantsLayout() const { return true; }
 };
 
 // A table of text cells with a current cell, fixed heading rows and columns and
@@ -49,14 +54,25 @@ public:
     int Col() const { return col_; }
     // Moving the current cell runs LeaveCell (old cell current), then EnterCell
     // (new cell current), before it returns. The same value runs nothing.
-    void setRow(int r);
-    void setCol(int c);
+    void setRow(int r) {
+        if (r != row_) moveCurrent(r, col_);
+    }
+    void setCol(int c) {
+        if (c != col_) moveCurrent(row_, c);
+    }
     int RowSel() const { return rowSel_; }
     int ColSel() const { return colSel_; }
 
     const std::string& Text() const { return cell(row_, col_); }
-    void setText(const std::string& t);
-    const std::string& TextMatrix(int r, int c) const;
+    // Assigned into the cell's own storage, which a reload reuses.
+    void setText(std::string_view t) {
+        assignInto(cell(row_, col_), t);
+        for (auto* l : listeners_) l->cellChanged(row_, col_);
+    }
+    const std::string& TextMatrix(int r, int c) const {
+        checkCell(r, c);
+        return cell(r, c);
+    }
     void setTextMatrix(int r, int c, std::string t);
 
     void AddItem(const std::string& text);
@@ -75,7 +91,14 @@ public:
     int CellHeight();
 
     Color CellBackColor(int r, int c) const;
-    void setCellBackColor(Color c);
+    // A cell that has this colour already is left alone, and nobody is told.
+    // (A load colours every cell it passes: this stays inline.)
+    void setCellBackColor(Color c) {
+        std::uint8_t& slot = back_[static_cast<std::size_t>(row_) * cols_ + col_];
+        if (slot != 0 && palette_[slot] == c) return;
+        slot = lastColor_ != 0 && palette_[lastColor_] == c ? lastColor_ : paletteIndex(c);
+        notifyLayout();
+    }
     int CellAlignment(int r, int c) const;
     void setCellAlignment(int a);
 
@@ -110,13 +133,28 @@ public:
 private:
     const std::string& cell(int r, int c) const { return text_[static_cast<std::size_t>(r) * cols_ + c]; }
     std::string& cell(int r, int c) { return text_[static_cast<std::size_t>(r) * cols_ + c]; }
-    void checkCell(int r, int c) const;
+    // A plain copy unless the text lies in the cell itself.
+    static void assignInto(std::string& cell, std::string_view t) {
+        const auto offset = reinterpret_cast<std::uintptr_t>(t.data()) - reinterpret_cast<std::uintptr_t>(cell.data());
+        if (offset <= cell.size()) {
+            cell.assign(t.data(), t.size());
+            return;
+        }
+        cell.clear();
+        cell.append(t.data(), t.size());
+    }
+    void checkCell(int r, int c) const {
+        if (r < 0 || r >= rows_ || c < 0 || c >= cols_) throw Failure("subscript out of range");
+    }
     void moveCurrent(int r, int c);
+    void growCells(std::size_t cells);
     void clampCurrent();
     void ensureVisible();
     int viewportWidth() const;
     int viewportHeight() const;
-    void notifyLayout();
+    void notifyLayout() {
+        for (auto* l : layoutListeners_) l->layoutChanged();
+    }
     std::uint8_t paletteIndex(Color c);
 
     int rows_ = 1, cols_ = 2;
@@ -125,15 +163,18 @@ private:
     int rowSel_ = 0, colSel_ = 0;
     int topRow_ = 0, leftCol_ = 0;
     int viewportW_ = -1, viewportH_ = -1;
-    // Row by row; cells behind the last row are spare: empty, kept for their storage.
+    // Row by row; cells behind the last row are spare: empty, with no colour or
+    // alignment of their own, kept for their storage.
     std::vector<std::string> text_;
     // Per cell: background as an index into palette_ (0: the grid's own) and alignment.
     std::vector<std::uint8_t> back_;
     std::vector<std::uint8_t> align_;
     std::vector<Color> palette_{0};
+    std::uint8_t lastColor_ = 0; // the index paletteIndex gave last
     std::vector<int> colWidth_;
     std::vector<int> rowHeight_; // -1: the default height
     std::vector<GridListener*> listeners_;
+    std::vector<GridListener*> layoutListeners_; // those of listeners_ that want layoutChanged
 };
 
 } // namespace forms

@@ -6,32 +6,9 @@
 
 namespace forms {
 
-void Runtime::raise(const std::function<void()>& handler) {
-    if (!handler) return;
-    ++depth_;
-    try {
-        handler();
-    } catch (const Failure&) {
-        // An error no handler caught ends that handler alone.
-    }
-    --depth_;
-    if (depth_ == 0) {
-        flushFocusEvents();
-        runPosted();
-    }
-}
-
-void Runtime::dispatch(const std::function<void()>& input) {
-    ++depth_;
-    try {
-        input();
-    } catch (const Failure&) {
-    }
-    --depth_;
-    if (depth_ == 0) {
-        flushFocusEvents();
-        runPosted();
-    }
+void Runtime::outermostEnded() {
+    flushFocusEvents();
+    runPosted();
 }
 
 void Runtime::post(std::function<void()> f) {

@@ -2,6 +2,8 @@
 #include <functional>
 #include <vector>
 
+#include "forms/failure.h"
+
 namespace forms {
 
 class Control;
@@ -22,11 +24,14 @@ class Runtime {
 public:
     // Runs one event handler. A failure that a handler does not catch itself
     // ends that handler only, never the code whose assignment raised the event.
-    void raise(const std::function<void()>& handler);
+    // (Inline: a load raises two cell events for every field it reads.)
+    void raise(const std::function<void()>& handler) {
+        if (handler) run(handler);
+    }
 
     // Runs a piece of platform input (a click, a key, a focus change by the
     // user) as an outermost event, so the focus events it causes follow it.
-    void dispatch(const std::function<void()>& input);
+    void dispatch(const std::function<void()>& input) { run(input); }
 
     Control* focused() const { return focused_; }
     // Moves the focus; the caller has checked that the control can take it.
@@ -44,6 +49,16 @@ public:
     FormHost* host() const { return host_; }
 
 private:
+    void run(const std::function<void()>& f) {
+        ++depth_;
+        try {
+            f();
+        } catch (const Failure&) {
+            // An error no handler caught ends that handler alone.
+        }
+        if (--depth_ == 0) outermostEnded();
+    }
+    void outermostEnded();
     void flushFocusEvents();
     void runPosted();
 
