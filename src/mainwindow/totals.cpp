@@ -1,5 +1,6 @@
 #include "mainwindow/totals.h"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -14,6 +15,17 @@ using forms::Failure;
 namespace {
 
 bool skipped(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+
+// The gap from a finite a >= 0 to the next larger double, from its exponent
+// bits; at the largest double the gap is taken as that of its binade (it only
+// bounds a fraction below 1).
+double unitInLastPlace(double a) {
+    const auto bits = std::bit_cast<std::uint64_t>(a);
+    const auto exponent = static_cast<int>(bits >> 52);
+    if (exponent == 0) return std::numeric_limits<double>::denorm_min();
+    if (exponent > 52) return std::bit_cast<double>(static_cast<std::uint64_t>(exponent - 52) << 52);
+    return std::bit_cast<double>(std::uint64_t{1} << (exponent - 1));
+}
 
 // Reads &H or &O digits (blanks skipped) as a whole number: up to 16 bits it is
 // taken as a signed 16-bit value, up to 32 bits as a signed 32-bit one.
@@ -40,17 +52,14 @@ double radixNumber(const std::string& t, std::size_t i, int radix) {
 
 } // namespace
 
-double NumberFromCell(const std::string& t) {
+namespace {
+
+// The general reading: the number's characters gathered and handed to
+// from_chars, for whatever the quick one below can't do exactly.
+double generalNumber(const std::string& t) {
     std::size_t i = 0;
     auto skip = [&] { while (i < t.size() && skipped(t[i])) ++i; };
     skip();
-    if (i < t.size() && t[i] == '&') {
-        std::size_t j = i + 1;
-        while (j < t.size() && skipped(t[j])) ++j;
-        if (j < t.size() && (t[j] == 'H' || t[j] == 'h')) return radixNumber(t, j + 1, 16);
-        if (j < t.size() && (t[j] == 'O' || t[j] == 'o')) return radixNumber(t, j + 1, 8);
-        return 0;
-    }
     std::string num;
     bool negative = false;
     if (i < t.size() && (t[i] == '+' || t[i] == '-')) { negative = t[i] == '-'; ++i; }
@@ -90,22 +99,89 @@ double NumberFromCell(const std::string& t) {
     return negative ? -v : v;
 }
 
-double RoundToCurrency(double x, int decimals) {
+double currencyScale(int decimals) {
     static const double kScale[] = {1, 10, 100, 1000, 1e4, 1e5, 1e6};
-    double scale = kScale[decimals < 0 ? 0 : decimals > 6 ? 6 : decimals];
+    return kScale[decimals < 0 ? 0 : decimals > 6 ? 6 : decimals];
+}
+
+// floor() of a finite y: whole numbers from 2^52 up are their own floor, and
+// below that one conversion to an integer does it (UpdateTotals calls this
+// for every row of both money columns).
+inline double floorFinite(double y) {
+    if (y == 0 || !(std::fabs(y) < 4503599627370496.0)) return y;
+    const double t = static_cast<double>(static_cast<std::int64_t>(y));
+    return t > y ? t - 1 : t;
+}
+
+// RoundToCurrency with the scale of the currency's decimals.
+inline double roundScaled(double x, double scale) {
     double y = x * scale;
     if (!std::isfinite(y)) return y;
-    double f = std::floor(y);
+    double f = floorFinite(y);
     double r = y - f;
     double a = std::fabs(y);
     // The error of x and of the product is a few units in the last place of y:
     // within that a fraction counts as an exact half.
-    double tolerance = 4 * (std::nextafter(a, std::numeric_limits<double>::infinity()) - a);
+    double tolerance = 4 * unitInLastPlace(a);
     double k;
     if (std::fabs(r - 0.5) <= tolerance) k = y >= 0 ? f + 1 : f;
     else k = r < 0.5 ? f : f + 1;
     return k / scale;
 }
+
+constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+} // namespace
+
+// Every money cell of a loaded category passes here: the usual short amount is
+// read in place, exactly as from_chars would round it (up to 15 digits and a
+// power of ten up to 22 are both exact, and one division rounds once).
+double NumberFromCell(const std::string& t) {
+    const char* p = t.data();
+    const char* const end = p + t.size();
+    while (p < end && skipped(*p)) ++p;
+    if (p < end && *p == '&') {
+        const char* q = p + 1;
+        while (q < end && skipped(*q)) ++q;
+        const auto at = static_cast<std::size_t>(q - t.data()) + 1;
+        if (q < end && (*q == 'H' || *q == 'h')) return radixNumber(t, at, 16);
+        if (q < end && (*q == 'O' || *q == 'o')) return radixNumber(t, at, 8);
+        return 0;
+    }
+    bool negative = false;
+    if (p < end && (*p == '+' || *p == '-')) { negative = *p == '-'; ++p; }
+    std::uint64_t mantissa = 0;
+    int digits = 0, fraction = 0;
+    // Digits (blanks between them taken out), then once more behind a period.
+    auto readDigits = [&] {
+        int n = 0;
+        for (; p < end; ++p) {
+            const unsigned digit = static_cast<unsigned char>(*p) - unsigned{'0'};
+            if (digit < 10) {
+                mantissa = mantissa * 10 + digit;
+                ++n;
+            } else if (!skipped(*p)) {
+                break;
+            }
+        }
+        return n;
+    };
+    digits = readDigits();
+    if (p < end && *p == '.') {
+        ++p;
+        fraction = readDigits();
+        digits += fraction;
+    }
+    if (digits == 0) return 0;
+    while (p < end && skipped(*p)) ++p;
+    const bool exponent = p < end && (*p == 'e' || *p == 'E' || *p == 'd' || *p == 'D');
+    if (exponent || digits > 15 || fraction > 22) return generalNumber(t);
+    const double v = static_cast<double>(mantissa) / kPow10[fraction];
+    return negative ? -v : v;
+}
+
+double RoundToCurrency(double x, int decimals) { return roundScaled(x, currencyScale(decimals)); }
 
 std::string MoneyText(const forms::CurrencyPort& currency, double x) {
     double r = RoundToCurrency(x, currency.decimals());
@@ -135,6 +211,12 @@ void TotalsCache::cellChanged(int row, int col) {
 }
 
 void TotalsCache::rowsInserted(int first, int count) {
+    // A load adds its rows one at a time at the end.
+    if (count == 1 && static_cast<std::size_t>(first) == cost_.size()) {
+        cost_.emplace_back();
+        value_.emplace_back();
+        return;
+    }
     cost_.insert(cost_.begin() + first, static_cast<std::size_t>(count), Entry{});
     value_.insert(value_.begin() + first, static_cast<std::size_t>(count), Entry{});
 }
@@ -144,18 +226,13 @@ void TotalsCache::rowsRemoved(int first, int count) {
     value_.erase(value_.begin() + first, value_.begin() + first + count);
 }
 
-bool TotalsCache::number(int row, int col, double& out) {
-    Entry& e = column(col)[static_cast<std::size_t>(row)];
-    if (e.state == Stale) {
-        try {
-            e.value = NumberFromCell(grid_.TextMatrix(row, col));
-            e.state = Number;
-        } catch (const Failure&) {
-            e.state = TooLarge;
-        }
+void TotalsCache::refresh(Entry& e, int row, int col) {
+    try {
+        e.value = NumberFromCell(grid_.TextMatrix(row, col));
+        e.state = Number;
+    } catch (const Failure&) {
+        e.state = TooLarge;
     }
-    out = e.value;
-    return e.state == Number;
 }
 
 // ---- UpdateTotals -----------------------------------------------------------
@@ -166,7 +243,7 @@ bool TotalsCache::number(int row, int col, double& out) {
 // procedure with the box of that column at the sum of the rows before, and the
 // other column untouched if it had not begun.
 void frmMain::UpdateTotals() {
-    const int decimals = platform.currency.decimals();
+    const double scale = currencyScale(platform.currency.decimals());
     auto column = [&](forms::TextBox& box, int col) -> bool {
         box.setText("0");
         double total = 0;
@@ -175,7 +252,7 @@ void frmMain::UpdateTotals() {
         for (int row = 0; row < ItemRowCount; ++row) {
             double n;
             if (row >= FG1.Rows() || row > 32767 || !totalsCache_.number(row, col, n)) { ok = false; break; }
-            double next = RoundToCurrency(total + n, decimals);
+            double next = roundScaled(total + n, scale);
             if (!std::isfinite(next)) { ok = false; break; }
             total = next;
             ++done;

@@ -37,12 +37,18 @@ public:
     TotalsCache& operator=(const TotalsCache&) = delete;
 
     // NumberFromCell of the cell, cached; false for a number too large.
-    bool number(int row, int col, double& out);
+    bool number(int row, int col, double& out) {
+        Entry& e = column(col)[static_cast<std::size_t>(row)];
+        if (e.state == Stale) refresh(e, row, col);
+        out = e.value;
+        return e.state == Number;
+    }
 
     void cellChanged(int row, int col) override;
     void rowsInserted(int first, int count) override;
     void rowsRemoved(int first, int count) override;
     void layoutChanged() override {}
+    bool wantsLayout() const override { return false; }
     void gridReset() override;
 
 private:
@@ -52,6 +58,7 @@ private:
         State state = Stale;
     };
     std::vector<Entry>& column(int col) { return col == kCostCol ? cost_ : value_; }
+    void refresh(Entry& e, int row, int col);
 
     forms::Grid& grid_;
     std::vector<Entry> cost_, value_;
