@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +37,21 @@ public:
     virtual void commit() = 0;
 };
 
+// What tells one state of a file from another without reading it: the same
+// path showing the same fingerprint holds the same bytes, unless someone wrote
+// it in place and set its time back.
+struct FileFingerprint {
+    std::uint64_t device = 0, inode = 0, size = 0;
+    std::int64_t mtimeNs = 0;
+    // The modification time lay so far back when this was taken that any later
+    // change of the file moves it; a change within the clock's last tick might not.
+    bool settled = false;
+
+    bool sameState(const FileFingerprint& o) const {
+        return device == o.device && inode == o.inode && size == o.size && mtimeNs == o.mtimeNs;
+    }
+};
+
 class FilesPort {
 public:
     virtual ~FilesPort() = default;
@@ -43,6 +59,9 @@ public:
     virtual std::unique_ptr<InputStream> openRead(const std::string& path) = 0;
     virtual std::unique_ptr<OutputStream> openReplace(const std::string& path) = 0;
     virtual bool exists(const std::string& path) = 0;
+    // The state of a regular file, or nothing when there is none or it can't be
+    // told; nothing makes every save write its file.
+    virtual std::optional<FileFingerprint> fingerprint(const std::string& path) { return std::nullopt; }
     virtual void remove(const std::string& path) = 0;
     // Removes every file of the folder whose name ends in suffix; fails when none does.
     virtual void removeMatching(const std::string& folder, const std::string& suffix) = 0;

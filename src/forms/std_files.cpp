@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <system_error>
 
@@ -17,6 +18,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kTempMark = "quillmere-tmp-";
+
+// File times come from the kernel's coarse clock, a few milliseconds a tick:
+// a time older than this can't be given again to a later change.
+constexpr std::int64_t kSettledNs = 100'000'000;
 
 [[noreturn]] void fail(const std::string& what, const std::string& path, int err) {
     throw Failure(what + " " + path + ": " + std::strerror(err));
@@ -108,12 +113,30 @@ std::unique_ptr<OutputStream> StdFiles::openReplace(const std::string& path) {
     std::string temp = temporaryName(path);
     std::FILE* f = std::fopen(temp.c_str(), "wb");
     if (!f) fail("can't create", path, errno);
+    // Writers hand over whole chunks: a second buffer here would only copy them again.
+    std::setvbuf(f, nullptr, _IONBF, 0);
     return std::make_unique<StdOutput>(f, temp, path);
 }
 
 bool StdFiles::exists(const std::string& path) {
     std::error_code ec;
     return fs::exists(path, ec);
+}
+
+std::optional<FileFingerprint> StdFiles::fingerprint(const std::string& path) {
+    struct stat st;
+    if (path.find('\0') != std::string::npos) return std::nullopt; // names no file, as above
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    FileFingerprint fp;
+    fp.device = static_cast<std::uint64_t>(st.st_dev);
+    fp.inode = static_cast<std::uint64_t>(st.st_ino);
+    fp.size = static_cast<std::uint64_t>(st.st_size);
+    fp.mtimeNs = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec;
+    const std::int64_t nowNs = static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+    fp.settled = fp.mtimeNs < nowNs - kSettledNs;
+    return fp;
 }
 
 void StdFiles::remove(const std::string& path) {

@@ -11,6 +11,7 @@ public:
     std::unique_ptr<InputStream> openRead(const std::string& path) override;
     std::unique_ptr<OutputStream> openReplace(const std::string& path) override;
     bool exists(const std::string& path) override;
+    std::optional<FileFingerprint> fingerprint(const std::string& path) override;
     void remove(const std::string& path) override;
     void removeMatching(const std::string& folder, const std::string& suffix) override;
 

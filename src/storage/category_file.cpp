@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <string_view>
+#include <vector>
 
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
@@ -9,6 +11,7 @@ using forms::Failure;
 
 namespace {
 constexpr int kFieldsPerRow = 7;
+constexpr std::size_t kSavePiece = 32 * 1024;
 } // namespace
 
 // Writes the whole grid, one line a row, to the file of CurrentCategory.
@@ -24,21 +27,33 @@ void frmMain::SaveCategoryFile() {
     try {
         SaveFileNumber = files.FreeFile();
         files.OpenOutput(SaveFileNumber, path);
-        std::string lines;
+        // Lines are built in a piece of fixed size and handed over when it is
+        // full, so a big category never sits in memory twice.
+        std::vector<char> piece(kSavePiece);
+        std::size_t used = 0;
+        auto handOver = [&] {
+            files.WriteBytes(SaveFileNumber, std::string_view(piece.data(), used));
+            used = 0;
+        };
         const int rows = FG1.Rows(), cols = FG1.Cols();
         for (int row = 0; row < rows; ++row) {
             for (int col = 0; col < cols; ++col) {
-                if (col != 0) lines += ',';
-                storage::AppendField(lines, FG1.TextMatrix(row, col));
+                const std::string& text = FG1.TextMatrix(row, col);
+                // A comma, the text in quotes with each quote doubled, the line end.
+                const std::size_t room = 2 * text.size() + 5;
+                if (piece.size() - used < room) {
+                    handOver();
+                    if (piece.size() < room) piece.resize(room);
+                }
+                char* out = piece.data() + used;
+                if (col != 0) *out++ = ',';
+                used = static_cast<std::size_t>(storage::EncodeFieldTo(out, text) - piece.data());
             }
-            lines += "\r\n";
-            // Handed over in pieces, so a big category never sits in memory twice.
-            if (lines.size() >= 32 * 1024) {
-                files.WriteBytes(SaveFileNumber, lines);
-                lines.clear();
-            }
+            if (piece.size() - used < 2) handOver();
+            piece[used++] = '\r';
+            piece[used++] = '\n';
         }
-        files.WriteBytes(SaveFileNumber, lines);
+        handOver();
         files.Close(SaveFileNumber);
     } catch (const Failure&) {
         files.Abandon(SaveFileNumber);
@@ -59,7 +74,6 @@ void frmMain::LoadCategoryFile() {
                                           lstCategory.Text());
     bool unreadable = false;
     int r = 0;
-    std::string field;
     LoadFileNumber = 0;
     try {
         LoadFileNumber = files.FreeFile();
@@ -71,7 +85,9 @@ void frmMain::LoadCategoryFile() {
             const bool room = FG1.Rows() < forms::Grid::kMaxRows;
             if (room) FG1.AddItem(std::to_string(r));
             for (int c = 0; c < kFieldsPerRow; ++c) {
-                files.ReadFieldInto(LoadFileNumber, field);
+                // The field stays in the file's buffer until the next read:
+                // the cell handlers that run in between read no file.
+                const std::string_view field = files.ReadFieldView(LoadFileNumber);
                 FG1.setCol(c);
                 FG1.setRow(r);
                 FG1.setText(field);

@@ -1,8 +1,13 @@
 #include "storage/records.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace storage {
 
@@ -17,27 +22,240 @@ struct DelimiterTable {
 constexpr DelimiterTable kDelimiters;
 inline bool isDelimiter(char c) { return kDelimiters.is[static_cast<unsigned char>(c)]; }
 
+// Blanks (skipped) and a double quote (a quoted field) at a field's start.
+struct SpecialFirstTable {
+    bool is[256] = {};
+    constexpr SpecialFirstTable() { is[static_cast<unsigned char>(' ')] = is[static_cast<unsigned char>('\t')] = is[static_cast<unsigned char>('"')] = true; }
+};
+constexpr SpecialFirstTable kSpecialFirst;
+
 constexpr std::size_t kReadChunk = 64 * 1024;
+// Room behind a chunk for its sentinel and for a scan that reads 16 bytes at a time.
+constexpr std::size_t kScanPadding = 16;
 constexpr std::size_t kWriteChunk = 64 * 1024;
+// Pieces this large go on to the file at once instead of through the buffer.
+constexpr std::size_t kDirectWrite = 16 * 1024;
+
+#if defined(__SSE2__)
+inline unsigned delimiterBits(__m128i v) {
+    const __m128i m = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(',')), _mm_cmpeq_epi8(v, _mm_set1_epi8('\r'))),
+                                   _mm_cmpeq_epi8(v, _mm_set1_epi8('\n')));
+    return static_cast<unsigned>(_mm_movemask_epi8(m));
+}
+#endif
+
+// The first comma, CR or LF from p on. There must be one, with 15 readable
+// bytes behind it: the read buffer's sentinel and padding see to that.
+inline const char* findDelimiter(const char* p) {
+#if defined(__SSE2__)
+    for (;; p += 16)
+        if (unsigned bits = delimiterBits(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))) return p + __builtin_ctz(bits);
+#else
+    while (!isDelimiter(*p)) ++p;
+    return p;
+#endif
+}
+
+// Whether n bytes from p hold a comma, CR or LF; reads nothing outside them.
+inline bool holdsDelimiter(const char* p, std::size_t n) {
+#if defined(__SSE2__)
+    if (n >= 16) {
+        const char* last = p + n - 16;
+        for (; p < last; p += 16)
+            if (delimiterBits(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))) return true;
+        return delimiterBits(_mm_loadu_si128(reinterpret_cast<const __m128i*>(last))) != 0;
+    }
+    if (n >= 8) {
+        // Two halves that may overlap: the first eight bytes and the last eight.
+        const __m128i v = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
+                                             _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n - 8)));
+        return delimiterBits(v) != 0;
+    }
+    if (n >= 4) {
+        std::uint32_t first, last;
+        std::memcpy(&first, p, 4);
+        std::memcpy(&last, p + n - 4, 4);
+        // The upper bytes are zero, which is no delimiter.
+        return delimiterBits(_mm_cvtsi64_si128(static_cast<long long>(first | (std::uint64_t{last} << 32)))) != 0;
+    }
+#endif
+    for (const char* e = p + n; p < e; ++p)
+        if (isDelimiter(*p)) return true;
+    return false;
+}
+
+constexpr std::uint64_t kPrime1 = 0x9E3779B185EBCA87ull;
+constexpr std::uint64_t kPrime2 = 0xC2B2AE3D27D4EB4Full;
+constexpr std::uint64_t kPrime3 = 0x165667B19E3779F9ull;
+constexpr std::uint64_t kPrime4 = 0x85EBCA77C2B2AE63ull;
+constexpr std::uint64_t kPrime5 = 0x27D4EB2F165667C5ull;
+
+inline std::uint64_t rotl(std::uint64_t x, int r) { return (x << r) | (x >> (64 - r)); }
+inline std::uint64_t load64(const unsigned char* p) {
+    std::uint64_t v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+inline std::uint64_t mixIn(std::uint64_t acc, std::uint64_t w) { return rotl(acc + w * kPrime2, 31) * kPrime1; }
 } // namespace
+
+// ---- ContentHash: four independent lanes over 32-byte stripes (the xxHash64 scheme) ----
+
+void ContentHash::stripe(const unsigned char* p) {
+    lane_[0] = mixIn(lane_[0], load64(p));
+    lane_[1] = mixIn(lane_[1], load64(p + 8));
+    lane_[2] = mixIn(lane_[2], load64(p + 16));
+    lane_[3] = mixIn(lane_[3], load64(p + 24));
+}
+
+void ContentHash::update(const char* data, std::size_t n) {
+    auto p = reinterpret_cast<const unsigned char*>(data);
+    total_ += n;
+    if (tailLen_ > 0) {
+        std::size_t take = std::min(n, sizeof tail_ - tailLen_);
+        std::memcpy(tail_ + tailLen_, p, take);
+        tailLen_ += take;
+        p += take;
+        n -= take;
+        if (tailLen_ < sizeof tail_) return;
+        stripe(tail_);
+        tailLen_ = 0;
+    }
+    // The lanes in locals: written through this they would go to memory at
+    // every stripe, since the bytes read might be them.
+    std::uint64_t a = lane_[0], b = lane_[1], c = lane_[2], d = lane_[3];
+    for (; n >= 32; p += 32, n -= 32) {
+        a = mixIn(a, load64(p));
+        b = mixIn(b, load64(p + 8));
+        c = mixIn(c, load64(p + 16));
+        d = mixIn(d, load64(p + 24));
+    }
+    lane_[0] = a;
+    lane_[1] = b;
+    lane_[2] = c;
+    lane_[3] = d;
+    if (n > 0) std::memcpy(tail_, p, n);
+    tailLen_ = n;
+}
+
+std::uint64_t ContentHash::digest() const {
+    std::uint64_t h;
+    if (total_ >= 32) {
+        h = rotl(lane_[0], 1) + rotl(lane_[1], 7) + rotl(lane_[2], 12) + rotl(lane_[3], 18);
+        for (std::uint64_t lane : lane_) h = (h ^ mixIn(0, lane)) * kPrime1 + kPrime4;
+    } else {
+        h = kPrime5;
+    }
+    h += total_;
+    const unsigned char* p = tail_;
+    std::size_t n = tailLen_;
+    for (; n >= 8; p += 8, n -= 8) h = rotl(h ^ mixIn(0, load64(p)), 27) * kPrime1 + kPrime4;
+    for (; n > 0; ++p, --n) h = rotl(h ^ (*p * kPrime5), 11) * kPrime1;
+    h ^= h >> 33;
+    h *= kPrime2;
+    h ^= h >> 29;
+    h *= kPrime3;
+    h ^= h >> 32;
+    return h;
+}
+
+void ChunkDigests::add(const char* data, std::size_t n) {
+    total_ += n;
+    while (n > 0) {
+        const std::size_t take = std::min(n, kChunk - currentLen_);
+        current_.update(data, take);
+        currentLen_ += take;
+        data += take;
+        n -= take;
+        if (currentLen_ == kChunk) {
+            digests_.push_back(current_.digest());
+            current_ = ContentHash();
+            currentLen_ = 0;
+        }
+    }
+}
+
+std::vector<std::uint64_t> ChunkDigests::finish() {
+    if (currentLen_ > 0) {
+        digests_.push_back(current_.digest());
+        current_ = ContentHash();
+        currentLen_ = 0;
+    }
+    return std::move(digests_);
+}
+
+// ---- fields ----------------------------------------------------------------------------
 
 bool NeedsQuotes(std::string_view t) {
     if (t.empty()) return false;
     if (t[0] == ' ' || t[0] == '\t' || t[0] == '"') return true;
-    // Every cell of every save passes here: a plain scan, no search per character.
-    for (char c : t)
-        if (c == ',' || c == '\r' || c == '\n') return true;
-    return false;
+    return holdsDelimiter(t.data(), t.size());
+}
+
+namespace {
+char* encodeQuoted(char* out, std::string_view t) {
+    *out++ = '"';
+    for (char c : t) {
+        if (c == '"') *out++ = '"';
+        *out++ = c;
+    }
+    *out++ = '"';
+    return out;
+}
+} // namespace
+
+// Every cell of every save passes here: one pass that copies the text and
+// looks for a delimiter at once, in pieces that may overlap but never reach
+// outside the text.
+char* EncodeFieldTo(char* out, std::string_view t) {
+    const char* p = t.data();
+    const std::size_t n = t.size();
+    if (n == 0) return out;
+    if (kSpecialFirst.is[static_cast<unsigned char>(p[0])]) return encodeQuoted(out, t);
+#if defined(__SSE2__)
+    if (n >= 16) {
+        std::size_t i = 0;
+        for (; i + 16 <= n; i += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+            if (delimiterBits(v)) return encodeQuoted(out, t);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), v);
+        }
+        if (i < n) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n - 16));
+            if (delimiterBits(v)) return encodeQuoted(out, t);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + n - 16), v);
+        }
+        return out + n;
+    }
+    if (n >= 8) {
+        const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n - 8));
+        if (delimiterBits(_mm_unpacklo_epi64(first, last))) return encodeQuoted(out, t);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), first);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + n - 8), last);
+        return out + n;
+    }
+    if (n >= 4) {
+        std::uint32_t first, last;
+        std::memcpy(&first, p, 4);
+        std::memcpy(&last, p + n - 4, 4);
+        if (delimiterBits(_mm_cvtsi64_si128(static_cast<long long>(first | (std::uint64_t{last} << 32)))))
+            return encodeQuoted(out, t);
+        std::memcpy(out, &first, 4);
+        std::memcpy(out + n - 4, &last, 4);
+        return out + n;
+    }
+#endif
+    for (std::size_t i = 0; i < n; ++i)
+        if (isDelimiter(p[i])) return encodeQuoted(out, t);
+    std::memcpy(out, p, n);
+    return out + n;
 }
 
 void AppendField(std::string& out, std::string_view t) {
-    if (!NeedsQuotes(t)) { out.append(t); return; }
-    out += '"';
-    for (char c : t) {
-        if (c == '"') out += '"';
-        out += c;
-    }
-    out += '"';
+    const std::size_t at = out.size();
+    out.resize(at + 2 * t.size() + 2);
+    out.resize(static_cast<std::size_t>(EncodeFieldTo(out.data() + at, t) - out.data()));
 }
 
 std::string EncodeField(std::string_view t) {
@@ -56,18 +274,22 @@ int FileTable::FreeFile() const {
 
 bool FileTable::isOpen(int n) const { return n >= 1 && n <= kMaxFiles && open_[static_cast<std::size_t>(n)] != nullptr; }
 
-FileTable::Open& FileTable::get(int n) {
-    if (!isOpen(n)) throw Failure("bad file name or number");
-    return *open_[static_cast<std::size_t>(n)];
-}
-
 void FileTable::OpenInput(int n, const std::string& path) {
     if (n < 1 || n > kMaxFiles) throw Failure("bad file name or number");
     if (isOpen(n)) throw Failure("file already open");
     auto f = std::make_unique<Open>();
     f->path = path;
+    // Looked at before the open: a change made while the file is read shows
+    // at the next look, and the bytes read are then never taken for its content.
+    f->before = files_.fingerprint(path);
     f->in = files_.openRead(path);
-    f->buf.resize(kReadChunk);
+    f->buf.assign(kReadChunk + kScanPadding, '\0');
+    f->buf[0] = '\n';
+    if (f->before) {
+        auto it = known_.find(path);
+        const bool known = it != known_.end() && it->second.state.settled && it->second.state.sameState(*f->before);
+        f->hashing = !known;
+    }
     open_[static_cast<std::size_t>(n)] = std::move(f);
 }
 
@@ -77,17 +299,55 @@ void FileTable::OpenOutput(int n, const std::string& path) {
     auto f = std::make_unique<Open>();
     f->path = path;
     f->out = files_.openReplace(path);
-    f->buf.reserve(kWriteChunk);
+    f->buf.reserve(ChunkDigests::kChunk);
+    // Only a state taken when the file's time had settled proves that nothing
+    // changed the file since without it showing.
+    auto it = known_.find(path);
+    if (it != known_.end() && it->second.state.settled) {
+        auto now = files_.fingerprint(path);
+        if (now && now->sameState(it->second.state)) {
+            f->match = it->second;
+            f->holding = true;
+        }
+    }
     open_[static_cast<std::size_t>(n)] = std::move(f);
 }
 
 void FileTable::Close(int n) {
     if (!isOpen(n)) return;
     std::unique_ptr<Open> f = std::move(open_[static_cast<std::size_t>(n)]);
-    if (f->out && !f->broken) {
-        if (!f->buf.empty()) f->out->write(f->buf.data(), f->buf.size());
-        f->out->commit();
+    if (!f->out || f->broken) return;
+    if (!f->buf.empty()) f->digests.add(f->buf.data(), f->buf.size());
+    const std::uint64_t size = f->digests.size();
+    std::vector<std::uint64_t> chunks = f->digests.finish();
+    if (f->holding) {
+        // The same bytes as the file holds: the file stays, the new copy goes with f.
+        const Known& k = *f->match;
+        if (size == k.size && chunks == k.chunks) {
+            auto now = files_.fingerprint(f->path);
+            if (now && now->sameState(k.state)) return;
+        }
+        writeHeldChunks(*f);
     }
+    if (!f->buf.empty()) f->out->write(f->buf.data(), f->buf.size());
+    try {
+        f->out->commit();
+    } catch (...) {
+        known_.erase(f->path);
+        throw;
+    }
+    if (auto state = files_.fingerprint(f->path)) remember(f->path, *state, size, std::move(chunks));
+    else known_.erase(f->path);
+}
+
+void FileTable::remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
+                         std::vector<std::uint64_t> chunks) {
+    // A size other than the bytes seen means the file changed under us.
+    if (state.size != size) {
+        known_.erase(path);
+        return;
+    }
+    known_[path] = Known{state, size, std::move(chunks)};
 }
 
 void FileTable::Abandon(int n) {
@@ -104,16 +364,59 @@ void FileTable::write(Open& f, std::string_view data) {
     if (!f.out) throw Failure("bad file mode");
     if (f.broken) throw Failure("write error on " + f.path);
     try {
-        if (f.buf.size() + data.size() > kWriteChunk) {
-            if (!f.buf.empty()) f.out->write(f.buf.data(), f.buf.size());
-            f.buf.clear();
-            if (data.size() > kWriteChunk) { f.out->write(data.data(), data.size()); return; }
+        while (!data.empty()) {
+            const std::size_t take = std::min(data.size(), ChunkDigests::kChunk - f.buf.size());
+            f.buf.insert(f.buf.end(), data.data(), data.data() + take);
+            data.remove_prefix(take);
+            if (f.buf.size() == ChunkDigests::kChunk) chunkFilled(f);
         }
-        f.buf.insert(f.buf.end(), data.begin(), data.end());
     } catch (...) {
         f.broken = true;
         throw;
     }
+}
+
+// A whole chunk is ready: held back while it is the one the file has there,
+// else written, after the chunks held back before it.
+void FileTable::chunkFilled(Open& f) {
+    f.digests.add(f.buf.data(), f.buf.size());
+    if (f.holding) {
+        const std::vector<std::uint64_t>& known = f.match->chunks;
+        if (f.held < known.size() && known[f.held] == f.digests.whole().back()) {
+            ++f.held;
+            f.buf.clear();
+            return;
+        }
+        writeHeldChunks(f);
+    }
+    f.out->write(f.buf.data(), f.buf.size());
+    f.buf.clear();
+}
+
+// The new content differs after all: the chunks held back come from the file,
+// which must still be as it was known; if it is not, the save fails and the
+// file stays as it is now.
+void FileTable::writeHeldChunks(Open& f) {
+    f.holding = false;
+    if (f.held == 0) return;
+    const Known& k = *f.match;
+    auto now = files_.fingerprint(f.path);
+    if (!now || !now->sameState(k.state)) throw Failure(f.path + " changed while it was being written");
+    auto in = files_.openRead(f.path);
+    std::vector<char> chunk(ChunkDigests::kChunk);
+    for (std::size_t i = 0; i < f.held; ++i) {
+        std::size_t got = 0;
+        while (got < chunk.size()) {
+            const std::size_t r = in->read(chunk.data() + got, chunk.size() - got);
+            if (r == 0) break;
+            got += r;
+        }
+        ContentHash h;
+        h.update(chunk.data(), got);
+        if (got != chunk.size() || h.digest() != k.chunks[i]) throw Failure(f.path + " changed while it was being written");
+        f.out->write(chunk.data(), chunk.size());
+    }
+    f.held = 0;
 }
 
 void FileTable::WriteRawLine(int n, std::string_view line) {
@@ -144,10 +447,21 @@ void FileTable::WriteLine(int n, const Value& v) {
 bool FileTable::fill(Open& f) {
     if (f.pos < f.len) return true;
     if (f.eof) return false;
-    f.len = f.in->read(f.buf.data(), f.buf.size());
+    f.len = f.in->read(f.buf.data(), kReadChunk);
     f.pos = 0;
-    if (f.len == 0) f.eof = true;
-    return f.len > 0;
+    f.buf[f.len] = '\n'; // the sentinel that ends every scan
+    if (f.len == 0) {
+        f.eof = true;
+        // Read whole: what the file holds is known from here on.
+        if (f.hashing) {
+            const std::uint64_t size = f.digests.size();
+            remember(f.path, *f.before, size, f.digests.finish());
+        }
+        f.hashing = false;
+        return false;
+    }
+    if (f.hashing) f.digests.add(f.buf.data(), f.len);
+    return true;
 }
 
 // Reading one field, whatever lines it lies on:
@@ -166,8 +480,34 @@ std::string FileTable::ReadField(int n) {
 }
 
 void FileTable::ReadFieldInto(int n, std::string& field) {
+    const std::string_view v = ReadFieldView(n);
+    field.clear();
+    field.append(v.data(), v.size());
+}
+
+std::string_view FileTable::ReadFieldView(int n) {
     Open& f = get(n);
     if (!f.in) throw Failure("bad file mode");
+    // Nearly every field is unquoted and lies in the piece read together with
+    // its delimiter (and the LF behind a CR): one scan, and the field stays where it is.
+    if (f.pos < f.len) {
+        const char* start = f.buf.data() + f.pos;
+        if (!kSpecialFirst.is[static_cast<unsigned char>(*start)]) {
+            const char* d = findDelimiter(start);
+            const char* last = f.buf.data() + f.len - 1;
+            if (d < last || (d == last && *d != '\r')) {
+                const char* next = d + 1;
+                if (*d == '\r' && *next == '\n') ++next;
+                f.pos = static_cast<std::size_t>(next - f.buf.data());
+                return {start, static_cast<std::size_t>(d - start)};
+            }
+        }
+    }
+    readFieldSlow(f, f.field);
+    return f.field;
+}
+
+void FileTable::readFieldSlow(Open& f, std::string& field) {
     while (fill(f) && (f.buf[f.pos] == ' ' || f.buf[f.pos] == '\t')) ++f.pos;
     if (!fill(f)) throw forms::EndOfFile();
 
@@ -194,9 +534,8 @@ void FileTable::ReadFieldInto(int n, std::string& field) {
     } else {
         while (fill(f)) {
             const char* start = f.buf.data() + f.pos;
-            const char* p = start;
             const char* end = f.buf.data() + f.len;
-            while (p < end && !isDelimiter(*p)) ++p;
+            const char* p = findDelimiter(start);
             field.append(start, p);
             f.pos += static_cast<std::size_t>(p - start);
             if (p < end) break;
@@ -213,8 +552,18 @@ void FileTable::ReadFieldInto(int n, std::string& field) {
     }
 }
 
-void FileTable::Kill(const std::string& path) { files_.remove(path); }
+void FileTable::Kill(const std::string& path) {
+    known_.erase(path);
+    files_.remove(path);
+}
 
-void FileTable::KillMatching(const std::string& folder, const std::string& suffix) { files_.removeMatching(folder, suffix); }
+void FileTable::KillMatching(const std::string& folder, const std::string& suffix) {
+    std::erase_if(known_, [&](const auto& entry) {
+        const std::string& p = entry.first;
+        return p.size() >= folder.size() + suffix.size() && p.compare(0, folder.size(), folder) == 0 &&
+               p.compare(p.size() - suffix.size(), suffix.size(), suffix) == 0;
+    });
+    files_.removeMatching(folder, suffix);
+}
 
 } // namespace storage

@@ -1,8 +1,11 @@
 #pragma once
 #include <array>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "forms/ports.h"
@@ -16,10 +19,47 @@ std::string EncodeField(std::string_view text);
 bool NeedsQuotes(std::string_view text);
 // The same, appended to out.
 void AppendField(std::string& out, std::string_view text);
+// The same, written at out, which has room for 2 * text.size() + 2 bytes; gives the end.
+char* EncodeFieldTo(char* out, std::string_view text);
+
+// A 64-bit digest of a byte stream, the same whatever pieces it comes in.
+class ContentHash {
+public:
+    void update(const char* data, std::size_t n);
+    std::uint64_t digest() const;
+
+private:
+    void stripe(const unsigned char* p);
+    std::uint64_t lane_[4] = {0x60EA27EEADC0B5D6ull, 0xC2B2AE3D27D4EB4Full, 0, 0x61C8864E7A143579ull};
+    std::uint64_t total_ = 0;
+    unsigned char tail_[32] = {};
+    std::size_t tailLen_ = 0;
+};
+
+// The digests of a byte stream cut by offset into chunks of kChunk bytes, the
+// last one shorter, whatever pieces the bytes come in.
+class ChunkDigests {
+public:
+    static constexpr std::size_t kChunk = 64 * 1024;
+
+    void add(const char* data, std::size_t n);
+    // The digests of the whole chunks so far, the latest last.
+    const std::vector<std::uint64_t>& whole() const { return digests_; }
+    std::uint64_t size() const { return total_; }
+    // Closes the last, shorter chunk (if any bytes are left over) and gives them all.
+    std::vector<std::uint64_t> finish();
+
+private:
+    ContentHash current_;
+    std::size_t currentLen_ = 0;
+    std::uint64_t total_ = 0;
+    std::vector<std::uint64_t> digests_;
+};
 
 // The open files of the program by number, as the storage procedures use them:
 // sequential reading field by field, whole files written and put in place at
-// their close.
+// their close. A file whose new content is byte for byte what it already holds
+// is left as it stands: replacing it would cost a wait for the disk and change nothing.
 class FileTable {
 public:
     static constexpr int kMaxFiles = 255;
@@ -38,7 +78,8 @@ public:
     // The new content takes the old file's place only at Close.
     void OpenOutput(int n, const std::string& path);
     // Closing a number that is not open does nothing. An output file is put in
-    // place here, unless one of its writes failed: then it is dropped.
+    // place here, unless one of its writes failed: then it is dropped. So is
+    // one whose bytes the file at its path is known to hold already.
     void Close(int n);
     // Drops a file being written, leaving the old one as it was; closes an input.
     void Abandon(int n);
@@ -48,6 +89,9 @@ public:
     std::string ReadField(int n);
     // The same into a string the caller keeps, so its storage serves again.
     void ReadFieldInto(int n, std::string& field);
+    // The same where it lies, in the file's own buffer (no copy): valid until
+    // the next read or the close of this file number.
+    std::string_view ReadFieldView(int n);
     // One value and a line end: a text encoded by EncodeField, a number with a
     // blank on either side (a minus sign in place of the first), nothing as nothing.
     void WriteLine(int n, const Value& value);
@@ -61,21 +105,51 @@ public:
     void KillMatching(const std::string& folder, const std::string& suffix);
 
 private:
+    // What a file held when this table last read it whole or wrote it: its
+    // state then, its size and the digests of its chunks.
+    struct Known {
+        forms::FileFingerprint state;
+        std::uint64_t size = 0;
+        std::vector<std::uint64_t> chunks;
+    };
     struct Open {
         std::string path;
         std::unique_ptr<forms::InputStream> in;
         std::unique_ptr<forms::OutputStream> out;
+        // Input: the piece being read, with a delimiter behind its last byte so
+        // that a scan needs no bounds test. Output: the chunk being filled.
         std::vector<char> buf;
         std::size_t pos = 0, len = 0;
+        std::string field; // a field the buffer can't show whole (quoted, or cut by a refill)
         bool eof = false;
         bool broken = false; // a write failed: never put in place
+        // Input: the file's state at the open; its digests are taken unless
+        // the table knows that state already.
+        std::optional<forms::FileFingerprint> before;
+        bool hashing = false;
+        ChunkDigests digests;
+        // Output: while the chunks written so far are those the file holds,
+        // they are held back (counted, not written); they are copied from the
+        // file itself only if a later chunk differs.
+        std::optional<Known> match;
+        bool holding = false;
+        std::size_t held = 0;
     };
-    Open& get(int n);
+    Open& get(int n) {
+        if (n < 1 || n > kMaxFiles || !open_[static_cast<std::size_t>(n)]) throw forms::Failure("bad file name or number");
+        return *open_[static_cast<std::size_t>(n)];
+    }
     void write(Open& f, std::string_view data);
+    void chunkFilled(Open& f);
+    void writeHeldChunks(Open& f);
     bool fill(Open& f);
+    void readFieldSlow(Open& f, std::string& field);
+    void remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
+                  std::vector<std::uint64_t> chunks);
 
     forms::FilesPort& files_;
     std::array<std::unique_ptr<Open>, kMaxFiles + 1> open_{};
+    std::unordered_map<std::string, Known> known_;
 };
 
 } // namespace storage

@@ -44,6 +44,7 @@ public:
     std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
     bool exists(const std::string& path) override { return real_.exists(path); }
+    std::optional<forms::FileFingerprint> fingerprint(const std::string& path) override { return real_.fingerprint(path); }
     void remove(const std::string& path) override;
     void removeMatching(const std::string& folder, const std::string& suffix) override;
 
