@@ -1,8 +1,10 @@
-// Disks that fail. Through the files port, each open for writing, write,
-// close-and-rename and delete of the whole session fails in turn, one fault a
-// run: the data folder then holds no cut file, and a new start shows every
-// category with its rows. And a real full disk: a small file system filled up
-// under the program, then a walk and Exit; the old files stand.
+// Disks that fail. Through the files port, one fault a run: an open for
+// writing, a write (which puts half its bytes down first), a close-and-rename
+// or a delete fails; every one of the first walk in turn, and one in 23 of the
+// rest of the session, Exit included. The data folder then holds no cut file,
+// and a new start shows every category with its rows. And a real full disk: a
+// small file system filled up under the program, then a walk and Exit; the old
+// files stand.
 //
 // QM_FAULT_AT=k replays one fault of the sweep.
 #include <gtest/gtest.h>
