@@ -79,6 +79,9 @@ public:
 
     // Category files that exist but could not be read whole in this run: never written over.
     std::set<std::string> UnreadableFiles;
+    // Whether the last SaveCategoryFile met a failure, so that a caller about to
+    // replace the grid can keep what did not reach the disk.
+    bool SaveFailed = false;
 
     // ---- start and stop (mainwindow/program.cpp) --------------------------
     // Loads the window, shows it and gives the focus to the first control in tab order.

@@ -16,6 +16,7 @@ constexpr std::size_t kSavePiece = 32 * 1024;
 
 // Writes the whole grid, one line a row, to the file of CurrentCategory.
 void frmMain::SaveCategoryFile() {
+    SaveFailed = false;
     const std::string path = CategoryPath(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder,
                                           CurrentCategory.value_or(""));
     // A file that exists but could not be read is never replaced by what the
@@ -57,6 +58,7 @@ void frmMain::SaveCategoryFile() {
         files.Close(SaveFileNumber);
     } catch (const Failure&) {
         files.Abandon(SaveFileNumber);
+        SaveFailed = true;
     }
 }
 
