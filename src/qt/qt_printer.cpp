@@ -1,5 +1,6 @@
 #include "qt/qt_printer.h"
 
+#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
@@ -7,12 +8,31 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QStandardPaths>
+#include <QUrl>
 
 #include "forms/failure.h"
 
 namespace qtface {
 
-QtPrinter::QtPrinter(std::string documentName) : documentName_(std::move(documentName)) {}
+QtPrinter::QtPrinter(std::string fallbackName, PdfOpener openPdf)
+    : fallbackName_(std::move(fallbackName)), openPdf_(std::move(openPdf)) {}
+
+void QtPrinter::openWithDesktop(const QString& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(path)); }
+
+QString QtPrinter::jobName(const std::string& title) const {
+    QString name;
+    for (const QChar c : QString::fromStdString(title).trimmed()) {
+        if (c == QLatin1Char('/')) name += QChar(0x2215);
+        else if (c.category() != QChar::Other_Control) name += c;
+    }
+    // Room for " (999).pdf" within the 255 bytes of a file name.
+    while (name.toUtf8().size() > 240) {
+        name.chop(1);
+        if (!name.isEmpty() && name.back().isHighSurrogate()) name.chop(1);
+    }
+    if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..")) return QString::fromStdString(fallbackName_);
+    return name;
+}
 
 void QtPrinter::Print(const std::string& text, bool openEnd) {
     if (!lineOpen_) lines_.emplace_back();
@@ -22,11 +42,10 @@ void QtPrinter::Print(const std::string& text, bool openEnd) {
 }
 
 // "<name>.pdf", or "<name> (2).pdf" and on, so that no earlier print is lost.
-QString QtPrinter::pdfPath() const {
+QString QtPrinter::pdfPath(const QString& base) const {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     if (folder.isEmpty()) folder = QDir::homePath();
     QDir().mkpath(folder);
-    const QString base = QString::fromStdString(documentName_);
     QString path = QDir(folder).filePath(base + QStringLiteral(".pdf"));
     for (int n = 2; QFileInfo::exists(path); ++n) path = QDir(folder).filePath(QStringLiteral("%1 (%2).pdf").arg(base).arg(n));
     return path;
@@ -39,15 +58,16 @@ void QtPrinter::EndDoc() {
     pending_ = false;
     lineOpen_ = false;
 
+    const QString name = jobName(lines.empty() ? std::string() : lines.front());
     QPrinter printer(QPrinter::HighResolution);
-    printer.setDocName(QString::fromStdString(documentName_));
+    printer.setDocName(name);
     const QPrinterInfo info = QPrinterInfo::defaultPrinter();
     if (!info.isNull()) {
         printer.setPrinterName(info.printerName());
         lastOutput_ = info.printerName();
     } else {
         printer.setOutputFormat(QPrinter::PdfFormat);
-        lastOutput_ = pdfPath();
+        lastOutput_ = pdfPath(name);
         printer.setOutputFileName(lastOutput_);
     }
     QPainter painter;
@@ -66,7 +86,8 @@ void QtPrinter::EndDoc() {
         painter.drawText(0, y + fm.ascent(), QString::fromStdString(line));
         y += fm.lineSpacing();
     }
-    painter.end();
+    if (!painter.end()) throw forms::Failure("printer error: can't finish " + lastOutput_.toStdString());
+    if (printer.outputFormat() == QPrinter::PdfFormat && openPdf_) openPdf_(lastOutput_);
 }
 
 } // namespace qtface

@@ -1,6 +1,6 @@
 // The ports done with Qt: message and input boxes, the file filter, pictures,
-// the printer's PDF fallback, the program's end and the system information
-// program, and the signals that end the program.
+// the program's end and the system information program, and the signals that
+// end the program. The printer has print_test.cpp.
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
@@ -8,7 +8,6 @@
 #include <QImage>
 #include <QInputDialog>
 #include <QMessageBox>
-#include <QPrinterInfo>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,30 +18,12 @@
 #include "forms/runtime.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_pictures.h"
-#include "qt/qt_printer.h"
 #include "qt/qt_program.h"
 #include "qt/session_end.h"
+#include "support/qt_harness.h"
 
 using qtface::QtDialogs;
-
-namespace {
-
-// Runs f on the modal box once it is up.
-template <class Box>
-void whenShown(std::function<void(Box*)> f) {
-    QTimer::singleShot(0, [f] {
-        auto* box = qobject_cast<Box*>(QApplication::activeModalWidget());
-        QVERIFY(box);
-        f(box);
-    });
-}
-
-QString readAll(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()) : QString();
-}
-
-} // namespace
+using qttest::whenShown;
 
 class PortsTest : public QObject {
     Q_OBJECT
@@ -53,7 +34,6 @@ private slots:
     void inputBoxOpensEmptyAndCancelGivesNothing();
     void picturesKnowTheirSizeInTwips();
     void badPicturesFailAndMissingOnesSaySo();
-    void printerWritesAPdfWhereThereIsNoPrinter();
     void endProgramLeavesTheLoop();
     void systemInfoStartsWhatIsOnThePath();
     void signalsAskForTheEndOnceHandlersHaveReturned();
@@ -159,34 +139,6 @@ void PortsTest::badPicturesFailAndMissingOnesSaySo() {
     QVERIFY(failed);
     QVERIFY(!notFound);
     QVERIFY_THROWS_EXCEPTION(forms::FileNotFound, pictures.LoadPicture(dir.path().toStdString()));
-}
-
-void PortsTest::printerWritesAPdfWhereThereIsNoPrinter() {
-    if (!QPrinterInfo::defaultPrinter().isNull()) QSKIP("a default printer exists here");
-    QTemporaryDir home;
-    const QByteArray oldHome = qgetenv("HOME"), oldConfig = qgetenv("XDG_CONFIG_HOME");
-    qputenv("HOME", home.path().toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", home.filePath(".config").toLocal8Bit());
-    qtface::QtPrinter printer("Quillmere");
-    printer.EndDoc(); // nothing pending: no document
-    QCOMPARE(printer.lastOutput(), QString());
-    printer.Print("Category: ", true);
-    printer.Print("Garage", false);
-    for (int i = 0; i < 150; ++i) printer.Print("line " + std::to_string(i), false);
-    printer.EndDoc();
-    const QString first = printer.lastOutput();
-    QCOMPARE(QFileInfo(first).fileName(), QString("Quillmere.pdf"));
-    QVERIFY(first.startsWith(home.path()));
-    const QString pdf = readAll(first);
-    QVERIFY(pdf.startsWith("%PDF"));
-    QVERIFY(pdf.count("/Type /Page\n") + pdf.count("/Type /Page ") + pdf.count("/Type /Page/") >= 2);
-    printer.Print("again", false);
-    printer.EndDoc();
-    QCOMPARE(QFileInfo(printer.lastOutput()).fileName(), QString("Quillmere (2).pdf"));
-    QVERIFY(QFileInfo::exists(first));
-    qputenv("HOME", oldHome);
-    if (oldConfig.isEmpty()) qunsetenv("XDG_CONFIG_HOME");
-    else qputenv("XDG_CONFIG_HOME", oldConfig);
 }
 
 void PortsTest::endProgramLeavesTheLoop() {

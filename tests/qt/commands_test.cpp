@@ -1,0 +1,238 @@
+// The category commands and the floppy backup in the real window, answered
+// through the real message and input boxes as a user answers them: the list on
+// the screen and the files on disk follow.
+#include <QLabel>
+#include <QTest>
+#include <filesystem>
+#include <map>
+
+#include "support/qt_harness.h"
+
+using qmtest::readFile;
+using qttest::ModalBoxes;
+using qttest::QtHarness;
+
+namespace {
+
+QStringList listTexts(QtHarness& h) {
+    QStringList out;
+    for (int i = 0; i < h.list()->count(); ++i) out << h.list()->item(i)->text();
+    return out;
+}
+
+QString selectedText(QtHarness& h) {
+    const auto selected = h.list()->selectedItems();
+    return selected.size() == 1 ? selected.front()->text() : QString();
+}
+
+
+// Every box was answered by a step of the test, and every step found its box.
+void checkAllAnswered(const ModalBoxes& boxes) {
+    QVERIFY2(boxes.unexpected() == 0, qPrintable(boxes.texts().join(" | ")));
+    QVERIFY2(boxes.done(), qPrintable(boxes.texts().join(" | ")));
+}
+
+} // namespace
+
+class CommandsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void addRenameAndDeleteThroughThePrompts();
+    void refusedNamesAreToldAndChangeNothing_data();
+    void refusedNamesAreToldAndChangeNothing();
+    void saveToFloppyAndLoadItBack();
+    void floppyWithoutDatabaseLeavesEverything();
+};
+
+void CommandsTest::addRenameAndDeleteThroughThePrompts() {
+    QtHarness h(qttest::RealPorts{.dialogs = true});
+    h.core.writeIndex({"Garage"});
+    h.core.writeCategory("Garage", {{"Drill", "120", "80", "Shop", "2001", "", "SN1"}});
+    QVERIFY(h.start());
+    auto& m = h.m();
+
+    {   // Cancel at the add prompt: nothing at all happens.
+        ModalBoxes boxes;
+        boxes.type("typed, then cancelled", false);
+        h.click(m.cmdAddCategory);
+        checkAllAnswered(boxes);
+        QCOMPARE(listTexts(h), QStringList{"Garage"});
+        QVERIFY(!std::filesystem::exists(h.core.data("typed, then cancelled.csv")));
+    }
+    {   // Add: the new entry takes its sorted place and opens, empty.
+        ModalBoxes boxes;
+        boxes.type("Attic");
+        h.click(m.cmdAddCategory);
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        QCOMPARE(boxes.seen().at(0).title, QString("Add Category"));
+        QCOMPARE(boxes.seen().at(0).text, QString("Please enter name of category.  (ie: Mom's stuff, Car parts, etc.)"));
+        QCOMPARE(listTexts(h), (QStringList{"Attic", "Garage"}));
+        QCOMPARE(selectedText(h), QString("Attic"));
+        QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString("Attic"));
+        QVERIFY(!h.grid()->isVisible());
+        QCOMPARE(readFile(h.core.data("Attic.csv")).value_or(""), std::string(qmtest::kHeadingLine) + "\r\n");
+        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Attic\r\nGarage\r\n"));
+    }
+    {   // Rename the category with items: the prompt names it, the rows go along.
+        h.clickListEntry(1);
+        ModalBoxes boxes;
+        boxes.type("Shed");
+        h.click(m.cmdRenameCat);
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        QCOMPARE(boxes.seen().at(0).title, QString("Rename Category"));
+        QCOMPARE(boxes.seen().at(0).text, QString("What would you like to rename Garage to?"));
+        QCOMPARE(listTexts(h), (QStringList{"Attic", "Shed"}));
+        QCOMPARE(selectedText(h), QString("Shed"));
+        QVERIFY(!std::filesystem::exists(h.core.data("Garage.csv")));
+        QVERIFY(readFile(h.core.data("Shed.csv")).value_or("").find("Drill,120,80,Shop,2001,,SN1") != std::string::npos);
+        QCOMPARE(h.grid()->model()->index(1, 0).data().toString(), QString("Drill"));
+        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Attic\r\nShed\r\n"));
+    }
+    {   // Delete, first answered No, then Yes.
+        h.clickListEntry(0);
+        ModalBoxes boxes;
+        boxes.press(QMessageBox::No).press(QMessageBox::Yes);
+        h.click(m.cmdDeleteCategory);
+        QCOMPARE(listTexts(h), (QStringList{"Attic", "Shed"}));
+        QVERIFY(std::filesystem::exists(h.core.data("Attic.csv")));
+        h.click(m.cmdDeleteCategory);
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        QCOMPARE(boxes.texts(), (QStringList{"This will permanently DELETE all contents of 'Attic'. Are you sure?",
+                                             "This will permanently DELETE all contents of 'Attic'. Are you sure?"}));
+        QCOMPARE(boxes.seen().at(1).title, QString("Quillmere"));
+        QCOMPARE(listTexts(h), QStringList{"Shed"});
+        QVERIFY(!std::filesystem::exists(h.core.data("Attic.csv")));
+        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Shed\r\n"));
+        QVERIFY(std::filesystem::exists(h.core.data("Shed.csv")));
+    }
+}
+
+void CommandsTest::refusedNamesAreToldAndChangeNothing_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("duplicate") << "Garage" << "You already have a category named Garage";
+    QTest::newRow("index count") << "NumCats"
+                                 << "\"NumCats\" is the name of one of the program's own files. Please choose another name.";
+    QTest::newRow("index names") << "CatFiles"
+                                 << "\"CatFiles\" is the name of one of the program's own files. Please choose another name.";
+    QTest::newRow("too long") << QString(260, 'x') << "That name is too long for a file name. Please choose a shorter name.";
+}
+
+void CommandsTest::refusedNamesAreToldAndChangeNothing() {
+    QFETCH(QString, name);
+    QFETCH(QString, message);
+    QtHarness h(qttest::RealPorts{.dialogs = true});
+    h.core.writeIndex({"Garage", "Kitchen"});
+    h.core.writeCategory("Garage", {{"Drill", "120", "80", "Shop", "2001", "", "SN1"}});
+    h.core.writeCategory("Kitchen", {});
+    QVERIFY(h.start());
+    const auto indexBefore = readFile(h.core.data("CatFiles.csv"));
+
+    for (forms::Button* command : {&h.m().cmdAddCategory, &h.m().cmdRenameCat}) {
+        h.clickListEntry(1);
+        ModalBoxes boxes;
+        boxes.type(name).press(QMessageBox::Ok);
+        h.click(*command);
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        // A rename refuses a duplicate in its own words.
+        const QString want = command == &h.m().cmdRenameCat && name == "Garage"
+                                 ? "Error occured while renaming category. Category 'Garage' already exists."
+                                 : message;
+        QCOMPARE(boxes.seen().at(1).text, want);
+        QCOMPARE(boxes.seen().at(1).title, QString("Quillmere"));
+        QCOMPARE(listTexts(h), (QStringList{"Garage", "Kitchen"}));
+        QCOMPARE(readFile(h.core.data("CatFiles.csv")), indexBefore);
+        QVERIFY(std::filesystem::exists(h.core.data("Garage.csv")) && std::filesystem::exists(h.core.data("Kitchen.csv")));
+        QVERIFY(!h.m().RenamePending);
+    }
+}
+
+void CommandsTest::saveToFloppyAndLoadItBack() {
+    QtHarness h(qttest::RealPorts{.dialogs = true});
+    h.core.writeIndex({"Bike", "Car", "Tools"});
+    h.core.writeCategory("Bike", {{"Bell", "5", "2", "Shop", "1999", "", "red"}, {"Lamp", "12.50", "10", "", "", "", ""}});
+    h.core.writeCategory("Car", {});
+    h.core.writeCategory("Tools", qttest::itemRows(3));
+    QVERIFY(h.start());
+    auto& m = h.m();
+    h.clickListEntry(1);
+
+    {   // Save: the prompt, then the end.
+        ModalBoxes boxes;
+        boxes.press(QMessageBox::Ok).press(QMessageBox::Ok);
+        h.click(m.cmdSave);
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        QCOMPARE(boxes.texts().value(0).left(32), QString("Please insert a blank disk into "));
+        QCOMPARE(boxes.texts().value(1), QString("Save complete."));
+    }
+    QCOMPARE(selectedText(h), QString("Car"));
+    std::map<std::string, std::string> saved;
+    for (const char* file : {"NumCats.csv", "CatFiles.csv", "Bike.csv", "Car.csv", "Tools.csv"}) {
+        const auto onFloppy = readFile(h.core.floppy(file));
+        QVERIFY2(onFloppy, file);
+        QCOMPARE(onFloppy, readFile(h.core.data(file)));
+        saved[file] = *onFloppy;
+    }
+    QCOMPARE(saved["CatFiles.csv"], std::string("Bike\r\nCar\r\nTools\r\n"));
+
+    {   // The database goes (Delete All from the menu), then comes back from the floppy.
+        ModalBoxes boxes;
+        boxes.press(QMessageBox::Yes);
+        h.menuAction("Delete All Categories")->trigger();
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        QCOMPARE(h.list()->count(), 0);
+        QVERIFY(!std::filesystem::exists(h.core.data("Bike.csv")));
+    }
+    {
+        ModalBoxes boxes;
+        boxes.press(QMessageBox::Ok).press(QMessageBox::Ok).press(QMessageBox::Ok);
+        h.click(m.cmdLoad);
+        qttest::QtHarness::settle();
+        checkAllAnswered(boxes);
+        QVERIFY(boxes.texts().value(0).startsWith("WARNING: Loading from floppy will erase"));
+        QVERIFY(boxes.texts().value(1).startsWith("Please insert database disk into "));
+        QCOMPARE(boxes.texts().value(2), QString("Load complete."));
+    }
+    QCOMPARE(listTexts(h), (QStringList{"Bike", "Car", "Tools"}));
+    QCOMPARE(selectedText(h), QString("Tools"));
+    QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString("Tools"));
+    QCOMPARE(h.grid()->model()->index(3, 6).data().toString(), QString("SN3"));
+    for (const char* file : {"Bike.csv", "Car.csv", "Tools.csv"}) QCOMPARE(readFile(h.core.data(file)).value_or(""), saved[file]);
+    // The index comes with the list's next gain of focus.
+    h.clickListEntry(0);
+    qttest::QtHarness::settle();
+    QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), saved["CatFiles.csv"]);
+    QCOMPARE(h.grid()->model()->index(2, 1).data().toString(), QString("12.50"));
+}
+
+void CommandsTest::floppyWithoutDatabaseLeavesEverything() {
+    QtHarness h(qttest::RealPorts{.dialogs = true});
+    h.core.writeIndex({"Bike"});
+    h.core.writeCategory("Bike", {{"Bell", "5", "2", "Shop", "1999", "", "red"}});
+    QVERIFY(h.start());
+    h.clickListEntry(0);
+    qmtest::writeFile(h.core.floppy("NumCats.csv"), "x\r\n"); // a count that is no number
+    const auto before = readFile(h.core.data("Bike.csv"));
+
+    ModalBoxes boxes;
+    boxes.press(QMessageBox::Ok).press(QMessageBox::Ok).press(QMessageBox::Ok);
+    h.menuAction("&Load from Floppy")->trigger();
+    qttest::QtHarness::settle();
+    checkAllAnswered(boxes);
+    QCOMPARE(boxes.texts().size(), 3);
+    QVERIFY2(boxes.texts()[2].endsWith("holds no Quillmere database that can be loaded. Nothing was changed."),
+             qPrintable(boxes.texts()[2]));
+    QCOMPARE(listTexts(h), QStringList{"Bike"});
+    QCOMPARE(readFile(h.core.data("Bike.csv")), before);
+    QVERIFY(std::filesystem::exists(h.core.data("CatFiles.csv")));
+    QCOMPARE(h.grid()->model()->index(1, 0).data().toString(), QString("Bell"));
+}
+
+QTEST_MAIN(CommandsTest)
+#include "commands_test.moc"
