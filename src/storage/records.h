@@ -21,6 +21,10 @@ bool NeedsQuotes(std::string_view text);
 void AppendField(std::string& out, std::string_view text);
 // The same, written at out, which has room for 2 * text.size() + 2 bytes; gives the end.
 char* EncodeFieldTo(char* out, std::string_view text);
+// A value as WriteLine stores it, without the line end: a text encoded, a
+// number with a blank on either side (a minus sign in place of the first),
+// nothing as nothing.
+std::string EncodeValue(const Value& value);
 
 // A 64-bit digest of a byte stream, the same whatever pieces it comes in.
 class ContentHash {
@@ -92,6 +96,30 @@ public:
     // The same where it lies, in the file's own buffer (no copy): valid until
     // the next read or the close of this file number.
     std::string_view ReadFieldView(int n);
+    // The next field of a line of fields joined by commas (last: the line's
+    // last field), read as ReadFieldView reads it; besides, it notes whether the
+    // bytes lie in the file exactly as EncodeField and WriteRawLine put them.
+    std::string_view ReadLineField(int n, bool last) { return readView(get(n), last ? kLineEnd : kComma); }
+    // Whether every field ReadLineField gave from this file so far lay there
+    // exactly as written, and so did the end of the file if a read met it.
+    bool ReadExactly(int n) { return get(n).exact; }
+
+    // What a holder of a file's content (the grid) is known to hold. A holder
+    // tells its state by a revision that changes with every change of its content.
+    // After the close of a file read whole: the holder at this revision holds
+    // what that read gave, and writing it out gives the file's bytes if exact.
+    void NoteLoaded(const std::string& path, std::uint64_t revision, bool exact);
+    // For a file open for writing: its bytes come from the holder at this
+    // revision, and reading them back gives that content if readsBack. It
+    // counts once the close leaves the file holding those bytes.
+    void NoteSaving(int n, std::uint64_t revision, bool readsBack);
+    // Whether writing the holder at this revision to path would give the bytes
+    // the file holds now; any doubt answers false.
+    bool WouldWriteSame(const std::string& path, std::uint64_t revision);
+    // Whether the file open for reading holds what reading it gave the holder
+    // at this revision, so that reading it again would give the same; any doubt answers false.
+    bool ReadsAs(int n, std::uint64_t revision);
+
     // One value and a line end: a text encoded by EncodeField, a number with a
     // blank on either side (a minus sign in place of the first), nothing as nothing.
     void WriteLine(int n, const Value& value);
@@ -107,11 +135,24 @@ public:
 private:
     // What a file held when this table last read it whole or wrote it: its
     // state then, its size and the digests of its chunks.
+    struct Image {
+        std::uint64_t revision = 0;
+        bool loads = false; // reading the file gives the holder's content
+        bool saves = false; // writing the holder's content gives the file's bytes
+    };
     struct Known {
         forms::FileFingerprint state;
         std::uint64_t size = 0;
         std::vector<std::uint64_t> chunks;
+        std::optional<Image> image;
     };
+    // The last file read and closed: its state at the open, and whether it was read to its end.
+    struct LastRead {
+        std::string path;
+        forms::FileFingerprint state;
+        bool whole = false;
+    };
+    enum Expect : std::uint8_t { kAny, kComma, kLineEnd };
     struct Open {
         std::string path;
         std::unique_ptr<forms::InputStream> in;
@@ -134,6 +175,10 @@ private:
         std::optional<Known> match;
         bool holding = false;
         std::size_t held = 0;
+        // Input: the fields read so far lay there as written (ReadLineField).
+        bool exact = true;
+        // Output: the holder the bytes come from.
+        std::optional<Image> image;
     };
     Open& get(int n) {
         if (n < 1 || n > kMaxFiles || !open_[static_cast<std::size_t>(n)]) throw forms::Failure("bad file name or number");
@@ -143,13 +188,15 @@ private:
     void chunkFilled(Open& f);
     void writeHeldChunks(Open& f);
     bool fill(Open& f);
-    void readFieldSlow(Open& f, std::string& field);
+    std::string_view readView(Open& f, Expect expect);
+    void readFieldSlow(Open& f, std::string& field, Expect expect);
     void remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
                   std::vector<std::uint64_t> chunks);
 
     forms::FilesPort& files_;
     std::array<std::unique_ptr<Open>, kMaxFiles + 1> open_{};
     std::unordered_map<std::string, Known> known_;
+    std::optional<LastRead> lastRead_;
 };
 
 } // namespace storage
