@@ -2,20 +2,12 @@
 // by field; files that can't be read, files too long for the grid.
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include "storage/value.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
 using namespace qmtest;
 
 namespace {
-
-const std::string kWorkedExample = crlf({kHeadingLine, "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234", "Wrench,,,,,,"});
-const Table kWorkedGrid = withHeading({{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}, {"Wrench"}});
 
 void setGrid(qm::frmMain& m, const Table& t) {
     m.FG1.setRows(static_cast<int>(t.size()));
@@ -24,31 +16,37 @@ void setGrid(qm::frmMain& m, const Table& t) {
             m.FG1.setTextMatrix(static_cast<int>(r), static_cast<int>(c), c < t[r].size() ? t[r][c] : "");
 }
 
-TEST(CategoryFile, WorkedExampleLoadsAndIsWrittenBackByteForByte) {
-    Harness h;
-    h.writeIndex({"Car parts"});
-    writeFile(h.data("Car parts.csv"), kWorkedExample);
+// Starts the program on an index of these names and opens the first one by a click.
+qm::frmMain& startAndOpenFirst(Harness& h, const std::vector<std::string>& names) {
+    if (!names.empty()) h.writeIndex(names);
     auto& m = h.start();
     h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(gridCells(m.FG1), kWorkedGrid);
-    EXPECT_EQ(m.ItemRowCount, 3);
-    EXPECT_EQ(readFile(h.data("Car parts.csv")), kWorkedExample);
-    h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data("Car parts.csv")), kWorkedExample);
+    return m;
 }
 
-TEST(CategoryFile, GridIsWrittenAsTheWorkedExample) {
-    Harness h;
-    h.writeIndex({"Car parts"});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
-    h.run([&] {
-        setGrid(m, kWorkedGrid);
-        m.SaveCategoryFile();
-    });
-    EXPECT_EQ(readFile(h.data("Car parts.csv")), kWorkedExample);
-    // Saving moves nothing and changes no cell.
-    EXPECT_EQ(gridCells(m.FG1), kWorkedGrid);
+// The worked example: the grid is written as these bytes, the switch and Exit
+// leave them so, and a new start loads them into the same cells.
+TEST(CategoryFile, WorkedExampleByteForByte) {
+    const std::string bytes = crlf({kHeadingLine, "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234", "Wrench,,,,,,"});
+    const Table grid = withHeading({{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}, {"Wrench"}});
+    TempDir data, floppy;
+    {
+        Harness h(data.place(), floppy.place());
+        auto& m = startAndOpenFirst(h, {"Car parts"});
+        h.run([&] {
+            setGrid(m, grid);
+            m.SaveCategoryFile();
+        });
+        EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
+        EXPECT_EQ(gridCells(m.FG1), grid) << "saving changes no cell";
+    }
+    Harness h(data.place(), floppy.place());
+    auto& m = startAndOpenFirst(h, {});
+    EXPECT_EQ(gridCells(m.FG1), grid);
+    EXPECT_EQ(m.ItemRowCount, 3);
+    EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
+    h.click(m.cmdExit);
+    EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
 }
 
 // ---- LoadCategoryFile's outcomes ------------------------------------------------------------
@@ -67,9 +65,7 @@ class LoadCategoryFileTable : public ::testing::TestWithParam<LoadCase> {};
 TEST_P(LoadCategoryFileTable, LeavesTheGridAsTold) {
     const LoadCase& c = GetParam();
     Harness h;
-    h.writeIndex({"C"});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    auto& m = startAndOpenFirst(h, {"C"});
     if (c.bytes) writeFile(h.data("C.csv"), *c.bytes);
     else std::filesystem::remove(h.data("C.csv"));
     h.run([&] {
@@ -122,9 +118,7 @@ TEST(CategoryFile, CellsAndNamesRoundTripThroughExitAndStart) {
     TempDir data, floppy;
     {
         Harness h(data.place(), floppy.place());
-        h.writeIndex({name});
-        auto& m = h.start();
-        h.run([&] { m.lstCategory.setSelected(0); });
+        auto& m = startAndOpenFirst(h, {name});
         h.run([&] { setGrid(m, withHeading(items)); });
         h.click(m.cmdExit);
         auto bytes = readFile(h.data(name + ".csv")).value_or("");
@@ -140,65 +134,59 @@ TEST(CategoryFile, CellsAndNamesRoundTripThroughExitAndStart) {
 
 // ---- files that can't be read -----------------------------------------------------------------
 
-struct UnreadableFileTest : ::testing::Test {
-    Harness h;
-    const std::string kept = crlf({kHeadingLine, "precious,100.00,90.00,,,,"});
-    void SetUp() override {
-        h.writeIndex({"Alpha", "X"});
-        h.writeCategory("Alpha", {{"a1", "1"}});
-        writeFile(h.data("X.csv"), kept);
-    }
-    // A later run without the fault shows the category whole.
-    void expectWholeInAFreshStart() {
-        Harness again(h.data("").string(), h.floppy("").string());
-        again.start();
-        auto seen = openEveryCategory(again);
-        EXPECT_EQ(seen["X"], withHeading({{"precious", "100.00", "90.00"}}));
-        EXPECT_EQ(seen["Alpha"], withHeading({{"a1", "1"}}));
-    }
+// X's file exists but a read of it fails: the grid that holds what came of
+// that read is never saved under X's name, through switches, walks and Exit,
+// while another category is stored as ever.
+struct UnreadableCase {
+    const char* what;
+    long failingOpen; // -1: the file can't be read at all while the program runs
+    int rows;         // what the grid holds after the switch to X
 };
 
-TEST_F(UnreadableFileTest, FailedFirstLoadOfASwitchIsNotWrittenOver) {
-    auto& m = h.start();
-    h.files.arm(FaultyFiles::OpenRead, 0); // the switch's first load
-    h.run([&] { m.lstCategory.setSelected(1); });
-    ASSERT_TRUE(h.files.fired());
-    EXPECT_EQ(readFile(h.data("X.csv")), kept);
-    h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data("X.csv")), kept);
-    expectWholeInAFreshStart();
-}
+class UnreadableFile : public ::testing::TestWithParam<UnreadableCase> {};
 
-TEST_F(UnreadableFileTest, GridHoldingAFailedLoadIsNeverSavedUnderItsName) {
+TEST_P(UnreadableFile, IsNeverWrittenOver) {
+    const UnreadableCase& c = GetParam();
+    const std::string kept = crlf({kHeadingLine, "precious,100.00,90.00,,,,"});
+    Harness h;
+    h.writeIndex({"Alpha", "X"});
+    h.writeCategory("Alpha", {{"a1", "1"}});
+    writeFile(h.data("X.csv"), kept);
     auto& m = h.start();
-    h.files.arm(FaultyFiles::OpenRead, 1); // the switch's second load
+    if (c.failingOpen < 0) h.files.unreadable.insert(h.data("X.csv").string());
+    else h.files.arm(FaultyFiles::OpenRead, c.failingOpen);
     h.run([&] { m.lstCategory.setSelected(1); });
-    ASSERT_TRUE(h.files.fired());
-    EXPECT_EQ(m.FG1.Rows(), 1);
-    h.run([&] { m.SaveCategoryFile(); });
-    EXPECT_EQ(readFile(h.data("X.csv")), kept);
-    h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data("X.csv")), kept);
-    expectWholeInAFreshStart();
-}
-
-TEST_F(UnreadableFileTest, FileThatNeverReadsSurvivesWalksAndExit) {
-    h.files.unreadable.insert(h.data("X.csv").string());
-    auto& m = h.start();
-    h.selectCategory(1);
+    EXPECT_TRUE(c.failingOpen < 0 || h.files.fired()) << c.what;
     EXPECT_EQ(m.CurrentCategory, "X");
-    EXPECT_EQ(m.ItemRowCount, 1);
+    EXPECT_EQ(m.FG1.Rows(), c.rows) << c.what;
+    EXPECT_EQ(readFile(h.data("X.csv")), kept) << c.what;
+    h.run([&] { m.SaveCategoryFile(); });
+    EXPECT_EQ(readFile(h.data("X.csv")), kept) << c.what;
     h.selectCategory(0);
+    h.run([&] { m.FG1.setTextMatrix(1, 1, "2"); });
     h.selectCategory(1);
     h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data("X.csv")), kept);
+    EXPECT_EQ(readFile(h.data("X.csv")), kept) << c.what;
     EXPECT_TRUE(leftoverTemporaries(h.data("")).empty());
-    expectWholeInAFreshStart();
+    // A later run without the fault shows both categories whole.
+    Harness again(h.data("").string(), h.floppy("").string());
+    again.start();
+    auto seen = openEveryCategory(again);
+    EXPECT_EQ(seen["X"], withHeading({{"precious", "100.00", "90.00"}})) << c.what;
+    EXPECT_EQ(seen["Alpha"], withHeading({{"a1", "2"}})) << c.what;
 }
+
+INSTANTIATE_TEST_SUITE_P(CategoryFile, UnreadableFile,
+                         ::testing::Values(UnreadableCase{"never readable", -1, 1},
+                                           UnreadableCase{"the switch's first load fails", 0, 2},
+                                           UnreadableCase{"the switch's second load fails", 1, 1}),
+                         [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 // A read error in the middle of a long file leaves part of it in the grid: that
 // part must never replace the file.
-TEST_F(UnreadableFileTest, ReadErrorInTheMiddleOfAFileLeavesItWhole) {
+TEST(CategoryFile, ReadErrorInTheMiddleOfAFileLeavesItWhole) {
+    Harness h;
+    h.writeIndex({"Alpha", "X"});
     std::string big = std::string(kHeadingLine) + "\r\n";
     for (int i = 0; i < 3000; ++i) big += "row " + std::to_string(i) + ",1.00,,,,," + std::string(30, 'y') + "\r\n";
     writeFile(h.data("X.csv"), big);
@@ -226,102 +214,38 @@ TEST_F(UnreadableFileTest, ReadErrorInTheMiddleOfAFileLeavesItWhole) {
     EXPECT_EQ(readFile(h.data("X.csv")), big);
 }
 
-TEST(CategoryFileUnreadable, FolderInPlaceOfTheFileStaysAndOthersAreStored) {
-    Harness h;
-    h.writeIndex({"Alpha", "X"});
-    h.writeCategory("Alpha", {{"a1", "1"}});
-    std::filesystem::create_directory(h.data("X.csv"));
-    writeFile(h.data("X.csv") / "inside", "keep");
-    auto& m = h.start();
-    h.selectCategory(1);
-    EXPECT_EQ(m.CurrentCategory, "X");
-    h.selectCategory(0);
-    h.run([&] { m.FG1.setTextMatrix(1, 1, "2"); });
-    h.click(m.cmdExit);
-    EXPECT_TRUE(std::filesystem::is_directory(h.data("X.csv")));
-    EXPECT_EQ(readFile(h.data("X.csv") / "inside"), "keep");
-    EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine, "a1,2,,,,,"}));
-}
-
-TEST(CategoryFileUnreadable, SocketInPlaceOfTheFileIsNotReplaced) {
-    Harness h;
-    h.writeIndex({"X"});
-    const std::string path = h.data("X.csv").string();
-    int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(fd, 0);
-    sockaddr_un addr{};
-    addr.sun_family = AF_UNIX;
-    ASSERT_LT(path.size(), sizeof addr.sun_path);
-    std::copy(path.begin(), path.end(), addr.sun_path);
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr), 0);
-    auto& m = h.start();
-    h.selectCategory(0);
-    h.click(m.cmdExit);
-    ::close(fd);
-    EXPECT_TRUE(std::filesystem::is_socket(h.data("X.csv")));
-}
-
-TEST(CategoryFileMissing, BecomesAnEmptyCategoryWithAHeadingFile) {
-    Harness h;
-    h.writeIndex({"New"});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(m.ItemRowCount, 1);
-    EXPECT_FALSE(m.FG1.Visible());
-    EXPECT_EQ(gridCells(m.FG1), Table{headingRow()});
-    EXPECT_EQ(readFile(h.data("New.csv")), crlf({kHeadingLine}));
-}
-
 // ---- the grid's limit ------------------------------------------------------------------------------
 
-std::string linesOfItems(int items) {
-    std::string s = std::string(kHeadingLine) + "\r\n";
-    for (int i = 1; i <= items; ++i) s += "item " + std::to_string(i) + "," + std::to_string(i) + ".00,,,,,\r\n";
-    return s;
-}
-
-// Starts the program and opens its first category, "Big": the grid is full to its last row.
-qm::frmMain& openFullGrid(Harness& h) {
+// A file of 32767 lines fills the grid and is stored as ever; one more line and
+// the grid holds what fits, and the file is never written over in that run.
+TEST(CategoryFile, GridHoldsAtMost32767RowsAndALongerFileStays) {
+    auto linesOfItems = [](int items) {
+        std::string s = std::string(kHeadingLine) + "\r\n";
+        for (int i = 1; i <= items; ++i) s += "item " + std::to_string(i) + "," + std::to_string(i) + ".00,,,,,\r\n";
+        return s;
+    };
+    Harness h;
+    h.writeIndex({"Exact", "Over"});
+    const std::string exact = linesOfItems(32766), over = linesOfItems(32767);
+    writeFile(h.data("Exact.csv"), exact);
+    writeFile(h.data("Over.csv"), over);
     auto& m = h.start();
+    for (int i : {0, 1}) {
+        h.run([&] { m.lstCategory.setSelected(i); });
+        EXPECT_EQ(m.FG1.Rows(), 32767);
+        EXPECT_EQ(m.ItemRowCount, 32767);
+        EXPECT_EQ(m.FG1.TextMatrix(32766, 0), "item 32766");
+        h.run([&] { m.FG1.setTextMatrix(32766, 6, "last cell"); });
+    }
     h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(m.FG1.Rows(), 32767);
-    EXPECT_EQ(m.ItemRowCount, 32767);
-    EXPECT_EQ(m.FG1.TextMatrix(32766, 0), "item 32766");
-    return m;
-}
-
-TEST(CategoryFileLimit, FileOfExactlyTheGridsRowsRoundTrips) {
-    Harness h;
-    h.writeIndex({"Big"});
-    const std::string bytes = linesOfItems(32766);
-    writeFile(h.data("Big.csv"), bytes);
-    auto& m = openFullGrid(h);
-    h.run([&] { m.FG1.setTextMatrix(32766, 6, "last cell"); });
-    h.click(m.cmdExit);
-    std::string expected = bytes;
-    expected.insert(expected.size() - 2, "last cell");
-    EXPECT_EQ(readFile(h.data("Big.csv")), expected);
-}
-
-TEST(CategoryFileLimit, LongerFileLoadsWhatFitsAndIsNeverWrittenOver) {
-    Harness h;
-    h.writeIndex({"Big", "Small"});
-    h.writeCategory("Small", {{"s1"}});
-    const std::string bytes = linesOfItems(32767);
-    writeFile(h.data("Big.csv"), bytes);
-    auto& m = openFullGrid(h);
-    h.run([&] { m.FG1.setTextMatrix(1, 1, "edited"); });
     h.run([&] { m.lstCategory.setSelected(1); });
-    h.run([&] { m.lstCategory.setSelected(0); });
     h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data("Big.csv")), bytes);
-    EXPECT_EQ(readFile(h.data("Small.csv")), crlf({kHeadingLine, "s1,,,,,,"}));
+    EXPECT_EQ(readFile(h.data("Exact.csv")), exact.substr(0, exact.size() - 2) + "last cell\r\n");
+    EXPECT_EQ(readFile(h.data("Over.csv")), over);
 }
-
-// ---- names the file system takes otherwise -------------------------------------------------------
 
 // A category called "../victim" must never read or replace a file outside the data folder.
-TEST(CategoryFileNames, NameWithAFolderPartNeverReachesAnotherFolder) {
+TEST(CategoryFile, NameWithAFolderPartNeverReachesAnotherFolder) {
     TempDir root;
     std::filesystem::create_directory(root.path() / "data");
     std::filesystem::create_directory(root.path() / "floppy");
@@ -342,52 +266,6 @@ TEST(CategoryFileNames, NameWithAFolderPartNeverReachesAnotherFolder) {
     Harness h(dataPlace, floppyPlace);
     h.start();
     EXPECT_EQ(openEveryCategory(h)["../victim"], withHeading({{"kept", "1"}}));
-}
-
-// A name too long for a file name: nothing can be stored under it, silently,
-// and the other categories are stored as ever.
-TEST(CategoryFileNames, NameTooLongForAFileStoresNothingAndHarmsNothing) {
-    const std::string longName(300, 'n');
-    Harness h;
-    h.writeIndex({"Alpha", longName});
-    h.writeCategory("Alpha", {{"a1", "1"}});
-    auto& m = h.start();
-    h.selectCategory(1);
-    EXPECT_EQ(m.CurrentCategory, longName);
-    EXPECT_EQ(m.ItemRowCount, 1);
-    h.run([&] { setGrid(m, withHeading({{"lost"}})); });
-    h.selectCategory(0);
-    EXPECT_EQ(gridCells(m.FG1), withHeading({{"a1", "1"}}));
-    h.click(m.cmdExit);
-    EXPECT_EQ(h.program.ends, 1);
-    EXPECT_TRUE(leftoverTemporaries(h.dataDir.path()).empty());
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    again.start();
-    auto seen = openEveryCategory(again);
-    EXPECT_EQ(seen["Alpha"], withHeading({{"a1", "1"}}));
-    EXPECT_EQ(seen[longName], Table{headingRow()});
-}
-
-// Two different names must never share one file: a "/" stands in file names
-// as another character, and a name that holds that character must not meet it.
-TEST(CategoryFileNames, DifferentNamesNeverShareAFile_SuspectedBug) {
-    const std::string slash = "a/b", lookalike = "a\xE2\x88\x95" "b"; // U+2215 DIVISION SLASH
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        h.writeIndex({slash, lookalike});
-        auto& m = h.start();
-        h.run([&] { m.lstCategory.setText(slash); });
-        h.run([&] { setGrid(m, withHeading({{"from slash"}})); });
-        h.run([&] { m.lstCategory.setText(lookalike); });
-        h.run([&] { setGrid(m, withHeading({{"from lookalike"}})); });
-        h.click(m.cmdExit);
-    }
-    Harness h(data.place(), floppy.place());
-    h.start();
-    auto seen = openEveryCategory(h);
-    EXPECT_EQ(seen[slash], withHeading({{"from slash"}}));
-    EXPECT_EQ(seen[lookalike], withHeading({{"from lookalike"}}));
 }
 
 } // namespace
