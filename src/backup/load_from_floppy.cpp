@@ -39,6 +39,7 @@ void frmMain::cmdLoad_Click() {
                 "patient, this may take a few minutes.",
                 forms::vbOKCancel) == forms::vbCancel)
         return;
+    CompleteIndexPair(platform.places.floppyRoot); // a save to it that was cut short
     if (!FloppyIndexReadable()) {
         Message("The disk in " + platform.places.floppyRoot +
                 " holds no Quillmere database that can be loaded. Nothing was changed.");

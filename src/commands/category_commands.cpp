@@ -30,15 +30,30 @@ void frmMain::cmdAddCategory_Click() {
     const int count = lstCategory.ListCount();
     for (int i = 0; i < count; ++i) {
         lstCategory.setSelected(i);
-        if (lstCategory.Text() == NewCategoryName) {
+        // The entry's own text: a switch that had to keep an unsaved category
+        // leaves the selection on that one.
+        if (lstCategory.List(i) == NewCategoryName) {
             Message("You already have a category named " + NewCategoryName);
             NewCategoryName.clear();
             return;
         }
     }
+    const storage::Value countBefore = CategoryCount;
     CategoryCount = CategoryCount.plus(1);
     lstCategory.AddItem(NewCategoryName);
     lstCategory.setText(NewCategoryName);
+    if (lstCategory.Text() != NewCategoryName) {
+        // The open category could not be saved and stays open: the new one is
+        // not added, and the user (told by the switch) can try again.
+        for (int i = 0; i < lstCategory.ListCount(); ++i)
+            if (lstCategory.List(i) == NewCategoryName) {
+                lstCategory.RemoveItem(i);
+                break;
+            }
+        CategoryCount = countBefore;
+        NewCategoryName.clear();
+        return;
+    }
     CurrentCategory = NewCategoryName;
     lstCategory.TrySetFocus();
     NewCategoryName.clear();
@@ -69,13 +84,16 @@ void frmMain::cmdRenameCat_Click() {
     const int remembered = lstCategory.ListIndex();
     for (int i = 0; i < lstCategory.ListCount(); ++i) {
         lstCategory.setSelected(i);
-        if (lstCategory.Text() == target) {
+        if (lstCategory.List(i) == target) {
             Message("Error occured while renaming category. Category '" + target + "' already exists.");
             return;
         }
     }
     if (remembered >= 0 && remembered < lstCategory.ListCount()) lstCategory.setSelected(remembered);
     if (target.empty()) return;
+    // A category the walk could not leave unsaved is open instead of the one
+    // to be renamed: renaming it would be wrong; the user has been told.
+    if (lstCategory.ListIndex() != remembered) return;
     RenamePending = true;
     lstCategory.TrySetFocus();
 }

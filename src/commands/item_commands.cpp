@@ -27,7 +27,9 @@ void frmMain::cmdAddAsset_Click() {
             FG1.setRows(ItemRowCount);
             FG1.setTextMatrix(ItemRowCount - 1, 0, answer);
             SaveCategoryFile();
-            LoadCategoryFile();
+            // A row that reached no file stays in the grid, to be stored by the next save.
+            if (SaveFailed) ReportUnsaved(CurrentCategory.value_or(lstCategory.Text()));
+            else LoadCategoryFile();
             FG1.setFixedRows(1);
             FG1.setFixedCols(1);
             CurrentCategory = lstCategory.Text();

@@ -82,6 +82,12 @@ public:
     // Whether the last SaveCategoryFile met a failure, so that a caller about to
     // replace the grid can keep what did not reach the disk.
     bool SaveFailed = false;
+    // A save failed before the grid was to be replaced, so the grid was kept:
+    // the user has been told in the current event (once is enough).
+    bool UnsavedToldThisEvent = false;
+    // The switch puts the selection back on the category it could not leave;
+    // that selection runs no switch.
+    bool KeepingSelection = false;
 
     // ---- start and stop (mainwindow/program.cpp) --------------------------
     // Loads the window, shows it and gives the focus to the first control in tab order.
@@ -100,6 +106,10 @@ public:
     std::string CategoryPath(const std::string& place, const std::string& name) const;
     // "NumCats.csv" or "CatFiles.csv" in either place.
     bool IsIndexFile(const std::string& path) const;
+    // Finishes or drops a change of the index pair that an end of the process cut.
+    void CompleteIndexPair(const std::string& place);
+    // Puts the names (written whole under n) and the count in place as a pair.
+    void CommitIndexPair(const std::string& place, int n, const std::string& countLine, const std::string& names);
 
     // ---- switching (mainwindow/switching.cpp) ------------------------------
     void lstCategory_Click();
@@ -107,6 +117,12 @@ public:
     void lblCategory_Change();
     void ParkControls();
     void RestoreControls();
+    // Whether the grid holds a category of the list whose last save failed: it
+    // must not be replaced until it has been saved.
+    bool MustKeepGrid() const;
+    // Tells the user, once per event and never while the program ends, that a
+    // category could not be saved and stays in the window.
+    void ReportUnsaved(const std::string& name);
 
     // ---- cell editor (mainwindow/cell_editor.cpp) --------------------------
     void BeginCellEdit();

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "forms/failure.h"
 #include "forms/utf8.h"
 #include "mainwindow/frm_main.h"
@@ -25,12 +27,27 @@ void frmMain::RestoreControls() {
 // selected one (load, save, load again), adds up its totals and puts the window
 // back together. Selecting an entry from code runs it too.
 void frmMain::lstCategory_Click() {
+    if (KeepingSelection) return;
     Pic().ShowStockPicture();
     txtLoading.setVisible(true);
     ParkControls();
+    const std::string cost = txtCost.Text(), value = txtValue.Text();
     txtCost.setText("0");
     txtValue.setText("0");
     SaveCategoryFile();
+    if (MustKeepGrid()) {
+        // What the grid holds reached no disk: loading over it would lose it.
+        // The category being left stays open and selected, the window as it was.
+        KeepingSelection = true;
+        lstCategory.setText(*CurrentCategory);
+        KeepingSelection = false;
+        txtCost.setText(cost);
+        txtValue.setText(value);
+        RestoreControls();
+        txtLoading.setVisible(false);
+        ReportUnsaved(*CurrentCategory);
+        return;
+    }
     CurrentCategory = lstCategory.Text();
     LoadCategoryFile();
     FG1.setVisible(FG1.Rows() >= 2);
@@ -52,17 +69,49 @@ void frmMain::lstCategory_Click() {
 // category rename that a command has started.
 void frmMain::lstCategory_GotFocus() {
     if (RenamePending) {
-        std::string target = RenameTarget.value_or("");
+        const std::string target = RenameTarget.value_or("");
+        const std::optional<std::string> old = CurrentCategory;
         CurrentCategory = target;
         SaveCategoryFile();
-        RemoveSelectedCategory();
-        CategoryCount = CategoryCount.plus(1);
-        lstCategory.AddItem(target);
-        lstCategory.setText(target);
+        if (SaveFailed) {
+            // The items reached no file under the new name: the old entry and
+            // its file stay, and nothing is renamed.
+            CurrentCategory = old;
+            ReportUnsaved(old.value_or(target));
+        } else {
+            // The new entry comes in before the old one goes, so that every
+            // index written in between names the category under one of its names.
+            CategoryCount = CategoryCount.plus(1);
+            lstCategory.AddItem(target);
+            RemoveSelectedCategory();
+            lstCategory.setText(target);
+        }
         RenamePending = false;
         RenameTarget = std::string();
     }
     SaveCategoryList();
+}
+
+bool frmMain::MustKeepGrid() const {
+    if (!SaveFailed || !CurrentCategory) return false;
+    // A category no longer in the list (deleted, or renamed and saved under
+    // its new name) has nothing left to keep.
+    const auto& items = lstCategory.items();
+    return std::find(items.begin(), items.end(), *CurrentCategory) != items.end();
+}
+
+void frmMain::ReportUnsaved(const std::string& name) {
+    if (UnsavedToldThisEvent) return;
+    UnsavedToldThisEvent = true;
+    // Told when the event has ended: a walk goes on and meets the same disk at
+    // every step, and the user gets one message for it.
+    platform.runtime.post([this, name] {
+        UnsavedToldThisEvent = false;
+        if (ended_) return; // the program ends as it always did, in silence
+        Message("The category \"" + name +
+                "\" could not be saved. Its items are still in the window. Please check the disk (is it full?) and try "
+                "again.");
+    });
 }
 
 void frmMain::lblCategory_Change() {

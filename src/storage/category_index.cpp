@@ -1,3 +1,8 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
 
@@ -8,7 +13,90 @@ using forms::Failure;
 namespace {
 constexpr const char* kCountFile = "NumCats.csv";
 constexpr const char* kNamesFile = "CatFiles.csv";
+// The two index files change together: when the count changes, the new count
+// and names are first put here whole, then the names file and the count file
+// replaced in that order, and this file removed. A start that finds it
+// finishes the pair (the names are in place) or drops it (they are not).
+// Hidden, and not ending in ".csv": the database's wildcard never takes it.
+constexpr const char* kPairFile = ".quillmere-index";
+
+// A whole file's bytes, or nothing when it is missing; fails when it can't be read.
+std::optional<std::string> readWhole(forms::FilesPort& port, const std::string& path) {
+    std::unique_ptr<forms::InputStream> in;
+    try {
+        in = port.openRead(path);
+    } catch (const forms::FileNotFound&) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    char buf[16 * 1024];
+    while (std::size_t got = in->read(buf, sizeof buf)) bytes.append(buf, got);
+    return bytes;
+}
 } // namespace
+
+// The pair file holds the length of the count's bytes on a line of its own,
+// the count's bytes, then the names' bytes.
+void frmMain::CompleteIndexPair(const std::string& place) {
+    try {
+        const std::optional<std::string> pair = readWhole(files.files(), place + kPairFile);
+        if (!pair) return;
+        const std::size_t eol = pair->find("\r\n");
+        std::size_t countSize = 0;
+        bool whole = eol != std::string::npos && eol > 0 && eol <= 9 &&
+                     pair->find_first_not_of("0123456789") == eol;
+        if (whole) {
+            countSize = std::stoul(pair->substr(0, eol));
+            whole = eol + 2 + countSize <= pair->size();
+        }
+        if (whole) {
+            const std::string_view count = std::string_view(*pair).substr(eol + 2, countSize);
+            const std::string_view names = std::string_view(*pair).substr(eol + 2 + countSize);
+            if (readWhole(files.files(), place + kNamesFile) == std::optional<std::string>(names)) {
+                const int n = files.FreeFile();
+                files.OpenOutput(n, place + kCountFile);
+                files.WriteBytes(n, count);
+                files.Close(n);
+            }
+        }
+        files.Kill(place + kPairFile);
+    } catch (const Failure&) {
+        // Left for the next start.
+    }
+}
+
+// Called with the names file written whole and open under n.
+void frmMain::CommitIndexPair(const std::string& place, int n, const std::string& countLine, const std::string& names) {
+    std::optional<std::string> count;
+    try {
+        count = readWhole(files.files(), place + kCountFile);
+    } catch (const Failure&) {
+    }
+    if (count == countLine) {
+        files.Close(n); // the count stands: the names alone change, in one step
+        return;
+    }
+    int p = files.FreeFile();
+    files.OpenOutput(p, place + kPairFile);
+    files.WriteBytes(p, std::to_string(countLine.size()) + "\r\n" + countLine + names);
+    files.Close(p);
+    try {
+        files.Close(n);
+    } catch (const Failure&) {
+        // The old pair stands: the pair file would be dropped at the next start.
+        try {
+            files.Kill(place + kPairFile);
+        } catch (const Failure&) {
+        }
+        throw;
+    }
+    // From here on the pair file finishes the pair if this can't.
+    p = files.FreeFile();
+    files.OpenOutput(p, place + kCountFile);
+    files.WriteBytes(p, countLine);
+    files.Close(p);
+    files.Kill(place + kPairFile);
+}
 
 // Fills the list from "NumCats.csv" and "CatFiles.csv": exactly as many names
 // as the count says. It adds to the list and never selects an entry; any
@@ -17,6 +105,7 @@ constexpr const char* kNamesFile = "CatFiles.csv";
 // number of entries) is kept from being written over for the rest of the run.
 void frmMain::LoadCategoryList() {
     const std::string& place = ReadFromFloppy ? platform.places.floppyRoot : platform.places.dataFolder;
+    CompleteIndexPair(place);
     bool unreadable = false;
     int n = 0;
     try {
@@ -53,27 +142,31 @@ void frmMain::keepIndex(const std::string& place) {
 
 // Writes the count and the names. It reads the names by selecting each entry
 // in turn, so every category passes through the switch and is stored again:
-// the walk. The selection goes back to where it was at the end.
+// the walk. The selection goes back to where it was at the end. The two files
+// are replaced together, after the walk.
 void frmMain::SaveCategoryList() {
     const std::string remembered = lstCategory.Text();
     const std::string& place = WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder;
     const bool keepIndex = UnreadableFiles.count(place + kCountFile) || UnreadableFiles.count(place + kNamesFile);
     int n = 0;
     try {
+        std::string names;
         if (!keepIndex) {
-            n = files.FreeFile();
-            files.OpenOutput(n, place + kCountFile);
-            files.WriteLine(n, CategoryCount);
-            files.Close(n);
             n = files.FreeFile();
             files.OpenOutput(n, place + kNamesFile);
         }
         const int count = lstCategory.ListCount();
         for (int i = 0; i < count; ++i) {
             lstCategory.setSelected(i);
-            if (!keepIndex) files.WriteLine(n, std::string_view(lstCategory.Text()));
+            if (keepIndex) continue;
+            // The entry's own text: a switch that had to keep an unsaved
+            // category leaves the selection on that one.
+            const std::string& name = lstCategory.List(i);
+            files.WriteLine(n, std::string_view(name));
+            storage::AppendField(names, name);
+            names += "\r\n";
         }
-        if (!keepIndex) files.Close(n);
+        if (!keepIndex) CommitIndexPair(place, n, storage::EncodeValue(CategoryCount) + "\r\n", names);
     } catch (const Failure&) {
         // An index that could not be written whole is dropped: the old one stands.
         files.Abandon(n);

@@ -210,6 +210,103 @@ TEST(Switch, UnsavedEditsOfEachCategoryFollowItThroughManySwitches) {
         EXPECT_EQ(seen[n], withHeading({{std::string(n) + "1", "1", "", "012"}})) << n;
 }
 
+// ---- a save that fails before the grid is replaced ---------------------------------------------------------
+
+// Every command that saves the grid and then loads over it, on a disk that
+// fails every write from then on: the open category and what was typed stay
+// in the window, the user hears of it once, and a later save stores it all.
+struct KeptCase {
+    const char* name;
+    std::function<void(Harness&, qm::frmMain&)> act;
+    Table expectedB; // B's items at the next start, after an Exit with a good disk
+    int messages;
+    long failFrom = 0; // the first write operation that fails
+};
+
+class KeptOnFailedSave : public ::testing::TestWithParam<KeptCase> {};
+
+TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
+    const KeptCase& c = GetParam();
+    Harness h;
+    const std::vector<std::string> names = {"A", "B", "C"};
+    h.writeIndex(names);
+    for (const auto& n : names) h.writeCategory(n, {{n + "1", "1"}});
+    auto& m = h.start();
+    h.run([&] { m.lstCategory.setSelected(1); });
+    h.run([&] { m.FG1.setTextMatrix(1, 3, "edited"); });
+    const std::size_t told = h.dialogs.messages.size();
+    h.files.persistent = true;
+    h.files.arm(FaultyFiles::OpenWrite | FaultyFiles::Write | FaultyFiles::Commit, c.failFrom);
+    c.act(h, m);
+    h.files.persistent = false;
+    h.files.disarm();
+
+    EXPECT_EQ(m.lstCategory.items(), names);
+    EXPECT_EQ(m.lstCategory.Text(), "B");
+    EXPECT_EQ(m.CurrentCategory, "B");
+    EXPECT_EQ(m.FG1.TextMatrix(1, 3), "edited");
+    EXPECT_FALSE(m.txtLoading.Visible());
+    EXPECT_EQ(m.FG1.Left(), 120);
+    EXPECT_EQ(m.lstCategory.Left(), 1800);
+    std::vector<std::string> texts;
+    for (std::size_t i = told; i < h.dialogs.messages.size(); ++i) {
+        texts.push_back(h.dialogs.messages[i].text);
+        EXPECT_EQ(h.dialogs.messages[i].title, "Quillmere");
+    }
+    ASSERT_EQ(static_cast<int>(texts.size()), c.messages) << ::testing::PrintToString(texts);
+    if (c.messages) EXPECT_NE(texts[0].find("\"B\" could not be saved"), std::string::npos) << texts[0];
+
+    if (!m.ended()) h.click(m.cmdExit);
+    Harness again(h.dataDir.place(), h.floppyDir.place());
+    again.start();
+    EXPECT_EQ(again.m().lstCategory.items(), names);
+    EXPECT_EQ(openEveryCategory(again)["B"], withHeading(c.expectedB));
+}
+
+const Table kEditedB = {{"B1", "1", "", "edited"}};
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, KeptOnFailedSave,
+    ::testing::Values(
+        KeptCase{"Switch", [](Harness& h, qm::frmMain& m) { h.run([&] { m.lstCategory.setSelected(2); }); }, kEditedB, 1},
+        // The gain of focus can't write the index, so it runs no walk; the selection stops.
+        KeptCase{"ClickOnTheList", [](Harness& h, qm::frmMain&) { h.selectCategory(0); }, kEditedB, 1},
+        // The index file opens, then every save fails: each step of the walk stops.
+        KeptCase{"Walk",
+                 [](Harness& h, qm::frmMain& m) {
+                     h.focus(m.cmdAddAsset);
+                     h.focus(m.lstCategory);
+                 },
+                 kEditedB, 1, 1},
+        KeptCase{"AddItem",
+                 [](Harness& h, qm::frmMain& m) {
+                     h.dialogs.inputAnswers.push_back("new thing");
+                     h.click(m.cmdAddAsset);
+                     EXPECT_EQ(m.FG1.TextMatrix(2, 0), "new thing");
+                 },
+                 {{"B1", "1", "", "edited"}, {"new thing"}}, 1},
+        KeptCase{"AddCategory",
+                 [](Harness& h, qm::frmMain& m) {
+                     h.dialogs.inputAnswers.push_back("D");
+                     h.click(m.cmdAddCategory);
+                 },
+                 kEditedB, 1},
+        KeptCase{"RenameCategory",
+                 [](Harness& h, qm::frmMain& m) {
+                     h.dialogs.inputAnswers.push_back("Z");
+                     h.click(m.cmdRenameCat);
+                     EXPECT_FALSE(m.RenamePending);
+                 },
+                 kEditedB, 1},
+        // Exit says nothing and ends, as always; what it could not store is lost.
+        KeptCase{"Exit",
+                 [](Harness& h, qm::frmMain& m) {
+                     h.click(m.cmdExit);
+                     EXPECT_EQ(h.program.ends, 1);
+                 },
+                 {{"B1", "1"}}, 0}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 // ---- the stock picture -----------------------------------------------------------------------------------
 
 TEST(SwitchPicture, StockPictureIsShownAndFrmPicMadeHidden) {

@@ -102,6 +102,7 @@ struct Reference {
     long totalOps = 0;
     std::vector<long> stepStart;                 // operation count when step i begins
     std::vector<std::vector<std::string>> lists; // the list when step i begins; the last one at the end
+    std::vector<std::string> selected;           // the selected entry when step i begins; the last one at the end
     std::vector<long> writeOps;                  // numbers of the operations that change a file
     std::map<std::string, std::set<std::string>> versions; // file name -> the start content and every one committed
     Restart end;                                 // what a start after the session shows
@@ -109,6 +110,13 @@ struct Reference {
 const Reference& reference();
 // The step (0: the start) during which operation n runs.
 std::size_t stepOfOp(const Reference& r, long n);
+
+// The session run by a user who reads the program's messages: a step after
+// which the program said that a category could not be saved, and which did not
+// get where it got in the reference run, is done once more.
+void runSessionRetrying(qmtest::Harness& h, qm::frmMain& m, const Reference& ref);
+// Whether a message since the n-th said that a category could not be saved.
+bool toldUnsaved(const qmtest::ScriptedDialogs& d, std::size_t since);
 
 // Each problem found, by kind, with the first places that showed it.
 struct Tally {

@@ -47,7 +47,7 @@ void writeFile(const fs::path& p, const std::string& bytes) {
 void FaultyFiles::check(Op op, const std::string& what) {
     if (!(kinds_ & op)) return;
     long n = count_++;
-    if (n == failAt_) {
+    if (n == failAt_ || (persistent && failAt_ >= 0 && n > failAt_)) {
         fired_ = true;
         throw forms::Failure("injected fault: " + what);
     }

@@ -56,6 +56,8 @@ public:
     // Files that exist but can never be read (a read error, not a missing file),
     // for as long as they are in this set.
     std::set<std::string> unreadable;
+    // Every armed operation from the one numbered failAt on fails: a disk that stays full.
+    bool persistent = false;
     // Called by the streams.
     void check(Op op, const std::string& what);
 
