@@ -11,6 +11,7 @@ QM_PACKAGES=(
     xvfb xauth xdotool imagemagick               # a virtual display and screenshots
     desktop-file-utils                           # checking and registering the desktop entry
     poppler-utils                                # reading printed PDFs in tests
+    dpkg-dev                                     # the Debian package (dpkg-shlibdeps)
 )
 
 # Installs the missing packages with apt-get, without questions. The package lists

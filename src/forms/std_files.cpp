@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -41,6 +43,14 @@ private:
     std::FILE* f_;
 };
 
+void syncFolder(const std::string& path) {
+    const std::string folder = fs::path(path).parent_path().string();
+    const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return;
+    (void)::fsync(fd);
+    ::close(fd);
+}
+
 class StdOutput : public OutputStream {
 public:
     StdOutput(std::FILE* f, std::string temp, std::string target) : f_(f), temp_(std::move(temp)), target_(std::move(target)) {}
@@ -56,12 +66,15 @@ public:
         if (!f_) throw Failure("file is closed");
         std::FILE* f = f_;
         f_ = nullptr;
-        bool ok = std::fflush(f) == 0;
+        bool ok = std::fflush(f) == 0 && ::fsync(::fileno(f)) == 0;
         int err = errno;
         if (std::fclose(f) != 0 && ok) { ok = false; err = errno; }
         if (!ok) fail("write error on", target_, err);
         if (std::rename(temp_.c_str(), target_.c_str()) != 0) fail("can't replace", target_, errno);
         committed_ = true;
+        // The new name is in the folder's own data: flushed too. The file is in
+        // place whatever this meets, so a failure here is no failure of the commit.
+        syncFolder(target_);
     }
 
 private:
@@ -82,6 +95,29 @@ std::string StdFiles::temporaryName(const std::string& path) {
 
 bool StdFiles::isTemporaryName(const std::string& fileName) {
     return fileName.rfind(std::string(".") + kTempMark, 0) == 0;
+}
+
+int StdFiles::removeLeftoverTemporaries(const std::string& folder, std::int64_t startedAt) {
+    const std::string mark = std::string(".") + kTempMark;
+    int removed = 0;
+    std::error_code ec;
+    fs::directory_iterator it(folder, ec), end;
+    for (; !ec && it != end; it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        if (name.rfind(mark, 0) != 0) continue;
+        // <pid>-<counter>, digits only.
+        const std::string rest = name.substr(mark.size());
+        const std::size_t dash = rest.find('-');
+        auto digits = [](const std::string& t) { return !t.empty() && t.size() <= 18 && t.find_first_not_of("0123456789") == std::string::npos; };
+        if (dash == std::string::npos || !digits(rest.substr(0, dash)) || !digits(rest.substr(dash + 1))) continue;
+        struct stat st;
+        if (::lstat(it->path().c_str(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_mtim.tv_sec >= startedAt) continue;
+        // A process that still runs may be writing it: left alone.
+        const long pid = std::stol(rest.substr(0, dash));
+        if (pid == ::getpid() || (pid > 0 && pid <= INT32_MAX && (::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH))) continue;
+        if (::unlink(it->path().c_str()) == 0) ++removed;
+    }
+    return removed;
 }
 
 // A name with a NUL byte in it would be cut there by the system: it names no file.

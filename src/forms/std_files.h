@@ -1,11 +1,15 @@
 #pragma once
+#include <cstdint>
+
 #include "forms/ports.h"
 
 namespace forms {
 
 // Files on the local file system. A file is written under a hidden temporary
 // name in its own folder and renamed over the old one when it is complete, so
-// that a crash or a full disk never leaves a cut file.
+// that a crash or a full disk never leaves a cut file. The bytes reach the
+// disk before the rename, and the rename before the commit returns, so that a
+// power loss can't leave an empty file either.
 class StdFiles : public FilesPort {
 public:
     std::unique_ptr<InputStream> openRead(const std::string& path) override;
@@ -18,6 +22,12 @@ public:
     // The temporary name a file is written under until its commit; it never ends in ".csv".
     static std::string temporaryName(const std::string& path);
     static bool isTemporaryName(const std::string& fileName);
+
+    // Removes from folder the temporaries that a process ended in the middle
+    // of a write left behind: only names of exactly our pattern, last changed
+    // before startedAt (seconds of the real-time clock), of a process that no
+    // longer runs. Gives how many went.
+    static int removeLeftoverTemporaries(const std::string& folder, std::int64_t startedAt);
 };
 
 } // namespace forms

@@ -6,6 +6,9 @@
 #include <QIcon>
 #include <QPainter>
 #include <clocale>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
 
 #include "forms/locale_currency.h"
 #include "forms/runtime.h"
@@ -49,6 +52,7 @@ QIcon applicationIcon() {
 } // namespace
 
 int main(int argc, char** argv) {
+    const std::int64_t startedAt = static_cast<std::int64_t>(std::time(nullptr));
     QApplication app(argc, argv);
     // Qt takes the user's locale for the C library; numbers in files stay in C.
     std::setlocale(LC_NUMERIC, "C");
@@ -63,13 +67,22 @@ int main(int argc, char** argv) {
     qtface::QtHost host(runtime);
     runtime.setHost(&host);
 
+    // A first start after the install finds no data folder: it is made, with
+    // the shipped files from share/quillmere/ beside the program's folder.
+    // Writes that an earlier run could not finish are cleared away.
+    const storage::Places places = storage::shippedPlaces();
+    const QString share = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../share/quillmere/"));
+    const std::string problems = storage::PrepareDataFolder(places.dataFolder, QDir::cleanPath(share).toStdString() + "/");
+    if (!problems.empty()) std::fputs(("quillmere: " + problems).c_str(), stderr);
+    forms::StdFiles::removeLeftoverTemporaries(places.dataFolder, startedAt);
+
     forms::StdFiles files;
     qtface::QtDialogs dialogs([&host] { host.sync(); });
     qtface::QtPictures pictures(host.twips());
     qtface::QtPrinter printer(qm::kAppTitle);
     forms::LocaleCurrency currency("");
     qtface::QtProgram program;
-    qm::Platform platform{runtime, files, dialogs, pictures, printer, currency, program, storage::shippedPlaces()};
+    qm::Platform platform{runtime, files, dialogs, pictures, printer, currency, program, places};
     qm::modGlobalVars globals;
 
     qm::frmMain main(platform, globals);

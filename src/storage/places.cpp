@@ -1,6 +1,8 @@
 #include "storage/places.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 namespace storage {
 
@@ -34,6 +36,23 @@ std::string FileStem(const std::string& name) {
         }
     }
     return out;
+}
+
+std::string PrepareDataFolder(const std::string& dataFolder, const std::string& shareFolder) {
+    namespace fs = std::filesystem;
+    std::string problems;
+    std::error_code ec;
+    fs::create_directories(dataFolder, ec);
+    if (ec) return "can't make the data folder " + dataFolder + ": " + ec.message() + "\n";
+    for (const char* name : kShippedFiles) {
+        const fs::path target = fs::path(dataFolder) / name, source = fs::path(shareFolder) / name;
+        if (fs::exists(fs::symlink_status(target, ec))) continue; // the user's own, whatever it is
+        if (!fs::is_regular_file(source, ec)) continue;            // a program that was not installed
+        // skip_existing: a file that appeared meanwhile is not replaced either.
+        fs::copy_file(source, target, fs::copy_options::skip_existing, ec);
+        if (ec) problems += "can't copy " + source.string() + " to " + target.string() + ": " + ec.message() + "\n";
+    }
+    return problems;
 }
 
 } // namespace storage

@@ -23,4 +23,14 @@ std::string FileStem(const std::string& name);
 // The longest file name the file systems we meet accept, in bytes.
 inline constexpr std::size_t kMaxFileName = 255;
 
+// The files a data folder starts with: installed with the program, read only.
+inline constexpr const char* kShippedFiles[] = {"NoPic.jpg", "Readme.htm"};
+
+// Makes the data folder (and the folders above it) if it is missing, and
+// copies each shipped file that it lacks from shareFolder (the installed
+// share/quillmere/; a file missing there is skipped). A file already there is
+// never replaced. Gives what could not be done, one line each, or "" when all
+// went well.
+std::string PrepareDataFolder(const std::string& dataFolder, const std::string& shareFolder);
+
 } // namespace storage

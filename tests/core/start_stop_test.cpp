@@ -2,7 +2,15 @@
 // other end of the program) leaves behind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+#include <unistd.h>
+
 #include "forms/menu.h"
+#include "forms/std_files.h"
+#include "storage/places.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -132,6 +140,59 @@ TEST(Exit, WithTheDataFolderMissingStoresNothingAndCreatesNoFolder) {
     h.click(m.cmdExit);
     EXPECT_EQ(h.program.ends, 1);
     EXPECT_FALSE(std::filesystem::exists(gone));
+}
+
+// ---- the data folder at a first start ---------------------------------------------------------------
+
+TEST(DataFolder, IsMadeWithTheShippedFilesAndTheUsersOwnAreKept) {
+    TempDir root;
+    const std::filesystem::path share = root.path() / "share", data = root.path() / "home/.local/share/Quillmere";
+    std::filesystem::create_directories(share);
+    writeFile(share / "NoPic.jpg", "shipped picture");
+    writeFile(share / "Readme.htm", "shipped help");
+
+    EXPECT_EQ(storage::PrepareDataFolder(data.string() + "/", share.string() + "/"), "");
+    EXPECT_EQ(folderBytes(data), (std::map<std::string, std::string>{{"NoPic.jpg", "shipped picture"}, {"Readme.htm", "shipped help"}}));
+
+    // A later start replaces nothing, and brings back only what is missing.
+    writeFile(data / "Readme.htm", "the user's own");
+    std::filesystem::remove(data / "NoPic.jpg");
+    writeFile(share / "NoPic.jpg", "a newer picture");
+    EXPECT_EQ(storage::PrepareDataFolder(data.string() + "/", share.string() + "/"), "");
+    EXPECT_EQ(folderBytes(data), (std::map<std::string, std::string>{{"NoPic.jpg", "a newer picture"}, {"Readme.htm", "the user's own"}}));
+
+    // Run from the build folder: no shipped files, nothing to say.
+    TempDir other;
+    EXPECT_EQ(storage::PrepareDataFolder(other.place() + "data/", other.place() + "nowhere/"), "");
+    EXPECT_TRUE(std::filesystem::is_directory(other.path() / "data"));
+    // A data folder that can't be made is told.
+    writeFile(other.path() / "file", "");
+    EXPECT_NE(storage::PrepareDataFolder(other.place() + "file/data/", share.string() + "/"), "");
+}
+
+TEST(DataFolder, OnlyOurOwnLeftoverTemporariesOfEndedProcessesAreCleared) {
+    TempDir dir;
+    const std::int64_t start = static_cast<std::int64_t>(std::time(nullptr));
+    auto make = [&](const std::string& name, std::int64_t age) {
+        writeFile(dir.path() / name, "x");
+        const auto when = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(age);
+        std::filesystem::last_write_time(dir.path() / name, when);
+    };
+    // A process number that no process has: above the kernel's largest.
+    const std::string gone = "4194305";
+    make(".quillmere-tmp-" + gone + "-0", 60);                          // cleared
+    make(".quillmere-tmp-" + gone + "-17", 3600);                       // cleared
+    make(".quillmere-tmp-" + gone + "-1", -5);                          // newer than the start: kept
+    make(".quillmere-tmp-1-3", 60);                                     // a process that runs: kept
+    make(".quillmere-tmp-" + std::to_string(::getpid()) + "-2", 60);    // ours: kept
+    make(".quillmere-tmp-" + gone + "-2.csv", 60);                      // not the pattern: kept
+    make(".quillmere-tmp-x-2", 60);
+    make(".quillmere-index", 60);
+    make("Car parts.csv", 60);
+    EXPECT_EQ(forms::StdFiles::removeLeftoverTemporaries(dir.place(), start), 2);
+    const auto left = folderNames(dir.path());
+    EXPECT_EQ(left.size(), 7u);
+    EXPECT_EQ(left.count(".quillmere-tmp-" + gone + "-0"), 0u);
 }
 
 // ---- every road out ------------------------------------------------------------------------
