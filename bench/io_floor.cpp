@@ -3,12 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
-#include <benchmark/benchmark.h>
-
+#include "goals.h"
 #include "paired_samples.h"
 
 namespace qmbench {
@@ -70,6 +70,40 @@ Timing IoFloor::switchTiming(const std::vector<std::string>& files) {
     }
     removeScratch();
     return total;
+}
+
+void measureAgainstIoFloor(benchmark::State& state, const std::function<FloorSubject()>& make) {
+    try {
+        const FloorSubject subject = make();
+        if (std::string p = subject.verify(); !p.empty()) {
+            state.SkipWithError(p.c_str());
+            return;
+        }
+        IoFloor ioFloor(subject.scratch);
+        flushPendingWrites(subject.folder);
+        PairedSamples samples;
+        for (auto _ : state) {
+            const std::vector<std::string> files = subject.files();
+            Timing t = timingOf(subject.run);
+            if (std::string p = subject.problem(); !p.empty()) {
+                state.SkipWithError(p.c_str());
+                break;
+            }
+            samples.add(t, ioFloor.switchTiming(files));
+            state.SetIterationTime(t.wall);
+        }
+        samples.report(state);
+    } catch (const std::exception& e) {
+        state.SkipWithError(e.what());
+    }
+}
+
+void registerAgainstIoFloor(const std::string& name, void (*fn)(benchmark::State&), const std::string& label,
+                            std::optional<double> limit) {
+    registerGoals(name, fn,
+                  {{"ratio", label, limit}, {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
 }
 
 } // namespace qmbench

@@ -1,7 +1,11 @@
 #pragma once
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #include "paired_samples.h"
 
@@ -34,5 +38,25 @@ private:
     void removeScratch();
     std::string scratch_[2];
 };
+
+// A piece of the program's work measured against the I/O floor of the files it touches.
+struct FloorSubject {
+    std::string scratch;                             // stem of the floor's files
+    std::string folder;                              // its pending writes go before measuring
+    std::function<std::string()> verify;             // once, first: empty if the fixture is sound
+    std::function<void()> run;                       // the work measured
+    std::function<std::string()> problem;            // after each run: empty if it left all as it should
+    std::function<std::vector<std::string>()> files; // the files of the floor paired with a run
+};
+
+// The benchmark loop: each run timed and paired with the floor of its files in
+// turn; the ratios reported. A fixture that can't be made (std::exception) or
+// a problem found ends the benchmark with the reason.
+void measureAgainstIoFloor(benchmark::State& state, const std::function<FloorSubject()>& make);
+
+// Registers such a benchmark with its lines of the summary: the wall-clock
+// ratio under the limit (if any), and the CPU ratio beside it.
+void registerAgainstIoFloor(const std::string& name, void (*fn)(benchmark::State&), const std::string& label,
+                            std::optional<double> limit);
 
 } // namespace qmbench

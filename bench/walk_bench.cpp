@@ -2,14 +2,12 @@
 // least I/O of as many switches: each file read twice and written twice with
 // plain streams. Reported for comparison with the desktop face; no limit.
 #include <cstdio>
-#include <exception>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include "goals.h"
 #include "io_floor.h"
-#include "paired_samples.h"
 #include "sample_data.h"
 #include "support/scripted_platform.h"
 
@@ -73,31 +71,18 @@ std::unique_ptr<WalkCategories>& instance() {
 }
 
 void walk50x500(benchmark::State& state) {
-    try {
+    measureAgainstIoFloor(state, [&state] {
         if (!instance()) instance() = std::make_unique<WalkCategories>();
         WalkCategories& w = *instance();
-        if (std::string p = w.verifyWalk(); !p.empty()) {
-            state.SkipWithError(p.c_str());
-            return;
-        }
-        IoFloor ioFloor(w.scratch);
-        flushPendingWrites(w.h.dataDir.place());
-        PairedSamples samples;
-        for (auto _ : state) {
-            Timing subject = timingOf([&] { w.h.run([&] { w.h.m().SaveCategoryList(); }); });
-            if (std::string p = w.problem(); !p.empty()) {
-                state.SkipWithError(p.c_str());
-                break;
-            }
-            samples.add(subject, ioFloor.switchTiming(w.files));
-            state.SetIterationTime(subject.wall);
-        }
-        samples.report(state);
         state.counters["categories"] = WalkCategories::kCategories;
         state.counters["rows"] = WalkCategories::kRows;
-    } catch (const std::exception& e) {
-        state.SkipWithError(e.what());
-    }
+        return FloorSubject{w.scratch,
+                            w.h.dataDir.place(),
+                            [&w] { return w.verifyWalk(); },
+                            [&w] { w.h.run([&w] { w.h.m().SaveCategoryList(); }); },
+                            [&w] { return w.problem(); },
+                            [&w] { return w.files; }};
+    });
 }
 
 } // namespace
@@ -105,11 +90,7 @@ void walk50x500(benchmark::State& state) {
 void releaseWalkCategories() { instance().reset(); }
 
 void registerWalkBenchmarks() {
-    registerGoals("Walk50x500", walk50x500,
-                  {{"ratio", "walk over 50 categories of 500 rows, vs I/O floor", std::nullopt},
-                   {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
+    registerAgainstIoFloor("Walk50x500", walk50x500, "walk over 50 categories of 500 rows, vs I/O floor", std::nullopt);
 }
 
 } // namespace qmbench
