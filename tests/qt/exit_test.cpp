@@ -12,11 +12,8 @@ using qttest::QtHarness;
 class ExitTest : public QObject {
     Q_OBJECT
 private slots:
-    void ctrlXInTheListExits();
-    void ctrlXOnAButtonExits();
-    void ctrlXInTheCellEditorExitsWithoutCutting();
-    void exitButtonExits();
-    void closeByTheWindowManagerRunsTheExitSteps();
+    void everyWayOutStoresAndEndsOnce_data();
+    void everyWayOutStoresAndEndsOnce();
     void menuKeysReachTheMenuFromTextBoxes_data();
     void menuKeysReachTheMenuFromTextBoxes();
 };
@@ -31,83 +28,71 @@ void writeData(QtHarness& h) {
 
 std::string fileText(QtHarness& h, const std::string& name) { return qmtest::readFile(h.core.data(name)).value_or("<missing>"); }
 
-// The index and both categories were written by the exit.
-void checkSaved(QtHarness& h) {
-    QCOMPARE(h.core.program.ends, 1);
-    QVERIFY(h.m().ended());
-    QCOMPARE(fileText(h, "CatFiles.csv"), std::string("Garage\r\nKitchen\r\n"));
-    QVERIFY(fileText(h, "NumCats.csv").find('2') != std::string::npos);
-    QVERIFY(!h.topWidget()->isVisible());
-}
-
-// The first category open, with the cell editor holding the focus.
-QLineEdit* openCellEditor(QtHarness& h) {
-    writeData(h);
-    if (!h.start()) return nullptr;
-    h.clickListEntry(0);
+// A category open by a click on its entry, with the cell editor (on the item's
+// last cell) holding the focus.
+QLineEdit* openCellEditor(QtHarness& h, int entry) {
+    h.clickListEntry(entry);
     auto* t1 = h.widgetAs<QLineEdit>(h.m().T1);
     return t1->isVisible() && QApplication::focusWidget() == t1 ? t1 : nullptr;
 }
 
+enum Way { ListKey, ButtonKey, EditorKey, ExitButton, WindowClose };
+
 } // namespace
 
-void ExitTest::ctrlXInTheListExits() {
+void ExitTest::everyWayOutStoresAndEndsOnce_data() {
+    QTest::addColumn<int>("way");
+    QTest::addColumn<QString>("file"); // a category typed into first, and what its file then holds
+    QTest::addColumn<QString>("line");
+    QTest::newRow("Ctrl+X in the list") << int(ListKey) << "" << "";
+    QTest::newRow("Ctrl+X on a button") << int(ButtonKey) << "" << "";
+    QTest::newRow("Ctrl+X in the cell editor, all selected: no cut") << int(EditorKey) << "Garage.csv" << "Drill,120,80,,,,SN19";
+    QTest::newRow("the Exit button") << int(ExitButton) << "" << "";
+    QTest::newRow("a close by the window manager") << int(WindowClose) << "Kitchen.csv" << "Pan,10,5,,,,!";
+}
+
+void ExitTest::everyWayOutStoresAndEndsOnce() {
+    QFETCH(int, way);
+    QFETCH(QString, file);
+    QFETCH(QString, line);
     QtHarness h;
     writeData(h);
     QVERIFY(h.start());
-    std::filesystem::remove(h.core.data("CatFiles.csv"));
-    h.host.dispatch([&] { h.m().lstCategory.TrySetFocus(); });
-    QTest::keyClick(h.list(), Qt::Key_X, Qt::ControlModifier);
-    checkSaved(h);
-}
-
-void ExitTest::ctrlXOnAButtonExits() {
-    QtHarness h;
-    writeData(h);
-    QVERIFY(h.start());
-    std::filesystem::remove(h.core.data("CatFiles.csv"));
-    QCOMPARE(QApplication::focusWidget(), h.widget(h.m().cmdAddCategory));
-    QTest::keyClick(h.widget(h.m().cmdAddCategory), Qt::Key_X, Qt::ControlModifier);
-    checkSaved(h);
-}
-
-void ExitTest::ctrlXInTheCellEditorExitsWithoutCutting() {
-    QtHarness h;
-    QLineEdit* t1 = openCellEditor(h);
-    QVERIFY(t1);
     auto& m = h.m();
-    QTest::keyClicks(t1, "9");
-    h.host.dispatch([&] { m.T1.placeCaret(0, m.T1.length()); }); // all selected: a cut would empty it
-    QTest::keyClick(t1, Qt::Key_X, Qt::ControlModifier);
-    checkSaved(h);
-    // The edit reached the file of the open category; nothing was cut.
-    QVERIFY(fileText(h, "Garage.csv").find("SN19") != std::string::npos);
-    QCOMPARE(m.FG1.TextMatrix(1, 6), std::string("SN19"));
-}
-
-void ExitTest::exitButtonExits() {
-    QtHarness h;
-    writeData(h);
-    QVERIFY(h.start());
+    QLineEdit* t1 = nullptr;
+    if (!file.isEmpty()) {
+        t1 = openCellEditor(h, way == EditorKey ? 0 : 1);
+        QVERIFY(t1);
+        QTest::keyClicks(t1, way == EditorKey ? "9" : "!");
+    }
     std::filesystem::remove(h.core.data("CatFiles.csv"));
-    h.click(h.m().cmdExit);
-    checkSaved(h);
+    switch (way) {
+    case ListKey:
+        h.host.dispatch([&] { m.lstCategory.TrySetFocus(); });
+        QTest::keyClick(h.list(), Qt::Key_X, Qt::ControlModifier);
+        break;
+    case ButtonKey:
+        QCOMPARE(QApplication::focusWidget(), h.widget(m.cmdAddCategory));
+        QTest::keyClick(h.widget(m.cmdAddCategory), Qt::Key_X, Qt::ControlModifier);
+        break;
+    case EditorKey:
+        h.host.dispatch([&] { m.T1.placeCaret(0, m.T1.length()); }); // all selected: a cut would empty it
+        QTest::keyClick(t1, Qt::Key_X, Qt::ControlModifier);
+        QCOMPARE(m.FG1.TextMatrix(1, 6), std::string("SN19"));
+        break;
+    case ExitButton: h.click(m.cmdExit); break;
+    default: h.topWidget()->close();
+    }
+    // The index and both categories were written by the exit.
+    QCOMPARE(h.core.program.ends, 1);
+    QVERIFY(m.ended());
+    QCOMPARE(fileText(h, "CatFiles.csv"), std::string("Garage\r\nKitchen\r\n"));
+    QVERIFY(fileText(h, "NumCats.csv").find('2') != std::string::npos);
+    QVERIFY(!h.topWidget()->isVisible());
+    if (!file.isEmpty()) QVERIFY(fileText(h, file.toStdString()).find(line.toStdString() + "\r\n") != std::string::npos);
     // A second request finds the exit done.
     h.topWidget()->close();
     QCOMPARE(h.core.program.ends, 1);
-}
-
-void ExitTest::closeByTheWindowManagerRunsTheExitSteps() {
-    QtHarness h;
-    writeData(h);
-    QVERIFY(h.start());
-    h.clickListEntry(1);
-    QTest::keyClicks(h.widget(h.m().T1), "!");
-    std::filesystem::remove(h.core.data("CatFiles.csv"));
-    h.topWidget()->close();
-    checkSaved(h);
-    // The editor opened on the last cell of the item; what was typed there is stored.
-    QVERIFY(fileText(h, "Kitchen.csv").find("Pan,10,5,,,,!") != std::string::npos);
 }
 
 void ExitTest::menuKeysReachTheMenuFromTextBoxes_data() {
@@ -126,7 +111,9 @@ void ExitTest::menuKeysReachTheMenuFromTextBoxes() {
     QFETCH(int, modifiers);
     QFETCH(QString, entry);
     QtHarness h;
-    QLineEdit* t1 = openCellEditor(h);
+    writeData(h);
+    QVERIFY(h.start());
+    QLineEdit* t1 = openCellEditor(h, 0);
     QVERIFY(t1);
     auto& m = h.m();
     // Put a probe on the entry, whatever the program runs there.
