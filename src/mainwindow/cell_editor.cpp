@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "forms/failure.h"
 #include "forms/utf8.h"
 #include "mainwindow/frm_main.h"
@@ -5,6 +7,60 @@
 namespace qm {
 
 using forms::Failure;
+
+namespace {
+
+// Whether the current cell lies wholly in view, so that reading its position
+// would not scroll. The grid answers it by its own reckoning: the read is tried,
+// and a view it moved goes back where the user left it, with no Scroll event
+// either way.
+bool currentCellInView(forms::Grid& grid) {
+    const int top = grid.TopRow(), left = grid.LeftCol();
+    auto scroll = std::exchange(grid.Scroll, nullptr);
+    (void)grid.CellTop();
+    (void)grid.CellLeft();
+    const bool inView = grid.TopRow() == top && grid.LeftCol() == left;
+    if (!inView) grid.userScrollTo(top, left);
+    grid.Scroll = std::move(scroll);
+    return inView;
+}
+
+// The grid takes the focus and the editor stays closed: the grid's GotFocus
+// would bring the current cell back into view and undo the user's scroll.
+void focusGridKeepingEditorClosed(frmMain& m) {
+    auto gotFocus = std::exchange(m.FG1.GotFocus, nullptr);
+    m.platform.runtime.dispatch([&] { m.FG1.TrySetFocus(); });
+    m.FG1.GotFocus = std::move(gotFocus);
+}
+
+bool editorCoversCurrentCell(frmMain& m) {
+    return m.T1.Visible() && m.T1.hasFocus() && m.T1.Left() == m.FG1.Left() + m.FG1.CellLeft() &&
+           m.T1.Top() == m.FG1.Top() + m.FG1.CellTop() && m.T1.Width() == m.FG1.CellWidth() &&
+           m.T1.Height() == m.FG1.CellHeight();
+}
+
+// After a scroll that closed the editor: it opens again over the current cell
+// at its new place if the cell is still in view, else the grid keeps the focus
+// (a key then opens the editor and brings the cell back). Either way no key can
+// reach a hidden editor that lies over some other cell.
+void reopenAfterScroll(frmMain& m) {
+    forms::Control* focused = m.platform.runtime.focused();
+    if (focused != &m.T1 && focused != &m.FG1) return; // the user has gone elsewhere
+    if (!m.FG1.canFocus() || m.FG1.Rows() <= 1) return;
+    bool inView = false;
+    m.platform.runtime.dispatch([&] {
+        inView = currentCellInView(m.FG1);
+        if (!inView || editorCoversCurrentCell(m)) return;
+        // Only placement: an Add Item still pending is not the scroll's to run.
+        const auto pending = std::exchange(m.AddItemPending, std::int16_t{0});
+        m.BeginCellEdit();
+        m.AddItemPending = pending;
+        m.FG1.setCellAlignment(forms::Grid::AlignRightCenter);
+    });
+    if (!inView && focused == &m.T1) focusGridKeepingEditorClosed(m);
+}
+
+} // namespace
 
 // Lays the editor exactly over the current cell with the caret at the end of
 // its text and gives it the focus.
@@ -45,7 +101,13 @@ void frmMain::FG1_EnterCell() {
     FG1.setTag(FG1.Text());
 }
 
-void frmMain::FG1_Scroll() { T1.setVisible(false); }
+// The editor doesn't follow the cell while the grid scrolls; once the event
+// that scrolled is over, it comes back over the cell if the user was editing.
+void frmMain::FG1_Scroll() {
+    const bool editing = T1.Visible() && (T1.hasFocus() || FG1.hasFocus());
+    T1.setVisible(false);
+    if (editing) platform.runtime.post([this] { reopenAfterScroll(*this); });
+}
 
 void frmMain::T1_Change() {
     // Keys write the cell before the box changes; text that came without a key

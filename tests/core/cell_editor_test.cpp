@@ -301,10 +301,90 @@ TEST_F(GridKeys, ArrowKeysMoveTheCurrentCellWithoutOpeningTheEditor) {
 
 TEST_F(Editor, AHiddenEditorTakesNoKeys) {
     open(1, 3);
-    h.run([&] { m->FG1_Scroll(); });
+    h.run([&] { m->T1.setVisible(false); });
     EXPECT_TRUE(m->T1.hasFocus());
     press('Z', U'z');
+    press(key::Backspace, 8);
+    forms::input::paste(h.runtime, m->T1, "pasted");
     EXPECT_EQ(cell(1, 3), "Store");
+}
+
+// ---- scrolling with the editor open ---------------------------------------
+
+struct Scrolling : Editor {
+    // 30 items: nine item rows fit in the grid's view.
+    void SetUp() override {
+        std::vector<std::vector<std::string>> rows;
+        for (int i = 1; i <= 30; ++i)
+            rows.push_back({"Item " + std::to_string(i), std::to_string(i), "1", "Shop", "", "", "SN" + std::to_string(i)});
+        h.writeIndex({"Long"});
+        h.writeCategory("Long", rows);
+        m = &h.start();
+        h.selectCategory(0);
+    }
+    void scrollTo(int top) { forms::input::scrollGrid(h.runtime, m->FG1, top, m->FG1.LeftCol()); }
+    bool editorOverCurrentCell() {
+        bool over = false;
+        h.run([&] {
+            over = m->T1.Top() == m->FG1.Top() + m->FG1.CellTop() && m->T1.Left() == m->FG1.Left() + m->FG1.CellLeft();
+        });
+        return over;
+    }
+};
+
+TEST_F(Scrolling, TheEditorComesBackOverItsCellOnlyIfTheCellIsStillInView) {
+    struct Case {
+        const char* what;
+        int top;          // the first item row the user scrolls to
+        bool elsewhere;   // the focus was on a button (the editor parked)
+        bool reopens;
+        const forms::Control* focus;
+    };
+    const Case cases[] = {
+        {"a row up, the cell stays in view", 15, false, true, &m->T1},
+        {"to the cell's own row", 20, false, true, &m->T1},
+        {"cell above the view", 21, false, false, &m->FG1},
+        {"cell below the view", 1, false, false, &m->FG1},
+        {"parked editor", 15, true, false, &m->cmdAddAsset},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        h.focus(m->cmdAddAsset);
+        open(20, 3); // the grid gains the focus: the editor opens
+        ASSERT_TRUE(editorOpen());
+        scrollTo(16);
+        if (c.elsewhere) h.focus(m->cmdAddAsset);
+        scrollTo(c.top);
+        EXPECT_EQ(m->FG1.TopRow(), c.top); // the user's scroll is never undone
+        EXPECT_TRUE(at(20, 3));
+        EXPECT_EQ(m->T1.Visible(), c.reopens);
+        EXPECT_EQ(h.runtime.focused(), c.focus);
+        if (c.reopens) EXPECT_TRUE(editorOverCurrentCell());
+    }
+}
+
+TEST_F(Scrolling, AKeyAfterTheCellWasScrolledAwayWritesThatCellAndBringsItBack) {
+    open(20, 3);
+    scrollTo(1);
+    ASSERT_TRUE(m->FG1.hasFocus());
+    forms::input::gridKey(h.runtime, m->FG1, 'X', U'x');
+    EXPECT_EQ(cell(20, 3), "x");
+    for (int r = 1; r <= 9; ++r) EXPECT_EQ(cell(r, 3), "Shop"); // the rows the user was looking at
+    EXPECT_TRUE(editorOpen());
+    EXPECT_TRUE(editorOverCurrentCell());
+    EXPECT_EQ(m->T1.Text(), "x");
+    EXPECT_EQ(m->FG1.TopRow(), 12); // just enough to show row 20
+}
+
+TEST_F(Scrolling, AClickOnAPartlyShownCellOpensTheEditorEvenIfItsTextIsTheEditors) {
+    open(18, 3); // "Shop", as the cell below it
+    scrollTo(10); // row 19 shows only in part
+    ASSERT_TRUE(editorOpen());
+    open(19, 3);
+    EXPECT_EQ(m->FG1.TopRow(), 11);
+    EXPECT_TRUE(editorOpen());
+    EXPECT_TRUE(editorOverCurrentCell());
+    EXPECT_EQ(m->T1.SelStart(), 4);
 }
 
 TEST_F(Editor, TypedTextSurvivesASwitchAndARestartUnchanged) {

@@ -1,5 +1,5 @@
-// Opening categories with the mouse in the real window: the switch, the walk
-// that a gain of focus of the list runs, and the cell editor laid over the grid.
+// Opening categories with the mouse in the real window: the switch and the walk
+// that a gain of focus of the list runs. (Typing into the grid: typing_test.)
 #include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
@@ -18,9 +18,6 @@ private slots:
     void clickOnEmptyCategoryShowsNoGrid();
     void gainOfFocusOfTheListRunsTheWalk();
     void listFollowsTheModelNotTheMouse();
-    void cellEditorCoversTheCurrentCell();
-    void clickOnCellMovesTheEditorThere();
-    void typingInTheEditorWritesTheCell();
 };
 
 namespace {
@@ -107,79 +104,6 @@ void CategoryTest::listFollowsTheModelNotTheMouse() {
     QCOMPARE(h.list()->currentRow(), 0);
     QCOMPARE(h.list()->selectedItems().size(), 1);
     QCOMPARE(m.CurrentCategory.value_or(""), std::string("Garage"));
-}
-
-namespace {
-
-// The editor's rectangle in the grid's viewport.
-QRect editorInGrid(QtHarness& h) {
-    QWidget* t1 = h.widget(h.m().T1);
-    QWidget* frame = t1->parentWidget();
-    const QPoint viewport = h.grid()->viewport()->mapTo(frame, QPoint(0, 0));
-    return QRect(t1->mapTo(frame, QPoint(0, 0)) - viewport, t1->size());
-}
-
-} // namespace
-
-void CategoryTest::cellEditorCoversTheCurrentCell() {
-    QtHarness h;
-    writeTwoCategories(h);
-    QVERIFY(h.start());
-    auto& m = h.m();
-    h.clickListEntry(0);
-
-    // The switch ends with the editor open on the last cell of the last row.
-    QCOMPARE(m.FG1.Row(), 2);
-    QCOMPARE(m.FG1.Col(), 6);
-    QWidget* t1 = h.widget(m.T1);
-    QVERIFY(t1->isVisible());
-    QCOMPARE(h.core.runtime.focused(), &m.T1);
-    QCOMPARE(QApplication::focusWidget(), t1);
-    QCOMPARE(editorInGrid(h), h.grid()->cellRect(2, 6));
-    QCOMPARE(h.widgetAs<QLineEdit>(m.T1)->text(), QString("SN2"));
-    QCOMPARE(h.widgetAs<QLineEdit>(m.T1)->cursorPosition(), 3);
-}
-
-void CategoryTest::clickOnCellMovesTheEditorThere() {
-    QtHarness h;
-    writeTwoCategories(h);
-    QVERIFY(h.start());
-    auto& m = h.m();
-    h.clickListEntry(0);
-
-    const QRect cell = h.grid()->cellRect(1, 2);
-    QVERIFY(!cell.isEmpty());
-    QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, cell.center());
-
-    QCOMPARE(m.FG1.Row(), 1);
-    QCOMPARE(m.FG1.Col(), 2);
-    QVERIFY(h.widget(m.T1)->isVisible());
-    QCOMPARE(editorInGrid(h), cell);
-    QCOMPARE(h.widgetAs<QLineEdit>(m.T1)->text(), QString("80"));
-    // A click on a heading cell moves nothing.
-    QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, h.grid()->cellRect(0, 3).center());
-    QCOMPARE(m.FG1.Row(), 1);
-    QCOMPARE(m.FG1.Col(), 2);
-}
-
-void CategoryTest::typingInTheEditorWritesTheCell() {
-    QtHarness h;
-    writeTwoCategories(h);
-    QVERIFY(h.start());
-    auto& m = h.m();
-    h.clickListEntry(0);
-    QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, h.grid()->cellRect(1, 1).center());
-    auto* t1 = h.widgetAs<QLineEdit>(m.T1);
-    QCOMPARE(t1->text(), QString("120.50"));
-
-    QTest::keyClicks(t1, "7");
-    QCOMPARE(m.FG1.TextMatrix(1, 1), std::string("120.507"));
-    QCOMPARE(t1->text(), QString("120.507"));
-    QCOMPARE(h.grid()->model()->index(1, 1).data().toString(), QString("120.507"));
-    QCOMPARE(h.widgetAs<QLineEdit>(m.txtCost)->text(), QString("$1,120.51"));
-    QTest::keyClick(t1, Qt::Key_Backspace);
-    QCOMPARE(m.FG1.TextMatrix(1, 1), std::string("120.50"));
-    QCOMPARE(t1->text(), QString("120.50"));
 }
 
 QTEST_MAIN(CategoryTest)

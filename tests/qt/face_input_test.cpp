@@ -112,7 +112,6 @@ private slots:
     void checkBoxClickTogglesTheModel();
     void widgetsFollowTheModelWhenTheEventEnds();
     void controlShownDuringAnEventIsPaintedAtOnce();
-    void hiddenFocusedControlTakesNoKeys();
     void formGoingFromItsOwnButtonIsSafe();
     void sizableFormIsToldItsSizeWhenShownAndResized();
     void closeByTheWindowManagerAsksTheForm();
@@ -402,17 +401,6 @@ void FaceInputTest::controlShownDuringAnEventIsPaintedAtOnce() {
     QVERIFY(shownInside);
     QVERIFY(textInside);
     QVERIFY(!other->isVisible());
-}
-
-void FaceInputTest::hiddenFocusedControlTakesNoKeys() {
-    Fixture f;
-    QVERIFY(f.show());
-    auto& box = f.t->box;
-    f.focus(box);
-    f.host.dispatch([&] { box.setVisible(false); });
-    QCOMPARE(f.rt.focused(), &box);
-    QTest::keyClick(f.window()->client(), Qt::Key_Z);
-    QCOMPARE(box.Text(), std::string());
 }
 
 void FaceInputTest::formGoingFromItsOwnButtonIsSafe() {
