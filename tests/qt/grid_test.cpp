@@ -166,7 +166,7 @@ void GridTest::userScrollingMovesTheGridsFirstRow() {
 
     bar->setValue(0); // as the user drags it
     QCOMPARE(m.FG1.TopRow(), 1);
-    QVERIFY(!h.widget(m.T1)->isVisible()); // the grid's Scroll closes the editor
+    QVERIFY(!h.widget(m.T1)->isVisible()); // the current cell left the view: the editor stays closed
     QCOMPARE(h.grid()->cellRect(1, 1).top(), h.grid()->cellRect(0, 1).bottom() + 1);
 
     QWheelEvent wheel(QPointF(50, 50), h.grid()->viewport()->mapToGlobal(QPointF(50, 50)), {}, QPoint(0, -120),

@@ -374,6 +374,9 @@ void TypingTest::scrollingWhileEditingNeverWritesAnotherCell() {
     QVERIFY(!t.t1()->isVisible());
     QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(t.h.grid()));
     QCOMPARE(t.h.core.runtime.focused(), &g);
+    t.key(Qt::Key_B, Qt::ControlModifier); // a control character: nothing
+    QCOMPARE(t.cell(row, 3), std::string("Shop9"));
+    QVERIFY(!t.t1()->isVisible());
     t.type("7");
     QCOMPARE(t.cell(row, 3), std::string("7"));
     for (int r = 1; r <= rowsInView; ++r) QCOMPARE(t.cell(r, 3), std::string("Shop"));
