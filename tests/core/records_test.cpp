@@ -129,22 +129,18 @@ TEST_P(WriteLineTable, WritesTheText) {
     EXPECT_EQ(fieldsOf(c.bytes), Fields{c.text});
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, WriteLineTable,
-                         ::testing::Values(WriteCase{"Hardware store", "Hardware store\r\n"},
-                                           WriteCase{"", "\r\n"},
-                                           WriteCase{"5\" disk", "5\" disk\r\n"},
-                                           WriteCase{"ends in \"", "ends in \"\r\n"},
-                                           WriteCase{"trailing ", "trailing \r\n"},
-                                           WriteCase{"Tools, misc", "\"Tools, misc\"\r\n"},
-                                           WriteCase{",", "\",\"\r\n"},
-                                           WriteCase{" lead", "\" lead\"\r\n"},
-                                           WriteCase{"\tlead", "\"\tlead\"\r\n"},
-                                           WriteCase{"\"7\" wide", "\"\"\"7\"\" wide\"\r\n"},
-                                           WriteCase{"two\r\nlines", "\"two\r\nlines\"\r\n"},
-                                           WriteCase{"lf\nonly", "\"lf\nonly\"\r\n"},
-                                           WriteCase{"cr\ronly", "\"cr\ronly\"\r\n"},
-                                           WriteCase{"\"", "\"\"\"\"\r\n"}),
-                         [](const auto& info) { return "Case" + std::to_string(info.index); });
+INSTANTIATE_TEST_SUITE_P(
+    Records, WriteLineTable,
+    ::testing::Values(
+        // As they stand.
+        WriteCase{"Hardware store", "Hardware store\r\n"}, WriteCase{"", "\r\n"}, WriteCase{"5\" disk", "5\" disk\r\n"},
+        WriteCase{"ends in \"", "ends in \"\r\n"}, WriteCase{"trailing ", "trailing \r\n"},
+        // In double quotes.
+        WriteCase{"Tools, misc", "\"Tools, misc\"\r\n"}, WriteCase{",", "\",\"\r\n"}, WriteCase{" lead", "\" lead\"\r\n"},
+        WriteCase{"\tlead", "\"\tlead\"\r\n"}, WriteCase{"\"7\" wide", "\"\"\"7\"\" wide\"\r\n"},
+        WriteCase{"two\r\nlines", "\"two\r\nlines\"\r\n"}, WriteCase{"lf\nonly", "\"lf\nonly\"\r\n"},
+        WriteCase{"cr\ronly", "\"cr\ronly\"\r\n"}, WriteCase{"\"", "\"\"\"\"\r\n"}),
+    [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 // The count: a number with a blank on either side (a minus in place of the
 // first), a text as it stands, nothing as nothing; each reads back as its number.
@@ -167,7 +163,7 @@ TEST_F(FileTableTest, CountsAreWrittenAsTheirKind) {
 
 // ---- the file as a whole ---------------------------------------------------------
 
-TEST_F(FileTableTest, AFileIsReplacedOnlyAtItsClose) {
+TEST_F(FileTableTest, AFileIsReplacedOnlyAtItsCloseAndNoFolderIsMade) {
     writeFile(path("x.csv"), "old\r\n");
     files.OpenOutput(1, path("x.csv"));
     files.WriteLine(1, std::string_view(std::string(200000, 'n')));
@@ -185,6 +181,11 @@ TEST_F(FileTableTest, AFileIsReplacedOnlyAtItsClose) {
     files.Close(1);
     EXPECT_EQ(readFile(path("x.csv")), "new\r\n");
     EXPECT_EQ(folderNames(dir.path()), std::set<std::string>{"x.csv"});
+    // A missing folder is never created.
+    EXPECT_THROW((files.OpenOutput(1, path("gone/x.csv")), files.WriteLine(1, std::string_view("a")), files.Close(1)),
+                 forms::Failure);
+    files.Abandon(1);
+    EXPECT_FALSE(std::filesystem::exists(path("gone")));
 }
 
 TEST_F(FileTableTest, FileNumbersAreTheLowestFreeAndClosingTwiceDoesNothing) {
@@ -230,14 +231,6 @@ TEST_F(FileTableTest, MissingFileIsToldApartFromOneThatCannotBeRead) {
     ::close(fd);
 }
 
-TEST_F(FileTableTest, MissingFolderIsNeverCreated) {
-    const std::string gone = dir.place() + "gone/";
-    EXPECT_THROW((files.OpenOutput(1, gone + "x.csv"), files.WriteLine(1, std::string_view("a")), files.Close(1)),
-                 forms::Failure);
-    files.Abandon(1);
-    EXPECT_FALSE(std::filesystem::exists(gone));
-}
-
 // ---- the count's value ---------------------------------------------------------------
 
 // Arithmetic counts nothing and non-numbers as 0 and gives a number; the
@@ -254,11 +247,9 @@ TEST(CountValue, ArithmeticAndSixteenBitConversion) {
                        C{Value::number(5), 5, 5}, C{Value::text("32767"), 32767, 32767},
                        C{Value::text("-32768"), -32768, -32768}, C{Value::text("32768"), 32768, std::nullopt},
                        C{Value::text("-32769"), -32769, std::nullopt}}) {
-        const std::string what = c.value.kind() == Value::Kind::Text ? "\"" + c.value.asText() + "\"" : "a number or nothing";
-        EXPECT_EQ(c.value.toInt16(), c.int16) << what;
-        const Value next = c.value.plus(-1);
-        EXPECT_EQ(next.kind(), Value::Kind::Number) << what;
-        EXPECT_EQ(next.asNumber(), c.arithmetic - 1) << what;
+        EXPECT_EQ(c.value.toInt16(), c.int16) << "[" << c.value.asText() << "]";
+        EXPECT_EQ(c.value.plus(-1).kind(), Value::Kind::Number);
+        EXPECT_EQ(c.value.plus(-1).asNumber(), c.arithmetic - 1) << "[" << c.value.asText() << "]";
     }
 }
 
