@@ -24,28 +24,22 @@ qm::frmMain& startAndOpenFirst(Harness& h, const std::vector<std::string>& names
     return m;
 }
 
-// The worked example: the grid is written as these bytes, the switch and Exit
-// leave them so, and a new start loads them into the same cells.
+// The worked example: the grid is written as these bytes, Exit leaves them so,
+// and a new start loads them into the same cells and writes them back the same.
 TEST(CategoryFile, WorkedExampleByteForByte) {
     const std::string bytes = crlf({kHeadingLine, "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234", "Wrench,,,,,,"});
     const Table grid = withHeading({{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}, {"Wrench"}});
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        auto& m = startAndOpenFirst(h, {"Car parts"});
-        h.run([&] {
-            setGrid(m, grid);
-            m.SaveCategoryFile();
-        });
-        EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
-        EXPECT_EQ(gridCells(m.FG1), grid) << "saving changes no cell";
-    }
-    Harness h(data.place(), floppy.place());
-    auto& m = startAndOpenFirst(h, {});
-    EXPECT_EQ(gridCells(m.FG1), grid);
-    EXPECT_EQ(m.ItemRowCount, 3);
+    Harness h;
+    auto& m = startAndOpenFirst(h, {"Car parts"});
+    h.run([&] {
+        setGrid(m, grid);
+        m.SaveCategoryFile();
+    });
     EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
+    EXPECT_EQ(gridCells(m.FG1), grid) << "saving changes no cell";
     h.click(m.cmdExit);
+    EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
+    EXPECT_EQ(categoriesAfterRestart(h)["Car parts"], grid);
     EXPECT_EQ(readFile(h.data("Car parts.csv")), bytes);
 }
 
@@ -115,21 +109,17 @@ TEST(CategoryFile, CellsAndNamesRoundTripThroughExitAndStart) {
         {"\"", ",", " ", "\"\"", "a\"b", "\r", "last, column"},
         {"Caf\xC3\xA9", "\xE2\x82\xAC" "5", "", "", "", "", "\xC3\xA9"},
     };
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        auto& m = startAndOpenFirst(h, {name});
-        h.run([&] { setGrid(m, withHeading(items)); });
-        h.click(m.cmdExit);
-        auto bytes = readFile(h.data(name + ".csv")).value_or("");
-        EXPECT_NE(bytes.find("\r\nJack,25.00,20.00,\"Main St, Springfield\",3/1/1999,3/1/2000,SN 1234\r\n"), std::string::npos)
-            << bytes;
-        EXPECT_NE(bytes.find("\r\n,,,,,,\r\n"), std::string::npos) << "a row of empty cells is six commas";
-    }
-    Harness h(data.place(), floppy.place());
-    auto& m = h.start();
-    ASSERT_EQ(m.lstCategory.items(), std::vector<std::string>{name});
-    EXPECT_EQ(openEveryCategory(h)[name], withHeading(items));
+    Harness h;
+    auto& m = startAndOpenFirst(h, {name});
+    h.run([&] { setGrid(m, withHeading(items)); });
+    h.click(m.cmdExit);
+    auto bytes = readFile(h.data(name + ".csv")).value_or("");
+    EXPECT_NE(bytes.find("\r\nJack,25.00,20.00,\"Main St, Springfield\",3/1/1999,3/1/2000,SN 1234\r\n"), std::string::npos) << bytes;
+    EXPECT_NE(bytes.find("\r\n,,,,,,\r\n"), std::string::npos) << "a row of empty cells is six commas";
+    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "\"Tools, misc\"\r\n");
+    const auto seen = categoriesAfterRestart(h);
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen.at(name), withHeading(items));
 }
 
 // ---- files that can't be read -----------------------------------------------------------------
@@ -181,9 +171,7 @@ TEST_P(UnreadableFile, IsNeverWrittenOver) {
     EXPECT_TRUE(readFile(h.data("X.csv")) == kept) << c.what;
     EXPECT_TRUE(leftoverTemporaries(h.data("")).empty());
     // A later run without the fault shows both categories whole.
-    Harness again(h.data("").string(), h.floppy("").string());
-    again.start();
-    auto seen = openEveryCategory(again);
+    auto seen = categoriesAfterRestart(h);
     EXPECT_TRUE(seen["X"] == rows) << c.what;
     EXPECT_EQ(seen["Alpha"], withHeading({{"a1", "2"}})) << c.what;
 }
@@ -229,25 +217,19 @@ TEST(CategoryFile, GridHoldsAtMost32767RowsAndALongerFileStays) {
 // A category called "../victim" must never read or replace a file outside the data folder.
 TEST(CategoryFile, NameWithAFolderPartNeverReachesAnotherFolder) {
     TempDir root;
-    std::filesystem::create_directory(root.path() / "data");
-    std::filesystem::create_directory(root.path() / "floppy");
+    for (const char* sub : {"data", "floppy"}) std::filesystem::create_directory(root.path() / sub);
     const auto victim = root.path() / "victim.csv";
     writeFile(victim, "not a category\nkeep me\n");
-    const std::string dataPlace = (root.path() / "data").string() + "/", floppyPlace = (root.path() / "floppy").string() + "/";
-    {
-        Harness h(dataPlace, floppyPlace);
-        h.writeIndex({"../victim"});
-        auto& m = h.start();
-        h.selectCategory(0);
-        EXPECT_EQ(m.ItemRowCount, 1) << "read another folder's file";
-        h.run([&] { setGrid(m, withHeading({{"kept", "1"}})); });
-        h.click(m.cmdExit);
-        EXPECT_EQ(readFile(victim), "not a category\nkeep me\n");
-    }
-    // The category itself keeps its items.
-    Harness h(dataPlace, floppyPlace);
-    h.start();
-    EXPECT_EQ(openEveryCategory(h)["../victim"], withHeading({{"kept", "1"}}));
+    Harness h(root.place() + "data/", root.place() + "floppy/");
+    h.writeIndex({"../victim"});
+    auto& m = h.start();
+    h.selectCategory(0);
+    EXPECT_EQ(m.ItemRowCount, 1) << "read another folder's file";
+    h.run([&] { setGrid(m, withHeading({{"kept", "1"}})); });
+    h.click(m.cmdExit);
+    // The category itself keeps its items, in the data folder.
+    EXPECT_EQ(categoriesAfterRestart(h)["../victim"], withHeading({{"kept", "1"}}));
+    EXPECT_EQ(readFile(victim), "not a category\nkeep me\n");
 }
 
 } // namespace
