@@ -3,8 +3,9 @@
 # The program binary installs itself from src/qt. Here: the desktop entry and icon,
 # and the files every data folder starts with. The program never writes those two
 # files, and it reads them from the user's own data folder, so they are installed
-# to share/quillmere/ and scripts/install-and-run copies them from there into
-# ~/.local/share/Quillmere/ when they are missing.
+# to share/quillmere/ and the program copies them from there (found beside its own
+# folder) into ~/.local/share/Quillmere/ at each start when they are missing there,
+# making that folder first if need be.
 
 include(GNUInstallDirs)
 

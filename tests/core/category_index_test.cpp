@@ -349,6 +349,50 @@ TEST(IndexReadFaults, EveryReadFaultLeavesTheIndexWhole) {
     EXPECT_GT(faults, 2);
 }
 
+// ---- the two files change together -------------------------------------------------------------
+
+// What a start does with the pair file that a change of both index files leaves
+// until it is done: the names in place finish the pair, anything else drops it.
+struct PairCase {
+    const char* what;
+    std::string pairFile;
+    std::string numCatsAfter;
+};
+
+class IndexPair : public ::testing::TestWithParam<PairCase> {};
+
+TEST_P(IndexPair, AStartFinishesOrDropsAPairCutShort) {
+    const PairCase& c = GetParam();
+    Harness h;
+    writeFile(h.data("NumCats.csv"), " 2 \r\n");
+    writeFile(h.data("CatFiles.csv"), "A\r\nB\r\nC\r\n");
+    writeFile(h.data(".quillmere-index"), c.pairFile);
+    auto& m = h.start();
+    EXPECT_EQ(readFile(h.data("NumCats.csv")), c.numCatsAfter);
+    EXPECT_FALSE(std::filesystem::exists(h.data(".quillmere-index")));
+    EXPECT_EQ(entries(m).size(), c.numCatsAfter == " 3 \r\n" ? 3u : 2u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Start, IndexPair,
+    ::testing::Values(PairCase{"NamesInPlace", "5\r\n 3 \r\nA\r\nB\r\nC\r\n", " 3 \r\n"},
+                      PairCase{"NamesNotInPlace", "5\r\n 3 \r\nA\r\nB\r\nD\r\n", " 2 \r\n"},
+                      PairCase{"LengthBeyondTheEnd", "99\r\n 3 \r\nA\r\nB\r\nC\r\n", " 2 \r\n"},
+                      PairCase{"NoLength", " 3 \r\nA\r\nB\r\nC\r\n", " 2 \r\n"}),
+    [](const auto& info) { return std::string(info.param.what); });
+
+// A change of the count and the names leaves both written and no pair file.
+TEST(IndexPair, ASaveLeavesBothFilesAndNoPairFile) {
+    Harness h;
+    h.writeIndex({"A"});
+    auto& m = h.start();
+    h.dialogs.inputAnswers.push_back("B");
+    h.click(m.cmdAddCategory);
+    EXPECT_EQ(readFile(h.data("NumCats.csv")), " 2 \r\n");
+    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "A\r\nB\r\n");
+    EXPECT_FALSE(std::filesystem::exists(h.data(".quillmere-index")));
+}
+
 // ---- an index that exists but can't be read --------------------------------------------------
 
 class UnreadableIndex : public ::testing::TestWithParam<const char*> {};
