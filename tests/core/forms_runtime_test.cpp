@@ -168,6 +168,16 @@ TEST_F(Forms, GridRowsGrowEmptyShrinkFromTheEndAndCloseUpOnRemoval) {
     EXPECT_EQ(column, (Log{"|r0", "|r2", "|", "|", "|", "first|"}));
 }
 
+TEST_F(Forms, CellStylesBelongToSingleCells) {
+    input([&] { grid.setRow(2); });
+    grid.setCellAlignment(Grid::AlignRightCenter);
+    grid.setCellBackColor(syscolor::Window);
+    EXPECT_EQ(grid.CellAlignment(2, 0), Grid::AlignRightCenter);
+    EXPECT_EQ(grid.CellAlignment(1, 0), Grid::AlignGeneral);
+    EXPECT_EQ(grid.CellBackColor(2, 0), syscolor::Window);
+    EXPECT_EQ(grid.CellBackColor(1, 0), grid.BackColor());
+}
+
 TEST_F(Forms, ReadingTheCellRectangleScrollsTheCellIntoViewAndRunsScroll) {
     grid.Scroll = [this] { log.push_back("Scroll"); };
     grid.move(0, 0, 3000, 1200);
