@@ -1,7 +1,9 @@
 // Disks that fail. Through the files port, one fault a run: an open for
 // writing, a write (which puts half its bytes down first), a close-and-rename
-// or a delete fails; every one of the first walk in turn, and one in 23 of the
-// rest of the session, Exit included. The data folder then holds no cut file,
+// or a delete fails; every one of the first walk in turn (a category written
+// in several pieces among them), and one in 23 of the rest of the session,
+// Exit included. A user who is told that a category could not be saved tries
+// that step again. The data folder then holds no cut file,
 // and a new start shows every category with its rows. And a real full disk: a
 // small file system filled up under the program, then a walk and Exit; the old
 // files stand.
@@ -81,8 +83,7 @@ const FaultResults& faultResults() {
         }
         ++res.injected;
         if (!temporaries(f.data.path()).empty()) res.problems.add(kLeftover, where);
-        for (const auto& [name, bytes] : folderContents(f.data.path()))
-            if (!whole[name].count(bytes)) res.problems.add(kCut, where + ": " + name);
+        checkWholeFiles(f.data.path(), whole, res.problems, kCut, where);
         Restart r = restartOn(f.data.place(), f.floppy.place());
         if (r.list != ref.end.list) res.problems.add(kList, where + ": " + describeList(r.list));
         for (const auto& [name, table] : ref.end.tables) {

@@ -75,6 +75,7 @@ ChildEnd runChild(Folders& f, const std::function<void(CountingFiles&)>& arm,
     if (pid < 0) throw std::runtime_error("fork failed");
     if (pid == 0) {
         int code = 0;
+        ::setenv("TMPDIR", f.scratch.path().c_str(), 1); // removed with f, however the child ends
         try {
             CountingFiles files;
             Rig rig(f.data.place(), f.floppy.place(), files);
@@ -130,11 +131,7 @@ const KillResults& killResults() {
         ++res.killed;
 
         const auto contents = folderContents(f.data.path());
-        for (const auto& [name, bytes] : contents) {
-            auto v = ref.versions.find(name);
-            if (v == ref.versions.end() || !v->second.count(bytes))
-                res.problems.add(kCut, where + ": " + name + " (" + std::to_string(bytes.size()) + " bytes)");
-        }
+        checkWholeFiles(f.data.path(), ref.versions, res.problems, kCut, where);
         Restart r = restartOn(f.data.place(), f.floppy.place());
         for (const auto& name : r.list)
             if (!contents.count(storage::FileStem(name) + ".csv")) res.problems.add(kMissingFile, where + ": [" + name + "]");

@@ -44,6 +44,11 @@ public:
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
     void remove(const std::string& path) override;
     void removeMatching(const std::string& folder, const std::string& suffix) override;
+    // No file's time counts as settled: the program then trusts no state it
+    // has seen and reads and writes every file it is asked to, so that each
+    // run makes the same operations as the reference run, whatever the clock
+    // did (a kill point is an operation number).
+    std::optional<forms::FileFingerprint> fingerprint(const std::string& path) override;
 
     long count() const { return count_; }
     // The write with this number puts half its bytes into the file before its hook runs.
@@ -81,6 +86,11 @@ std::map<std::string, std::string> folderContents(const std::filesystem::path& d
 std::vector<std::string> temporaries(const std::filesystem::path& dir);
 void copyFolder(const std::filesystem::path& from, const std::filesystem::path& to);
 
+struct Tally;
+// Tallies under kind each file of dir whose bytes are none of the contents known for its name.
+void checkWholeFiles(const std::filesystem::path& dir, const std::map<std::string, std::set<std::string>>& versions,
+                     Tally& tally, const std::string& kind, const std::string& where);
+
 // What a new start of the program on a data folder shows.
 struct Restart {
     std::vector<std::string> list;
@@ -95,6 +105,8 @@ std::string describeList(const std::vector<std::string>& list);
 struct Folders {
     Folders();
     qmtest::TempDir data, floppy;
+    // For the temporary folders of a child process that ends without cleaning up.
+    qmtest::TempDir scratch;
 };
 
 // The session run once without interruption, as the runs that break it are measured against.
