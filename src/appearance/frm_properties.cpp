@@ -1,5 +1,6 @@
 #include "appearance/frm_properties.h"
 
+#include "forms/declaration.h"
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
 
@@ -16,14 +17,6 @@ frmProperties::frmProperties(frmMain& m)
       cmdListText(form, nullptr, "cmdListText"), cmdColorReset(form, nullptr, "cmdColorReset"),
       Line3(form, nullptr, "Line3"), cmdChange(form, nullptr, "cmdChange") {
     declareLayout();
-    cmdHColor.Click = [this] { ChooseColor(ColorSetting::Heading); };
-    cmdCatColor.Click = [this] { ChooseColor(ColorSetting::ListBack); };
-    cmdSelected.Click = [this] { ChooseColor(ColorSetting::EditorBack); };
-    cmdCellText.Click = [this] { ChooseColor(ColorSetting::CellText); };
-    cmdListText.Click = [this] { ChooseColor(ColorSetting::ListText); };
-    cmdColorReset.Click = [this] { cmdColorReset_Click(); };
-    cmdChange.Click = [this] { cmdChange_Click(); };
-    form.CloseRequested = [this] { cmdChange_Click(); };
     form.announce();
     Form_Load();
 }
@@ -31,14 +24,9 @@ frmProperties::frmProperties(frmMain& m)
 frmProperties::~frmProperties() { form.retire(); }
 
 void frmProperties::declareLayout() {
-    form.Caption = "Properties";
-    form.Border = forms::BorderStyle::FixedDialog;
-    form.ControlBox = true;
-    form.Centered = true;
-    form.font = forms::Font{"Comic Sans MS", 8.25, false};
-    form.ClientWidth = 6270;
-    form.ClientHeight = 3615;
-    const forms::Font sans{"MS Sans Serif", 8.25, false};
+    forms::declareWindow(
+        form, {.caption = "Properties", .font = {"Comic Sans MS", 8.25, false}, .clientWidth = 6270, .clientHeight = 3615},
+        [this] { cmdChange_Click(); });
 
     Label1.move(120, 240, 855, 375);
     Label1.setTabIndex(1);
@@ -58,19 +46,14 @@ void frmProperties::declareLayout() {
         s.s->setTabStop(false);
         s.s->setBackColor(s.initial);
     }
-    struct B { forms::Button* b; const char* caption; int left, top, width, tab; };
-    for (const B& b : {B{&cmdHColor, "Category Heading Color", 720, 840, 2055, 2},
-                       B{&cmdSelected, "Selected Cell Color", 3960, 840, 2055, 5},
-                       B{&cmdCatColor, "Category List Box Color", 720, 1440, 2055, 4},
-                       B{&cmdCellText, "Cell Text Color", 3960, 1440, 2055, 6},
-                       B{&cmdListText, "Category List Text Color", 720, 2040, 2055, 7},
-                       B{&cmdColorReset, "&Reset Colors to Default", 3360, 2040, 2655, 3},
-                       B{&cmdChange, "&OK", 120, 3000, 6015, 0}}) {
-        b.b->move(b.left, b.top, b.width, 495);
-        b.b->setTabIndex(b.tab);
-        b.b->setFont(sans);
-        b.b->Caption = b.caption;
-    }
+    auto choose = [this](ColorSetting which) { return [this, which] { ChooseColor(which); }; };
+    forms::declareButton(cmdHColor, "Category Heading Color", 720, 840, 2055, 495, 2, choose(ColorSetting::Heading));
+    forms::declareButton(cmdSelected, "Selected Cell Color", 3960, 840, 2055, 495, 5, choose(ColorSetting::EditorBack));
+    forms::declareButton(cmdCatColor, "Category List Box Color", 720, 1440, 2055, 495, 4, choose(ColorSetting::ListBack));
+    forms::declareButton(cmdCellText, "Cell Text Color", 3960, 1440, 2055, 495, 6, choose(ColorSetting::CellText));
+    forms::declareButton(cmdListText, "Category List Text Color", 720, 2040, 2055, 495, 7, choose(ColorSetting::ListText));
+    forms::declareButton(cmdColorReset, "&Reset Colors to Default", 3360, 2040, 2655, 495, 3, [this] { cmdColorReset_Click(); });
+    forms::declareButton(cmdChange, "&OK", 120, 3000, 6015, 495, 0, [this] { cmdChange_Click(); });
     cmdChange.Default = true;
 }
 

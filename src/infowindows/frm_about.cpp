@@ -1,24 +1,25 @@
 #include "infowindows/frm_about.h"
 
+#include "forms/declaration.h"
 #include "mainwindow/frm_main.h"
 
 namespace qm {
 
 namespace {
 
-// Both windows: a fixed dialog, centred, with the program's icon and an etched rule.
+// Both windows: a fixed dialog, centred, with the program's icon, an etched
+// rule and an OK button that Enter and Esc press and that unloads the window,
+// as its close by the window manager does.
 void declareInfoWindow(forms::Form& form, const char* caption, int width, int height, forms::PictureBox& icon,
-                       const std::string& iconPath) {
-    form.Caption = caption;
-    form.Border = forms::BorderStyle::FixedDialog;
-    form.ControlBox = true;
-    form.Centered = true;
-    form.font = forms::Font{"Comic Sans MS", 8.25, false};
-    form.ClientWidth = width;
-    form.ClientHeight = height;
-    form.Icon = iconPath;
+                       forms::Button& ok, int okLeft, int okTop, int okWidth, std::function<void()> unload) {
+    forms::declareWindow(
+        form, {.caption = caption, .font = {"Comic Sans MS", 8.25, false}, .clientWidth = width, .clientHeight = height},
+        unload);
     icon.move(120, 120, 780, 780);
     icon.setTabIndex(1);
+    forms::declareButton(ok, "OK", okLeft, okTop, okWidth, 345, 0, std::move(unload));
+    ok.Default = true;
+    ok.Cancel = true;
 }
 
 void etchedRule(forms::Line& grey, forms::Line& white, int left, int top, int right, int whiteLeft, int whiteRight) {
@@ -39,14 +40,15 @@ void label(forms::Label& l, const std::string& caption, int left, int top, int w
     l.setCaption(caption);
 }
 
-void okButton(forms::Button& b, int left, int top, int width) {
-    b.move(left, top, width, 345);
-    b.setTabIndex(0);
-    b.setFont(forms::Font{"MS Sans Serif", 8.25, false});
-    b.Caption = "OK";
-    b.Default = true;
-    b.Cancel = true;
+// A label that shows its whole text on one line, as wide as the text is.
+void valueLine(forms::Label& l, const std::string& caption, int left, int top, int width, int height, int tab) {
+    label(l, caption, left, top, width, height, tab);
+    l.AutoSize = true;
 }
+
+// Wide enough for the longest value line in an 8.25 point sans-serif of the
+// desktop (DejaVu Sans, the widest of the usual ones), with a margin.
+constexpr int kContactWidth = 6870;
 
 } // namespace
 
@@ -60,12 +62,8 @@ frmAbout::frmAbout(frmMain& m)
       cmdSysInfo(form, nullptr, "cmdSysInfo"), lblDescription(form, nullptr, "lblDescription"),
       lblDisclaimer(form, nullptr, "lblDisclaimer"), lblTitle(form, nullptr, "lblTitle"),
       lblVersion(form, nullptr, "lblVersion"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White") {
-    declareInfoWindow(form, "About Quillmere", 5865, 4260, picIcon, "");
-    okButton(cmdOK, 4440, 3240, 1260);
-    cmdSysInfo.move(4440, 3720, 1245, 345);
-    cmdSysInfo.setTabIndex(2);
-    cmdSysInfo.setFont(forms::Font{"MS Sans Serif", 8.25, false});
-    cmdSysInfo.Caption = "&System Info...";
+    declareInfoWindow(form, "About Quillmere", 5865, 4260, picIcon, cmdOK, 4440, 3240, 1260, [this] { cmdOK_Click(); });
+    forms::declareButton(cmdSysInfo, "&System Info...", 4440, 3720, 1245, 345, 2, [this] { cmdSysInfo_Click(); });
     label(lblDescription,
           "Quillmere is designed as a database utility, providing an easy way for anyone to keep track of and "
           "categorize any item(s) they wish. Anywhere from your personal belongings to your business inventory can all "
@@ -79,9 +77,6 @@ frmAbout::frmAbout(frmMain& m)
     lblTitle.setFont(forms::Font{"Comic Sans MS", 8.25, false});
     label(lblVersion, VersionCaption(), 1050, 780, 3885, 225, 6);
     etchedRule(Line1, Line1White, 120, 2445, 5760, 105, 5280);
-    cmdOK.Click = [this] { cmdOK_Click(); };
-    cmdSysInfo.Click = [this] { cmdSysInfo_Click(); };
-    form.CloseRequested = [this] { cmdOK_Click(); };
     form.announce();
 }
 
@@ -102,17 +97,19 @@ frmContact::frmContact(frmMain& m)
       lblAuthor(form, nullptr, "lblAuthor"), lblTitle(form, nullptr, "lblTitle"), lblVersion(form, nullptr, "lblVersion"),
       lblEmail(form, nullptr, "lblEmail"), lblSecEmail(form, nullptr, "lblSecEmail"),
       lblProgrammer(form, nullptr, "lblProgrammer"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White") {
-    declareInfoWindow(form, "Contact Info", 5730, 2730, picIcon, "");
-    okButton(cmdOK, 2040, 2280, 1500);
-    label(lblAuthor, "Author:" + std::string(24, ' ') + "The Quillmere project", 1050, 885, 4005, 210, 2);
+    // The values stand behind runs of blanks. Blanks of the desktop's fonts are
+    // wider than those the design was measured in, so each line keeps to one
+    // line at its own width, and the window is wider than designed (5730) to
+    // hold the longest of them whole.
+    declareInfoWindow(form, "Contact Info", kContactWidth, 2730, picIcon, cmdOK, (kContactWidth - 1500) / 2, 2280, 1500,
+                      [this] { cmdOK_Click(); });
+    valueLine(lblAuthor, "Author:" + std::string(24, ' ') + "The Quillmere project", 1050, 885, 4005, 210, 2);
     label(lblTitle, "Quillmere", 1050, 240, 3885, 240, 3);
     label(lblVersion, VersionCaption(), 1080, 480, 3885, 225, 4);
-    label(lblEmail, "E-Mail:" + std::string(40, ' ') + "through the project's issue tracker", 1080, 1560, 4095, 255, 5);
-    label(lblSecEmail, "Secondary E-Mail:" + std::string(24, ' ') + "none", 1080, 1800, 3975, 255, 6);
-    label(lblProgrammer, "Programmer:" + std::string(45, ' ') + "The Quillmere developers", 1080, 1080, 3975, 255, 7);
-    etchedRule(Line1, Line1White, 120, 2160, 5684, 120, 5669);
-    cmdOK.Click = [this] { cmdOK_Click(); };
-    form.CloseRequested = [this] { cmdOK_Click(); };
+    valueLine(lblEmail, "E-Mail:" + std::string(40, ' ') + "through the project's issue tracker", 1080, 1560, 4095, 255, 5);
+    valueLine(lblSecEmail, "Secondary E-Mail:" + std::string(24, ' ') + "none", 1080, 1800, 3975, 255, 6);
+    valueLine(lblProgrammer, "Programmer:" + std::string(45, ' ') + "The Quillmere developers", 1080, 1080, 3975, 255, 7);
+    etchedRule(Line1, Line1White, 120, 2160, kContactWidth - 46, 120, kContactWidth - 61);
     form.announce();
 }
 

@@ -2,29 +2,25 @@
 
 #include <algorithm>
 
+#include "forms/declaration.h"
 #include "mainwindow/frm_main.h"
 
 namespace qm {
 
 frmHow::frmHow(frmMain& m)
     : main(m), form(m.platform.runtime, "frmHow"), wbsReadme(form, nullptr, "wbsReadme"), cmdClose(form, nullptr, "cmdClose") {
-    form.Caption = "How does Quillmere work?";
-    form.Border = forms::BorderStyle::Sizable;
-    form.ControlBox = true;
-    form.Centered = true;
-    form.font = forms::Font{"Comic Sans MS", 8.25, false};
-    form.ClientWidth = 8880;
-    form.ClientHeight = 6030;
+    forms::declareWindow(form,
+                         {.caption = "How does Quillmere work?",
+                          .border = forms::BorderStyle::Sizable,
+                          .font = {"Comic Sans MS", 8.25, false},
+                          .clientWidth = 8880,
+                          .clientHeight = 6030},
+                         [this] { cmdClose_Click(); });
     wbsReadme.move(120, 120, 2295, 1455);
     wbsReadme.setTabIndex(0);
-    cmdClose.move(120, 1680, 1215, 495);
-    cmdClose.setTabIndex(1);
-    cmdClose.setFont(forms::Font{"MS Sans Serif", 8.25, false});
-    cmdClose.Caption = "&Close";
+    forms::declareButton(cmdClose, "&Close", 120, 1680, 1215, 495, 1, [this] { cmdClose_Click(); });
     cmdClose.Default = true;
-    cmdClose.Click = [this] { cmdClose_Click(); };
     form.Resize = [this] { Form_Resize(); };
-    form.CloseRequested = [this] { cmdClose_Click(); };
     form.announce();
     wbsReadme.Navigate(m.platform.places.dataFolder + "Readme.htm");
 }

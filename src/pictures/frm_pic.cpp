@@ -1,5 +1,6 @@
 #include "pictures/frm_pic.h"
 
+#include "forms/declaration.h"
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
 
@@ -14,39 +15,27 @@ std::string LinkPath(const std::string& dataFolder, const std::string& category,
 frmPic::frmPic(frmMain& m)
     : main(m), form(m.platform.runtime, "frmPic"), cmdAddPic(form, nullptr, "cmdAddPic"),
       cmdClose(form, nullptr, "cmdClose"), picItem(form, nullptr, "picItem") {
-    declareLayout();
-    cmdAddPic.Click = [this] { cmdAddPic_Click(); };
-    cmdClose.Click = [this] { cmdClose_Click(); };
-    picItem.Change = [this] { picItem_Change(); };
     // The window has no close box; should the desktop close it anyway, it only hides.
-    form.CloseRequested = [this] { cmdClose_Click(); };
-    form.announce();
-}
-
-frmPic::~frmPic() { form.retire(); }
-
-void frmPic::declareLayout() {
-    form.Caption = "Item Picture";
-    form.Border = forms::BorderStyle::Sizable;
-    form.ControlBox = false;
-    form.Centered = false;
-    form.font = forms::Font{"Comic Sans MS", 8.25, false};
-    form.ClientWidth = 4665;
-    form.ClientHeight = 3825;
-    const forms::Font sans{"MS Sans Serif", 8.25, false};
-    cmdAddPic.move(120, 2760, 4455, 495);
-    cmdAddPic.setTabIndex(0);
-    cmdAddPic.setFont(sans);
-    cmdAddPic.Caption = "Change &Picture";
-    cmdClose.move(120, 3240, 4455, 495);
-    cmdClose.setTabIndex(1);
-    cmdClose.setFont(sans);
-    cmdClose.Caption = "&Close";
+    forms::declareWindow(form,
+                         {.caption = "Item Picture",
+                          .border = forms::BorderStyle::Sizable,
+                          .controlBox = false,
+                          .centered = false,
+                          .font = {"Comic Sans MS", 8.25, false},
+                          .clientWidth = 4665,
+                          .clientHeight = 3825},
+                         [this] { cmdClose_Click(); });
+    forms::declareButton(cmdAddPic, "Change &Picture", 120, 2760, 4455, 495, 0, [this] { cmdAddPic_Click(); });
+    forms::declareButton(cmdClose, "&Close", 120, 3240, 4455, 495, 1, [this] { cmdClose_Click(); });
     cmdClose.Cancel = true;
     picItem.move(120, 120, 4365, 2475);
     picItem.setTabIndex(2);
     picItem.AutoSize = true;
+    picItem.Change = [this] { picItem_Change(); };
+    form.announce();
 }
+
+frmPic::~frmPic() { form.retire(); }
 
 void frmPic::ShowStockPicture() {
     const std::string path = main.platform.places.dataFolder + "NoPic.jpg";

@@ -30,9 +30,6 @@ public:
 
     // The stock picture, or a plain placeholder where it can't be read.
     void ShowStockPicture();
-
-private:
-    void declareLayout();
 };
 
 // The link file of an item: category and item name joined, in the data folder.

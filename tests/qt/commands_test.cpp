@@ -32,6 +32,14 @@ void checkAllAnswered(const ModalBoxes& boxes) {
     QVERIFY2(boxes.done(), qPrintable(boxes.texts().join(" | ")));
 }
 
+// A click on the command's button, with the boxes it brings answered as the
+// test has queued them.
+void run(QtHarness& h, forms::Button& command, const ModalBoxes& boxes) {
+    h.click(command);
+    QtHarness::settle();
+    checkAllAnswered(boxes);
+}
+
 } // namespace
 
 class CommandsTest : public QObject {
@@ -54,17 +62,14 @@ void CommandsTest::addRenameAndDeleteThroughThePrompts() {
     {   // Cancel at the add prompt: nothing at all happens.
         ModalBoxes boxes;
         boxes.type("typed, then cancelled", false);
-        h.click(m.cmdAddCategory);
-        checkAllAnswered(boxes);
+        run(h, m.cmdAddCategory, boxes);
         QCOMPARE(listTexts(h), QStringList{"Garage"});
         QVERIFY(!std::filesystem::exists(h.core.data("typed, then cancelled.csv")));
     }
     {   // Add: the new entry takes its sorted place and opens, empty.
         ModalBoxes boxes;
         boxes.type("Attic");
-        h.click(m.cmdAddCategory);
-        qttest::QtHarness::settle();
-        checkAllAnswered(boxes);
+        run(h, m.cmdAddCategory, boxes);
         QCOMPARE(boxes.seen().at(0).title, QString("Add Category"));
         QCOMPARE(boxes.seen().at(0).text, QString("Please enter name of category.  (ie: Mom's stuff, Car parts, etc.)"));
         QCOMPARE(listTexts(h), (QStringList{"Attic", "Garage"}));
@@ -78,9 +83,7 @@ void CommandsTest::addRenameAndDeleteThroughThePrompts() {
         h.clickListEntry(1);
         ModalBoxes boxes;
         boxes.type("Shed");
-        h.click(m.cmdRenameCat);
-        qttest::QtHarness::settle();
-        checkAllAnswered(boxes);
+        run(h, m.cmdRenameCat, boxes);
         QCOMPARE(boxes.seen().at(0).title, QString("Rename Category"));
         QCOMPARE(boxes.seen().at(0).text, QString("What would you like to rename Garage to?"));
         QCOMPARE(listTexts(h), (QStringList{"Attic", "Shed"}));
@@ -97,9 +100,7 @@ void CommandsTest::addRenameAndDeleteThroughThePrompts() {
         h.click(m.cmdDeleteCategory);
         QCOMPARE(listTexts(h), (QStringList{"Attic", "Shed"}));
         QVERIFY(std::filesystem::exists(h.core.data("Attic.csv")));
-        h.click(m.cmdDeleteCategory);
-        qttest::QtHarness::settle();
-        checkAllAnswered(boxes);
+        run(h, m.cmdDeleteCategory, boxes);
         QCOMPARE(boxes.texts(), (QStringList{"This will permanently DELETE all contents of 'Attic'. Are you sure?",
                                              "This will permanently DELETE all contents of 'Attic'. Are you sure?"}));
         QCOMPARE(boxes.seen().at(1).title, QString("Quillmere"));
@@ -135,9 +136,7 @@ void CommandsTest::refusedNamesAreToldAndChangeNothing() {
         h.clickListEntry(1);
         ModalBoxes boxes;
         boxes.type(name).press(QMessageBox::Ok);
-        h.click(*command);
-        qttest::QtHarness::settle();
-        checkAllAnswered(boxes);
+        run(h, *command, boxes);
         // A rename refuses a duplicate in its own words.
         const QString want = command == &h.m().cmdRenameCat && name == "Garage"
                                  ? "Error occured while renaming category. Category 'Garage' already exists."
@@ -164,9 +163,7 @@ void CommandsTest::saveToFloppyAndLoadItBack() {
     {   // Save: the prompt, then the end.
         ModalBoxes boxes;
         boxes.press(QMessageBox::Ok).press(QMessageBox::Ok);
-        h.click(m.cmdSave);
-        qttest::QtHarness::settle();
-        checkAllAnswered(boxes);
+        run(h, m.cmdSave, boxes);
         QCOMPARE(boxes.texts().value(0).left(32), QString("Please insert a blank disk into "));
         QCOMPARE(boxes.texts().value(1), QString("Save complete."));
     }
@@ -192,9 +189,7 @@ void CommandsTest::saveToFloppyAndLoadItBack() {
     {
         ModalBoxes boxes;
         boxes.press(QMessageBox::Ok).press(QMessageBox::Ok).press(QMessageBox::Ok);
-        h.click(m.cmdLoad);
-        qttest::QtHarness::settle();
-        checkAllAnswered(boxes);
+        run(h, m.cmdLoad, boxes);
         QVERIFY(boxes.texts().value(0).startsWith("WARNING: Loading from floppy will erase"));
         QVERIFY(boxes.texts().value(1).startsWith("Please insert database disk into "));
         QCOMPARE(boxes.texts().value(2), QString("Load complete."));

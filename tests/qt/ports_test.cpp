@@ -1,12 +1,12 @@
-// The ports done with Qt: message and input boxes, the file filter, pictures,
-// the program's end and the system information program, and the signals that
-// end the program. The printer has print_test.cpp.
+// The ports done with Qt: message boxes, the file filter, pictures, the
+// program's end and the system information program, and the signals that end
+// the program. The printer has print_test.cpp; the input box is answered as a
+// user does in commands_test.cpp.
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QImage>
-#include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -31,7 +31,6 @@ private slots:
     void fileFilterIsWrittenAsQtReadsIt();
     void messageBoxHasNoIconAndTheFirstButtonAsDefault();
     void messageBoxAnswersByTheButtonChosen();
-    void inputBoxOpensEmptyAndCancelGivesNothing();
     void picturesKnowTheirSizeInTwips();
     void badPicturesFailAndMissingOnesSaySo();
     void endProgramLeavesTheLoop();
@@ -78,25 +77,6 @@ void PortsTest::messageBoxAnswersByTheButtonChosen() {
     QCOMPARE(dialogs.MsgBox("Go on?", forms::vbOKCancel, "T"), int(forms::vbCancel));
     whenShown<QMessageBox>([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); });
     QCOMPARE(dialogs.MsgBox("Done", forms::vbOKOnly, "T"), int(forms::vbOK));
-}
-
-void PortsTest::inputBoxOpensEmptyAndCancelGivesNothing() {
-    QtDialogs dialogs;
-    QString startText = "x", label;
-    whenShown<QInputDialog>([&](QInputDialog* d) {
-        startText = d->textValue();
-        label = d->labelText();
-        d->setTextValue("Tools");
-        d->accept();
-    });
-    QCOMPARE(dialogs.InputBox("Name of the category?", "Add"), std::string("Tools"));
-    QCOMPARE(startText, QString());
-    QCOMPARE(label, QString("Name of the category?"));
-    whenShown<QInputDialog>([](QInputDialog* d) {
-        d->setTextValue("typed, then cancelled");
-        d->reject();
-    });
-    QCOMPARE(dialogs.InputBox("Name?", "Add"), std::string());
 }
 
 void PortsTest::picturesKnowTheirSizeInTwips() {

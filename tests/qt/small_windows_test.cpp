@@ -1,0 +1,167 @@
+// The five small windows in the real face: each opens from its menu entry (the
+// picture window from its check box) as a window of its own with its caption,
+// goes away by its button and by the window manager's close, and leaves the
+// main window as usable as before.
+//
+// With QM_SHOTS set to a folder, each window is also saved there as a PNG
+// picture, to look at its layout.
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLabel>
+#include <QPointer>
+#include <QTest>
+#include <QTextBrowser>
+#include <filesystem>
+
+#include "appearance/frm_properties.h"
+#include "infowindows/frm_about.h"
+#include "infowindows/frm_how.h"
+#include "pictures/frm_pic.h"
+#include "support/qt_harness.h"
+
+using qttest::QtHarness;
+
+namespace {
+
+struct SmallWindow {
+    const char* name;
+    const char* caption;
+    const char* menuEntry; // nullptr: opened by chkPic
+    // The window's form and its closing button, or nothing while it isn't loaded.
+    std::function<forms::Form*(qm::frmMain&)> form;
+    std::function<forms::Button*(qm::frmMain&)> closeButton;
+    bool stays; // hidden, not unloaded, when closed
+};
+
+const SmallWindow kWindows[] = {
+    {"frmPic", "Item Picture", nullptr, [](qm::frmMain& m) { return m.hasPic() ? &m.Pic().form : nullptr; },
+     [](qm::frmMain& m) { return &m.Pic().cmdClose; }, true},
+    {"frmProperties", "Properties", "Properties",
+     [](qm::frmMain& m) { return m.propertiesIfLoaded() ? &m.propertiesIfLoaded()->form : nullptr; },
+     [](qm::frmMain& m) { return &m.propertiesIfLoaded()->cmdChange; }, false},
+    {"frmHow", "How does Quillmere work?", "Contents",
+     [](qm::frmMain& m) { return m.howIfLoaded() ? &m.howIfLoaded()->form : nullptr; },
+     [](qm::frmMain& m) { return &m.howIfLoaded()->cmdClose; }, false},
+    {"frmAbout", "About Quillmere", "About Quillmere",
+     [](qm::frmMain& m) { return m.aboutIfLoaded() ? &m.aboutIfLoaded()->form : nullptr; },
+     [](qm::frmMain& m) { return &m.aboutIfLoaded()->cmdOK; }, false},
+    {"frmContact", "Contact Info", "Contact Me",
+     [](qm::frmMain& m) { return m.contactIfLoaded() ? &m.contactIfLoaded()->form : nullptr; },
+     [](qm::frmMain& m) { return &m.contactIfLoaded()->cmdOK; }, false},
+};
+
+void open(QtHarness& h, const SmallWindow& w) {
+    if (w.menuEntry) h.menuAction(w.menuEntry)->trigger();
+    else h.click(h.m().chkPic);
+    QtHarness::settle();
+}
+
+// The window of the form, shown as a top-level window of its own with its caption.
+QWidget* shownWindow(QtHarness& h, const SmallWindow& w) {
+    forms::Form* form = w.form(h.m());
+    if (!form) return nullptr;
+    qtface::FormWindow* fw = h.host.window(*form);
+    if (!fw || !fw->isShown()) return nullptr;
+    QWidget* top = fw->window();
+    return top->isWindow() && top != h.topWidget() ? top : nullptr;
+}
+
+void saveShot(QWidget* top, const char* name) {
+    const QString folder = qEnvironmentVariable("QM_SHOTS");
+    if (folder.isEmpty()) return;
+    QDir().mkpath(folder);
+    top->grab().save(QDir(folder).filePath(QString(name) + ".png"));
+}
+
+} // namespace
+
+class SmallWindowsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void opensAndClosesAgain_data();
+    void opensAndClosesAgain();
+    void contactValuesStandOnOneLineInsideTheWindow();
+};
+
+void SmallWindowsTest::opensAndClosesAgain_data() {
+    QTest::addColumn<int>("window");
+    QTest::addColumn<bool>("byWindowManager");
+    for (int i = 0; i < int(std::size(kWindows)); ++i) {
+        QTest::addRow("%s, its button", kWindows[i].name) << i << false;
+        QTest::addRow("%s, window manager", kWindows[i].name) << i << true;
+    }
+}
+
+void SmallWindowsTest::opensAndClosesAgain() {
+    QFETCH(int, window);
+    QFETCH(bool, byWindowManager);
+    const SmallWindow& w = kWindows[window];
+    QtHarness h;
+    h.core.writeIndex({"Garage", "Kitchen"});
+    h.core.writeCategory("Garage", qttest::itemRows(2));
+    h.core.writeCategory("Kitchen", {});
+    // The help page as the program ships it.
+    std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
+                               h.core.data("Readme.htm"));
+    QVERIFY(h.start());
+    auto& m = h.m();
+
+    // Twice: a window that was unloaded comes back afresh.
+    for (int round = 0; round < 2; ++round) {
+        open(h, w);
+        QPointer<QWidget> top = shownWindow(h, w);
+        QVERIFY2(top, w.name);
+        QCOMPARE(top->windowTitle(), QString(w.caption));
+        QVERIFY(h.topWidget()->isVisible());
+        if (auto* browser = top->findChild<QTextBrowser*>())
+            QVERIFY(browser->toPlainText().contains("Where your data lives"));
+        if (round == 0) saveShot(top, w.name);
+
+        if (byWindowManager) {
+            top->close();
+        } else {
+            forms::Button* button = w.closeButton(m);
+            QTest::mouseClick(h.host.window(*w.form(m))->widgetOf(*button), Qt::LeftButton);
+        }
+        QtHarness::settle();
+        QVERIFY(!top || !top->isVisible());
+        QVERIFY(!shownWindow(h, w));
+        QCOMPARE(w.form(m) != nullptr, w.stays);
+        if (w.stays) {
+            QCOMPARE(m.chkPic.Value(), 0);
+            QVERIFY(!h.widgetAs<QCheckBox>(m.chkPic)->isChecked());
+        }
+    }
+
+    // The main window goes on working: a click opens a category.
+    h.clickListEntry(0);
+    QtHarness::settle();
+    QCOMPARE(m.CurrentCategory.value_or(""), std::string("Garage"));
+    QVERIFY(h.grid()->isVisible());
+    QCOMPARE(h.core.runtime.focused(), &m.T1);
+}
+
+// The values of the contact window were laid out with runs of blanks for one
+// font; whatever font the desktop gives, each must show whole on one line.
+void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
+    QtHarness h;
+    QVERIFY(h.start());
+    h.menuAction("Contact Me")->trigger();
+    QtHarness::settle();
+    qm::frmContact& c = *h.m().contactIfLoaded();
+    qtface::FormWindow* fw = h.host.window(c.form);
+    QWidget* client = fw->client();
+    for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail}) {
+        auto* label = qobject_cast<QLabel*>(fw->widgetOf(*l));
+        QVERIFY(label);
+        const QFontMetrics fm(label->font());
+        QVERIFY2(label->height() >= fm.height() && label->height() < 2 * fm.lineSpacing(), l->name().c_str());
+        QVERIFY2(label->width() >= fm.horizontalAdvance(label->text()), l->name().c_str());
+        const QRect inClient(label->mapTo(client, QPoint(0, 0)), label->size());
+        QVERIFY2(client->rect().contains(inClient), l->name().c_str());
+    }
+}
+
+QTEST_MAIN(SmallWindowsTest)
+#include "small_windows_test.moc"
