@@ -104,7 +104,7 @@ void TextBox::applyOwnChar(char32_t ch) {
             setTextOwn(utf8::mid(text_, 0, selStart_ - 1) + utf8::mid(text_, selStart_, len), selStart_ - 1);
         return;
     }
-    if (ch < 0x20 || ch == 0x7F) return; // a single-line box takes no control characters
+    if (utf8::isControl(static_cast<char32_t>(ch))) return; // a single-line box takes no control characters
     setTextOwn(utf8::mid(text_, 0, selStart_) + utf8::encode(ch) + utf8::mid(text_, selStart_ + selLength_, len),
                selStart_ + 1);
 }
@@ -112,9 +112,7 @@ void TextBox::applyOwnChar(char32_t ch) {
 void TextBox::applyInsert(const std::string& pasted) {
     if (Locked) return;
     // A single line holds no control characters: line breaks and tabs become blanks.
-    std::string s = pasted;
-    for (char& c : s)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+    const std::string s = utf8::blankControls(pasted);
     int len = length();
     setTextOwn(utf8::mid(text_, 0, selStart_) + s + utf8::mid(text_, selStart_ + selLength_, len),
                selStart_ + static_cast<int>(utf8::length(s)));

@@ -46,4 +46,19 @@ std::string mid(std::string_view s, std::size_t from, std::size_t count) {
     return std::string(s.substr(a, b - a));
 }
 
+std::string blankControls(std::string_view s) {
+    std::string out;
+    out.reserve(s.size());
+    for (std::size_t i = 0; i < s.size(); ++i) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        if (c == 0xC2 && i + 1 < s.size() && isControl(static_cast<unsigned char>(s[i + 1]))) {
+            out += ' ';
+            ++i;
+        } else {
+            out += isControl(c) ? ' ' : static_cast<char>(c);
+        }
+    }
+    return out;
+}
+
 } // namespace forms::utf8

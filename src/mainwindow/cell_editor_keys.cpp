@@ -20,7 +20,7 @@ std::string afterDelete(const forms::TextBox& box, bool backspace) {
     return start < n ? utf8::mid(t, 0, start) + utf8::mid(t, start + 1, n) : t;
 }
 
-bool isControlChar(int ch) { return ch < 0x20 || ch == 0x7F; }
+bool isControlChar(int ch) { return ch >= 0 && forms::utf8::isControl(static_cast<char32_t>(ch)); }
 
 } // namespace
 

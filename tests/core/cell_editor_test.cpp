@@ -212,11 +212,12 @@ TEST_F(Editor, ControlCharactersNeverReachACell) {
     EXPECT_EQ(cell(1, 3), "Store");
 }
 
-TEST_F(Editor, APasteWritesTheCellAtOnceWithLineBreaksAsBlanks) {
+TEST_F(Editor, APasteWritesTheCellAtOnceWithControlCharactersAsBlanks) {
     open(2, 6);
-    forms::input::paste(h.runtime, m->T1, "a\nb,\"c\"");
-    EXPECT_EQ(cell(2, 6), "a b,\"c\"");
-    EXPECT_EQ(m->T1.Text(), "a b,\"c\"");
+    // A line break, a tab, DEL and NEL (a C1 control, two bytes in UTF-8); é stays.
+    forms::input::paste(h.runtime, m->T1, "a\nb,\"c\"\t\x7F\u0085\u00e9");
+    EXPECT_EQ(cell(2, 6), "a b,\"c\"   \u00e9");
+    EXPECT_EQ(m->T1.Text(), cell(2, 6));
 }
 
 TEST_F(Editor, WhenAKeyMovesTheCellTheEventsComeInOrder) {

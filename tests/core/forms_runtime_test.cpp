@@ -241,7 +241,7 @@ TEST_F(Forms, BoxCaretSelectionAndOwnEditsCountCharactersNotBytes) {
     box.setSelStart(1);
     EXPECT_EQ(input([&] { box.applyOwnKey(key::Delete); }), Log{"Change ä€"});
     // Control characters never reach the text.
-    for (char32_t c : {U'\r', U'\n', U'\t', char32_t(27), char32_t(1)}) input([&] { box.applyOwnChar(c); });
+    for (char32_t c : {U'\r', U'\n', U'\t', char32_t(27), char32_t(1), char32_t(0x7F), char32_t(0x85)}) input([&] { box.applyOwnChar(c); });
     EXPECT_EQ(box.Text(), "ä€");
     // A typed character replaces the selection; writing SelStart clears it.
     box.setSelStart(0);
