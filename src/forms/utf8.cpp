@@ -55,7 +55,8 @@ std::string blankControls(std::string_view s) {
             out += ' ';
             ++i;
         } else {
-            out += isControl(c) ? ' ' : static_cast<char>(c);
+            // Bytes from 0x80 on are parts of longer characters, not controls.
+            out += c < 0x20 || c == 0x7F ? ' ' : static_cast<char>(c);
         }
     }
     return out;

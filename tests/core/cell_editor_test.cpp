@@ -214,9 +214,10 @@ TEST_F(Editor, ControlCharactersNeverReachACell) {
 
 TEST_F(Editor, APasteWritesTheCellAtOnceWithControlCharactersAsBlanks) {
     open(2, 6);
-    // A line break, a tab, DEL and NEL (a C1 control, two bytes in UTF-8); é stays.
-    forms::input::paste(h.runtime, m->T1, "a\nb,\"c\"\t\x7F\u0085\u00e9");
-    EXPECT_EQ(cell(2, 6), "a b,\"c\"   \u00e9");
+    // A line break, a tab, DEL and NEL (a C1 control, C2 85 in UTF-8) become
+    // blanks; é and € (E2 82 AC: a byte of the C1 range inside it) stay.
+    forms::input::paste(h.runtime, m->T1, "a\nb,\"c\"\t\x7F\u0085\u00e9\u20ac\u0100");
+    EXPECT_EQ(cell(2, 6), "a b,\"c\"   \u00e9\u20ac\u0100");
     EXPECT_EQ(m->T1.Text(), cell(2, 6));
 }
 
