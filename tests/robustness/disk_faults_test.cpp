@@ -118,7 +118,6 @@ TEST(DiskFaults, NoFaultChangesTheListOfCategories) {
     EXPECT_EQ(res.problems.count(kList), 0u) << res.problems.report(kList);
 }
 
-// Fails while a save that failed is followed by a load over the grid: see the report.
 TEST(DiskFaults, NoFaultLosesWhatWasTyped) {
     const FaultResults& res = faultResults();
     EXPECT_EQ(res.problems.count(kRows), 0u) << res.problems.report(kRows);

@@ -338,6 +338,10 @@ void runSessionRetrying(Harness& h, qm::frmMain& m, const Reference& ref) {
         steps[i].run(h, m);
         if (m.ended() || !toldUnsaved(h.dialogs, told)) continue;
         if (m.lstCategory.items() != ref.lists[i + 2] || m.lstCategory.Text() != ref.selected[i + 2]) steps[i].run(h, m);
+        // A walk that was stopped keeps the category it could not leave open, and
+        // its repeat ends there: the user goes back to the one they were in.
+        if (!m.ended() && !ref.selected[i + 2].empty() && m.lstCategory.Text() != ref.selected[i + 2])
+            open(h, m, ref.selected[i + 2]);
     }
 }
 
