@@ -342,6 +342,12 @@ void FileTable::Close(int n) {
             }
         }
         writeHeldChunks(*f);
+    } else if (auto it = known_.find(f->path); it != known_.end() && size == it->second.size && chunks == it->second.chunks &&
+                                                  stillHolds(f->path, it->second)) {
+        // Written out in full because the file's time was too recent to prove
+        // anything; its bytes turned out to be these: the file stays.
+        it->second.image = f->image;
+        return;
     }
     if (!f->buf.empty()) f->out->write(f->buf.data(), f->buf.size());
     try {
@@ -370,20 +376,39 @@ void FileTable::NoteSaving(int n, std::uint64_t revision, bool readsBack) {
 bool FileTable::WouldWriteSame(const std::string& path, std::uint64_t revision) {
     auto it = known_.find(path);
     if (it == known_.end()) return false;
-    const Known& k = it->second;
-    if (!k.image || !k.image->saves || k.image->revision != revision || !k.state.settled) return false;
-    auto now = files_.fingerprint(path);
-    return now && now->sameState(k.state);
+    Known& k = it->second;
+    if (!k.image || !k.image->saves || k.image->revision != revision) return false;
+    return stillHolds(path, k);
 }
 
 bool FileTable::ReadsAs(int n, std::uint64_t revision) {
     Open& f = get(n);
-    // Not read yet, and in the state known (and settled) at the open.
-    if (!f.in || !f.before || f.hashing || f.len != 0 || f.eof) return false;
+    // Not read yet, and in the state known at the open.
+    if (!f.in || !f.before || f.len != 0 || f.eof) return false;
     auto it = known_.find(f.path);
     if (it == known_.end()) return false;
-    const Known& k = it->second;
-    return k.image && k.image->loads && k.image->revision == revision && k.state.settled && k.state.sameState(*f.before);
+    Known& k = it->second;
+    if (!k.image || !k.image->loads || k.image->revision != revision || !k.state.sameState(*f.before)) return false;
+    return stillHolds(f.path, k);
+}
+
+bool FileTable::stillHolds(const std::string& path, Known& k) {
+    auto now = files_.fingerprint(path);
+    if (!now || !now->sameState(k.state)) return false;
+    if (k.state.settled) return true;
+    try {
+        auto in = files_.openRead(path);
+        std::vector<char> chunk(ChunkDigests::kChunk);
+        ChunkDigests digests;
+        while (const std::size_t got = in->read(chunk.data(), chunk.size())) digests.add(chunk.data(), got);
+        const std::uint64_t size = digests.size();
+        auto after = files_.fingerprint(path);
+        if (size != k.size || digests.finish() != k.chunks || !after || !after->sameState(*now)) return false;
+    } catch (const Failure&) {
+        return false;
+    }
+    k.state = *now;
+    return true;
 }
 
 void FileTable::remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,

@@ -192,6 +192,11 @@ private:
     void readFieldSlow(Open& f, std::string& field, Expect expect);
     void remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
                   std::vector<std::uint64_t> chunks);
+    // Whether the file at path is in the state known and holds the bytes
+    // known. A state whose time had not settled when it was taken proves
+    // nothing by itself: then the file is read and its digests compared, and
+    // the state taken before that reading is the one known from then on.
+    bool stillHolds(const std::string& path, Known& k);
 
     forms::FilesPort& files_;
     std::array<std::unique_ptr<Open>, kMaxFiles + 1> open_{};
