@@ -113,8 +113,9 @@ inline double floorFinite(double y) {
     return t > y ? t - 1 : t;
 }
 
-// RoundToCurrency with the scale of the currency's decimals.
-inline double roundScaled(double x, double scale) {
+// RoundToCurrency with the scale of the currency's decimals, as a count of
+// the currency's smallest units (a whole number, or not finite).
+inline double roundedUnits(double x, double scale) {
     double y = x * scale;
     if (!std::isfinite(y)) return y;
     double f = floorFinite(y);
@@ -126,8 +127,17 @@ inline double roundScaled(double x, double scale) {
     double k;
     if (std::fabs(r - 0.5) <= tolerance) k = y >= 0 ? f + 1 : f;
     else k = r < 0.5 ? f : f + 1;
-    return k / scale;
+    return k;
 }
+
+inline double roundScaled(double x, double scale) { return roundedUnits(x, scale) / scale; }
+
+// Below this many units the rounding of a running total plus an amount that
+// is a whole number of units (within kWholeSlack) gives exactly their sum:
+// the errors of the floating steps stay far below the half unit that would
+// tip the rounding.
+constexpr double kExactUnits = 1099511627776.0; // 2^40
+constexpr double kWholeSlack = 1e-6;
 
 constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -232,7 +242,19 @@ void TotalsCache::refresh(Entry& e, int row, int col) {
         e.state = Number;
     } catch (const Failure&) {
         e.state = TooLarge;
+        e.whole = false;
+        return;
     }
+    const double y = e.value * scale_;
+    e.units = std::nearbyint(y);
+    e.whole = std::fabs(e.units) < kExactUnits && std::fabs(y - e.units) <= kWholeSlack;
+}
+
+void TotalsCache::rescale(double scale) {
+    scale_ = scale;
+    for (auto* col : {&cost_, &value_})
+        for (Entry& e : *col)
+            if (e.state == Number) e.state = Stale;
 }
 
 // ---- UpdateTotals -----------------------------------------------------------
@@ -241,23 +263,30 @@ void TotalsCache::refresh(Entry& e, int row, int col) {
 // running total went through its text every time. The text is written once:
 // only the last of the per-row writes can be seen. A failure ends the whole
 // procedure with the box of that column at the sum of the rows before, and the
-// other column untouched if it had not begun.
+// other column untouched if it had not begun. It runs at every key: the usual
+// amount is added as a whole count of units, which is what the rounding step
+// would give for it.
 void frmMain::UpdateTotals() {
     const double scale = currencyScale(platform.currency.decimals());
+    totalsCache_.useScale(scale);
     auto column = [&](forms::TextBox& box, int col) -> bool {
         box.setText("0");
-        double total = 0;
+        const int rows = std::min({ItemRowCount, FG1.Rows(), 32768});
+        double units = 0; // the running total in the currency's smallest units
         int done = 0;
-        bool ok = true;
-        for (int row = 0; row < ItemRowCount; ++row) {
-            double n;
-            if (row >= FG1.Rows() || row > 32767 || !totalsCache_.number(row, col, n)) { ok = false; break; }
-            double next = roundScaled(total + n, scale);
-            if (!std::isfinite(next)) { ok = false; break; }
-            total = next;
-            ++done;
+        bool ok = rows == ItemRowCount;
+        for (; done < rows; ++done) {
+            const TotalsCache::Entry& e = totalsCache_.entry(done, col);
+            if (e.whole && std::fabs(units) < kExactUnits) {
+                units += e.units;
+                continue;
+            }
+            if (e.state != TotalsCache::Number) { ok = false; break; }
+            const double next = roundedUnits(units / scale + e.value, scale);
+            if (!std::isfinite(next / scale)) { ok = false; break; }
+            units = next;
         }
-        if (done > 0) box.setText(platform.currency.format(total));
+        if (done > 0) box.setText(platform.currency.format(units / scale));
         return ok;
     };
     if (!column(txtCost, TotalsCache::kCostCol)) return;

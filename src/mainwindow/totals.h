@@ -36,12 +36,26 @@ public:
     TotalsCache(const TotalsCache&) = delete;
     TotalsCache& operator=(const TotalsCache&) = delete;
 
-    // NumberFromCell of the cell, cached; false for a number too large.
-    bool number(int row, int col, double& out) {
+    // The state of one money cell: its number, and, when that number is a
+    // whole count of the currency's smallest units (as amounts nearly always
+    // are), that count, so the totals can add it exactly as whole numbers.
+    enum State : std::uint8_t { Stale, Number, TooLarge };
+    struct Entry {
+        double value = 0;
+        double units = 0;
+        State state = Stale;
+        bool whole = false;
+    };
+
+    // The entries count whole units of 1 / scale from now on.
+    void useScale(double scale) {
+        if (scale != scale_) rescale(scale);
+    }
+    // The cell's entry, NumberFromCell of its text read when it changed.
+    const Entry& entry(int row, int col) {
         Entry& e = column(col)[static_cast<std::size_t>(row)];
         if (e.state == Stale) refresh(e, row, col);
-        out = e.value;
-        return e.state == Number;
+        return e;
     }
 
     void cellChanged(int row, int col) override;
@@ -52,15 +66,12 @@ public:
     void gridReset() override;
 
 private:
-    enum State : std::uint8_t { Stale, Number, TooLarge };
-    struct Entry {
-        double value = 0;
-        State state = Stale;
-    };
     std::vector<Entry>& column(int col) { return col == kCostCol ? cost_ : value_; }
     void refresh(Entry& e, int row, int col);
+    void rescale(double scale);
 
     forms::Grid& grid_;
+    double scale_ = 100;
     std::vector<Entry> cost_, value_;
 };
 
