@@ -33,7 +33,10 @@ void Control::move(int left, int top, int width, int height) {
     notify(Prop::Geometry);
 }
 
-void Control::copyTag(const std::string& t) { tag_ = t; }
+void Control::copyTag(const std::string& t) {
+    tag_ = t;
+    tagRef_ = nullptr;
+}
 
 void Control::changeVisible(bool v) {
     visible_ = v;

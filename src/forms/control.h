@@ -91,11 +91,15 @@ public:
     void setFont(const Font& f);
     void setFontSize(double size);
 
-    const std::string& Tag() const { return tag_; }
+    const std::string& Tag() const { return tagRef_ ? *tagRef_ : tag_; }
     // Into the tag's own storage; an empty text (every new cell a load enters) costs nothing.
     void setTag(const std::string& t) {
-        if (t.empty()) tag_.clear();
-        else copyTag(t);
+        if (t.empty()) {
+            tag_.clear();
+            tagRef_ = nullptr;
+        } else {
+            copyTag(t);
+        }
     }
 
     // Whether the control can hold the input focus now: a kind that takes it,
@@ -118,10 +122,19 @@ protected:
     void notify(Prop what);
     Runtime& runtime() const { return runtime_; }
     virtual bool takesFocus() const;
+    virtual void copyTag(const std::string& t);
+    // The tag is the text that stands at *text now, without a copy: whoever
+    // owns that text calls settleTag before it changes or moves it.
+    void referTag(const std::string* text) { tagRef_ = text; }
+    void settleTag() {
+        if (tagRef_) {
+            tag_ = *tagRef_;
+            tagRef_ = nullptr;
+        }
+    }
 
 private:
     void changeVisible(bool v);
-    void copyTag(const std::string& t);
     void changeEnabled(bool v);
     bool canFocusOnForm() const;
     bool takeFocus();
@@ -140,6 +153,7 @@ private:
     Color backColor_ = syscolor::Window;
     Font font_;
     std::string tag_;
+    const std::string* tagRef_ = nullptr;
     ControlView* view_ = nullptr;
 };
 

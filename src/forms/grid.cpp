@@ -35,6 +35,7 @@ void Grid::removeListener(GridListener* l) {
 }
 
 void Grid::setRows(int n) {
+    settleTag();
     if (n < 1 || n > kMaxRows) throw Failure("invalid row value");
     if (n == rows_) return;
     int old = rows_;
@@ -77,6 +78,7 @@ void Grid::growCells(std::size_t cells) {
 }
 
 void Grid::setCols(int n) {
+    settleTag();
     if (n < 1 || n > 5000) throw Failure("invalid column value");
     if (n == cols_) return;
     text_.resize(static_cast<std::size_t>(rows_) * cols_); // the spare rows go
@@ -145,6 +147,7 @@ void Grid::moveCurrent(int r, int c) {
 }
 
 void Grid::setTextMatrix(int r, int c, std::string t) {
+    settleTag();
     checkCell(r, c);
     cell(r, c) = std::move(t);
     ++revision_;
@@ -152,6 +155,7 @@ void Grid::setTextMatrix(int r, int c, std::string t) {
 }
 
 void Grid::AddItem(const std::string& text) {
+    settleTag();
     if (rows_ >= kMaxRows) throw Failure("too many rows");
     std::size_t at = static_cast<std::size_t>(rows_) * cols_;
     // Spare cells behind the last row are clean: a new row only takes its text.
@@ -164,6 +168,7 @@ void Grid::AddItem(const std::string& text) {
 }
 
 void Grid::RemoveItem(int r) {
+    settleTag();
     if (r < 0 || r >= rows_) throw Failure("subscript out of range");
     // There is always a row below the fixed ones.
     if (rows_ - 1 <= fixedRows_) throw Failure("cannot remove last non-fixed row");

@@ -66,6 +66,7 @@ public:
     const std::string& Text() const { return cell(row_, col_); }
     // Assigned into the cell's own storage, which a reload reuses.
     void setText(std::string_view t) {
+        settleTag();
         assignInto(cell(row_, col_), t);
         ++revision_;
         for (auto* l : listeners_) l->cellChanged(row_, col_);
@@ -139,6 +140,14 @@ public:
 
     void addListener(GridListener* l);
     void removeListener(GridListener* l);
+
+protected:
+    // Tag = Text on the current cell refers to the cell's text until the cell
+    // changes: a load passes every cell through the tag.
+    void copyTag(const std::string& t) override {
+        if (&t == &cell(row_, col_)) referTag(&t);
+        else Control::copyTag(t);
+    }
 
 private:
     const std::string& cell(int r, int c) const { return text_[static_cast<std::size_t>(r) * cols_ + c]; }

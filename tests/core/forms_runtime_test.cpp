@@ -2,6 +2,7 @@
 // behaviour the program's procedures count on.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -166,6 +167,32 @@ TEST_F(Forms, GridRowsGrowEmptyShrinkFromTheEndAndCloseUpOnRemoval) {
     Log column;
     for (int r = 0; r < grid.Rows(); ++r) column.push_back(grid.TextMatrix(r, 0) + "|" + grid.TextMatrix(r, 1));
     EXPECT_EQ(column, (Log{"|r0", "|r2", "|", "|", "|", "first|"}));
+}
+
+// Tag = Text keeps the text the cell had then, whatever happens to that cell,
+// its row or the grid's storage afterwards.
+TEST_F(Forms, TagTakenFromTheCurrentCellKeepsThatText) {
+    const std::vector<std::pair<const char*, std::function<void()>>> changes = {
+        {"Text", [&] { grid.setText("typed"); }},
+        {"TextMatrix", [&] { grid.setTextMatrix(2, 1, "other"); }},
+        {"RemoveItem above", [&] { grid.RemoveItem(1); }},
+        {"RemoveItem of its row", [&] { grid.RemoveItem(2); }},
+        {"Rows cut below it", [&] { grid.setRows(2); }},
+        {"AddItem to a grid that must grow", [&] { for (int i = 0; i < 2000; ++i) grid.AddItem("new"); }},
+        {"Cols", [&] { grid.setCols(9); }},
+        {"the current cell moving on", [&] { input([&] { grid.setCol(0); }); }},
+    };
+    for (const auto& [what, change] : changes) {
+        grid.setRows(1);
+        grid.setRows(4);
+        for (int r = 0; r < 4; ++r) grid.setTextMatrix(r, 1, "cell " + std::to_string(r));
+        input([&] { grid.setCol(1); grid.setRow(2); });
+        grid.setTag(grid.Text());
+        change();
+        EXPECT_EQ(grid.Tag(), "cell 2") << what;
+        grid.setTag(grid.Tag());
+        EXPECT_EQ(grid.Tag(), "cell 2") << what << ", given to itself";
+    }
 }
 
 TEST_F(Forms, CellStylesBelongToSingleCells) {
