@@ -34,7 +34,9 @@ void Control::move(int left, int top, int width, int height) {
 }
 
 void Control::copyTag(const std::string& t) {
-    tag_ = t;
+    // An empty text (every new cell a load enters) costs nothing.
+    if (t.empty()) tag_.clear();
+    else tag_ = t;
     tagRef_ = nullptr;
 }
 

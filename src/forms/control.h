@@ -92,15 +92,8 @@ public:
     void setFontSize(double size);
 
     const std::string& Tag() const { return tagRef_ ? *tagRef_ : tag_; }
-    // Into the tag's own storage; an empty text (every new cell a load enters) costs nothing.
-    void setTag(const std::string& t) {
-        if (t.empty()) {
-            tag_.clear();
-            tagRef_ = nullptr;
-        } else {
-            copyTag(t);
-        }
-    }
+    // Into the tag's own storage, unless a kind of control knows where the text stays.
+    void setTag(const std::string& t) { copyTag(t); }
 
     // Whether the control can hold the input focus now: a kind that takes it,
     // visible and enabled with all its containers, on a form that is shown.

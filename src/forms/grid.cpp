@@ -40,15 +40,18 @@ void Grid::setRows(int n) {
     if (n == rows_) return;
     int old = rows_;
     std::size_t cells = static_cast<std::size_t>(n) * cols_;
+    const std::size_t used = static_cast<std::size_t>(old) * cols_;
     if (n < old) {
         // Rows that go keep their text's storage for the rows that come next:
         // a reload fills the same number of cells again without allocating.
-        const std::size_t used = static_cast<std::size_t>(old) * cols_;
-        for (std::size_t i = cells; i < used; ++i) text_[i].clear();
+        // Their texts are cleared only when a row takes them again, so a
+        // reload touches each cell once.
+        dirty_ = std::max(dirty_, used);
         std::fill(back_.begin() + static_cast<std::ptrdiff_t>(cells), back_.begin() + static_cast<std::ptrdiff_t>(used), 0);
         std::fill(align_.begin() + static_cast<std::ptrdiff_t>(cells), align_.begin() + static_cast<std::ptrdiff_t>(used), AlignGeneral);
-    } else if (text_.size() < cells) {
-        growCells(cells);
+    } else {
+        if (text_.size() < cells) growCells(cells);
+        clearSpare(used, cells);
     }
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
     rows_ = n;
@@ -69,6 +72,10 @@ void Grid::renewRows() {
     row_ = rowSel_ = topRow_ = 0;
     clampCurrent();
     notifyLayout();
+}
+
+void Grid::clearSpare(std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < std::min(to, dirty_); ++i) text_[i].clear();
 }
 
 void Grid::growCells(std::size_t cells) {
@@ -92,6 +99,7 @@ void Grid::setCols(int n) {
             align[to] = align_[from];
         }
     text_ = std::move(text);
+    dirty_ = 0; // no spare cells are left
     back_ = std::move(back);
     align_ = std::move(align);
     colWidth_.resize(static_cast<std::size_t>(n), kDefaultColWidth);
@@ -158,8 +166,9 @@ void Grid::AddItem(const std::string& text) {
     settleTag();
     if (rows_ >= kMaxRows) throw Failure("too many rows");
     std::size_t at = static_cast<std::size_t>(rows_) * cols_;
-    // Spare cells behind the last row are clean: a new row only takes its text.
+    // The row's other cells are emptied only if they still hold a text of an earlier row.
     if (text_.size() < at + cols_) growCells(at + cols_);
+    clearSpare(at + 1, at + cols_);
     text_[at] = text;
     rowHeight_.push_back(-1);
     ++rows_;

@@ -143,7 +143,8 @@ public:
 
 protected:
     // Tag = Text on the current cell refers to the cell's text until the cell
-    // changes: a load passes every cell through the tag.
+    // changes: a load passes every cell through the tag, and this way it need
+    // not even look at the text.
     void copyTag(const std::string& t) override {
         if (&t == &cell(row_, col_)) referTag(&t);
         else Control::copyTag(t);
@@ -167,6 +168,8 @@ private:
     }
     void moveCurrent(int r, int c);
     void growCells(std::size_t cells);
+    // Empties the texts of spare cells in [from, to) that may still hold one.
+    void clearSpare(std::size_t from, std::size_t to);
     void clampCurrent();
     void ensureVisible();
     int viewportWidth() const;
@@ -183,9 +186,10 @@ private:
     int rowSel_ = 0, colSel_ = 0;
     int topRow_ = 0, leftCol_ = 0;
     int viewportW_ = -1, viewportH_ = -1;
-    // Row by row; cells behind the last row are spare: empty, with no colour or
-    // alignment of their own, kept for their storage.
+    // Row by row; cells behind the last row are spare: with no colour or
+    // alignment of their own, kept for their storage, and empty from dirty_ on.
     std::vector<std::string> text_;
+    std::size_t dirty_ = 0;
     // Per cell: background as an index into palette_ (0: the grid's own) and alignment.
     std::vector<std::uint8_t> back_;
     std::vector<std::uint8_t> align_;

@@ -215,9 +215,11 @@ void TotalsCache::gridReset() {
     value_.assign(static_cast<std::size_t>(grid_.Rows()), Entry{});
 }
 
+// Read at once, while the text is at hand: a load writes every cell of a big
+// category, and the totals that follow would otherwise fetch them all again.
 void TotalsCache::cellChanged(int row, int col) {
-    if (col == kCostCol) cost_[static_cast<std::size_t>(row)].state = Stale;
-    else if (col == kValueCol) value_[static_cast<std::size_t>(row)].state = Stale;
+    if (col == kCostCol) refresh(cost_[static_cast<std::size_t>(row)], row, col);
+    else if (col == kValueCol) refresh(value_[static_cast<std::size_t>(row)], row, col);
 }
 
 void TotalsCache::rowsInserted(int first, int count) {
