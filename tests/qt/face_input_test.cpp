@@ -14,7 +14,7 @@
 #include "forms/listbox.h"
 #include "forms/runtime.h"
 #include "qt/form_window.h"
-#include "qt/qt_host.h"
+#include "support/qt_harness.h"
 
 namespace {
 
@@ -65,11 +65,8 @@ struct TestForm {
     forms::Button off;
 };
 
-struct Fixture {
-    Fixture() : host(rt) {
-        rt.setHost(&host);
-        t = std::make_unique<TestForm>(rt);
-    }
+struct Fixture : qttest::BareFace {
+    Fixture() { t = std::make_unique<TestForm>(rt); }
     ~Fixture() {
         t.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -85,8 +82,6 @@ struct Fixture {
     template <class W> W* w(const forms::Control& c) { return qobject_cast<W*>(window()->widgetOf(c)); }
     void focus(forms::Control& c) { host.dispatch([&] { c.TrySetFocus(); }); }
 
-    forms::Runtime rt;
-    qtface::QtHost host;
     std::unique_ptr<TestForm> t;
     std::vector<std::string> log;
 };
@@ -357,9 +352,9 @@ void FaceInputTest::formGoingFromItsOwnButtonIsSafe() {
 }
 
 void FaceInputTest::sizableFormIsToldItsSizeWhenShownAndResized() {
-    forms::Runtime rt;
-    qtface::QtHost host(rt);
-    rt.setHost(&host);
+    qttest::BareFace face;
+    forms::Runtime& rt = face.rt;
+    qtface::QtHost& host = face.host;
     forms::Form form(rt, "frmSizable");
     form.Border = forms::BorderStyle::Sizable;
     form.ClientWidth = 4800;
