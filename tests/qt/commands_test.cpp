@@ -199,6 +199,7 @@ void CommandsTest::saveToFloppyAndLoadItBack() {
     }
     QCOMPARE(listTexts(h), (QStringList{"Bike", "Car", "Tools"}));
     QCOMPARE(selectedText(h), QString("Tools"));
+    QVERIFY(!m.ReadFromFloppy && !m.WriteToFloppy);
     QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString("Tools"));
     QCOMPARE(h.grid()->model()->index(3, 6).data().toString(), QString("SN3"));
     for (const char* file : {"Bike.csv", "Car.csv", "Tools.csv"}) QCOMPARE(readFile(h.core.data(file)).value_or(""), saved[file]);
