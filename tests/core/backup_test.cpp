@@ -3,7 +3,6 @@
 // nothing. A save and a load back through the real boxes: the GUI commands test.
 #include <gtest/gtest.h>
 
-#include <map>
 
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
@@ -17,14 +16,6 @@ const char* const kSaveStart =
     "Please insert a blank disk into A:\\ to save files to disk.. A message box will appear when save is complete. "
     "Please be patient, this may take a few minutes.";
 
-// Every file of a folder with its bytes.
-std::map<std::string, std::string> folderBytes(const fs::path& dir) {
-    std::map<std::string, std::string> out;
-    if (!fs::exists(dir)) return out;
-    for (const auto& e : fs::directory_iterator(dir))
-        if (e.is_regular_file()) out[e.path().filename().string()] = readFile(e.path()).value_or("");
-    return out;
-}
 
 struct Backup : ::testing::Test {
     Harness h;

@@ -18,12 +18,6 @@ using namespace qmtest;
 
 namespace {
 
-std::map<std::string, std::string> folderBytes(const std::filesystem::path& dir) {
-    std::map<std::string, std::string> out;
-    for (const auto& n : folderNames(dir)) out[n] = readFile(dir / n).value_or("<unreadable>");
-    return out;
-}
-
 TEST(Start, WithNoFilesTheWindowIsUsableAndEmpty) {
     Harness h;
     auto& m = h.start();
