@@ -1,5 +1,7 @@
-// The cell editor laid over the grid: where it opens, what each key does to the
-// cell, the caret and the current cell, and the order of the events.
+// The cell editor laid over the grid, below the window: a typed character over a
+// selection, the order of the events, keys reaching the grid while the editor
+// is closed, and scrolling with the editor open. What the keys do in the editor
+// is typed into the real window by the GUI typing test.
 #include <gtest/gtest.h>
 
 #include "forms/input.h"
@@ -23,71 +25,12 @@ struct Editor : ::testing::Test {
         h.selectCategory(0);
     }
     void press(int code, char32_t ch = 0) { forms::input::key(h.runtime, m->T1, code, 0, ch); }
-    void type(const std::u32string& s) {
-        for (char32_t c : s) press(c >= 'a' && c <= 'z' ? int(c - 32) : int(c), c);
-    }
     // Opens the editor on a cell the way a click does.
     void open(int row, int col) { forms::input::clickCell(h.runtime, m->FG1, row, col); }
-    void caret(int pos) { forms::input::clickText(h.runtime, m->T1, pos); }
     std::string cell(int r, int c) { return m->FG1.TextMatrix(r, c); }
     bool at(int r, int c) { return m->FG1.Row() == r && m->FG1.Col() == c; }
     bool editorOpen() { return m->T1.Visible() && m->T1.hasFocus(); }
 };
-
-TEST_F(Editor, ASwitchToACategoryWithItemsOpensTheEditorOnTheLastCell) {
-    EXPECT_TRUE(at(3, 6));
-    EXPECT_TRUE(editorOpen());
-    EXPECT_EQ(m->T1.Text(), "x");
-    EXPECT_EQ(m->T1.SelStart(), 1);
-    EXPECT_EQ(m->FG1.Tag(), "x"); // Esc after a switch brings back the text as loaded
-    press(key::Escape, 27);
-    EXPECT_EQ(cell(3, 6), "x");
-}
-
-TEST_F(Editor, AClickOnACellLaysTheEditorOverItWithTheCaretAtTheEnd) {
-    open(1, 3);
-    EXPECT_TRUE(at(1, 3));
-    EXPECT_TRUE(editorOpen());
-    EXPECT_EQ(m->T1.Text(), "Store");
-    EXPECT_EQ(m->T1.SelStart(), 5);
-    EXPECT_EQ(m->T1.Left(), m->FG1.Left() + m->FG1.CellLeft());
-    EXPECT_EQ(m->T1.Top(), m->FG1.Top() + m->FG1.CellTop());
-    EXPECT_EQ(m->T1.Width(), m->FG1.CellWidth());
-    EXPECT_EQ(m->T1.Height(), m->FG1.CellHeight());
-    EXPECT_EQ(m->FG1.CellAlignment(1, 3), forms::Grid::AlignRightCenter);
-    EXPECT_EQ(m->FG1.CellBackColor(3, 6), forms::syscolor::Window); // the cell that was left
-}
-
-TEST_F(Editor, ATypedCharacterIsInTheCellAndTheTotalAtOnce) {
-    open(1, 1);
-    EXPECT_EQ(m->txtCost.Text(), "$132.00");
-    press('3', U'3');
-    EXPECT_EQ(cell(1, 1), "123");
-    EXPECT_EQ(m->T1.Text(), "123");
-    EXPECT_EQ(m->txtCost.Text(), "$243.00"); // rose by 111
-    caret(1);
-    press('X', U'X');
-    EXPECT_EQ(cell(1, 1), "1X23");
-    press(key::Backspace, 8);
-    EXPECT_EQ(cell(1, 1), "123");
-    press(key::Delete);
-    EXPECT_EQ(cell(1, 1), "13");
-    EXPECT_EQ(m->T1.Text(), "13");
-}
-
-TEST_F(Editor, BackspaceAndDeleteWithNothingToTakeChangeNothing) {
-    open(2, 3); // an empty cell
-    press(key::Backspace, 8);
-    press(key::Delete);
-    EXPECT_EQ(cell(2, 3), "");
-    open(1, 3);
-    caret(0);
-    press(key::Backspace, 8);
-    EXPECT_EQ(cell(1, 3), "Store");
-    caret(5);
-    press(key::Delete);
-    EXPECT_EQ(cell(1, 3), "Store");
-}
 
 TEST_F(Editor, ASelectionIsReplacedByTheTypedCharacter) {
     open(1, 3);
@@ -95,130 +38,6 @@ TEST_F(Editor, ASelectionIsReplacedByTheTypedCharacter) {
     press('I', U'i');
     EXPECT_EQ(cell(1, 3), "Sie");
     EXPECT_EQ(m->T1.Text(), "Sie");
-}
-
-TEST_F(Editor, EscRestoresTheTextTheCellHadWhenItWasEntered) {
-    open(1, 6);
-    type(U"d");
-    EXPECT_EQ(cell(1, 6), "abcd");
-    press(key::Escape, 27);
-    EXPECT_EQ(cell(1, 6), "abc");
-    EXPECT_EQ(m->T1.Text(), "abc");
-    EXPECT_EQ(m->T1.SelStart(), 3);
-    EXPECT_EQ(m->txtCost.Text(), "$132.00");
-    EXPECT_TRUE(editorOpen());
-    press(key::Escape, 27);
-    EXPECT_EQ(cell(1, 6), "abc");
-}
-
-TEST_F(Editor, EscAfterMovingAwayAndBackKeepsTheTextOfTheSecondEntry) {
-    open(1, 6);
-    type(U"d");
-    open(2, 6);
-    open(1, 6);
-    press(key::Escape, 27);
-    EXPECT_EQ(cell(1, 6), "abcd");
-}
-
-TEST_F(Editor, LeftAndRightWalkTheTextFirstAndCrossCellsAtItsEnds) {
-    open(1, 3);       // "Store", caret at the end
-    press(key::Right); // at the end: the next cell
-    EXPECT_TRUE(at(1, 4));
-    press(key::Left); // caret at the end of "1/1/2000": moves in the text only
-    EXPECT_TRUE(at(1, 4));
-    EXPECT_EQ(m->T1.SelStart(), 7);
-    caret(0);
-    press(key::Left);
-    EXPECT_TRUE(at(1, 3));
-    EXPECT_EQ(m->T1.SelStart(), 5); // a move opens the editor with the caret at the end
-}
-
-TEST_F(Editor, LeftAndRightWrapFromRowToRowButNeverIntoHeadingsOrNames) {
-    open(2, 1);
-    caret(0);
-    press(key::Left); // first editable column: the last column of the row above
-    EXPECT_TRUE(at(1, 6));
-    open(1, 6);
-    press(key::Right); // last column, caret at the end: column 1 of the row below
-    EXPECT_TRUE(at(2, 1));
-    open(1, 1);
-    caret(0);
-    press(key::Left); // row 1, column 1: nowhere to go
-    EXPECT_TRUE(at(1, 1));
-    open(3, 6);
-    press(key::Right); // the very last cell
-    EXPECT_TRUE(at(3, 6));
-}
-
-TEST_F(Editor, UpAndDownChangeTheRowWhereverTheCaretIs) {
-    open(2, 4);
-    press(key::Up);
-    EXPECT_TRUE(at(1, 4));
-    press(key::Up);
-    EXPECT_TRUE(at(1, 4)); // never into the heading row
-    caret(3);
-    press(key::Down);
-    EXPECT_TRUE(at(2, 4));
-    press(key::Down);
-    press(key::Down);
-    EXPECT_TRUE(at(3, 4)); // Down adds no row
-    EXPECT_EQ(m->FG1.Rows(), 4);
-}
-
-TEST_F(Editor, EnterWalksAlongTheRowAndOnToTheNext) {
-    open(1, 5);
-    press(key::Enter, 13);
-    EXPECT_TRUE(at(1, 6));
-    EXPECT_TRUE(editorOpen());
-    EXPECT_EQ(m->T1.Text(), "abc");
-    press(key::Enter, 13);
-    EXPECT_TRUE(at(2, 1));
-    EXPECT_TRUE(editorOpen());
-    EXPECT_TRUE(h.dialogs.prompts.empty());
-}
-
-TEST_F(Editor, EnterAtTheLastCellAsksForANewItem) {
-    h.dialogs.inputAnswers.push_back("Level");
-    open(3, 6);
-    press(key::Enter, 13);
-    ASSERT_EQ(h.dialogs.prompts.size(), 1u);
-    EXPECT_EQ(h.dialogs.prompts[0].text, "Please type in name of item you would like to add");
-    EXPECT_EQ(h.dialogs.prompts[0].title, "Add Item");
-    EXPECT_EQ(m->FG1.Rows(), 5);
-    EXPECT_EQ(cell(4, 0), "Level");
-    EXPECT_TRUE(at(4, 1));
-    EXPECT_TRUE(editorOpen());
-    EXPECT_EQ(m->AddItemPending, 0);
-    EXPECT_NE(readFile(h.data("Tools.csv"))->find("Level,,,,,,"), std::string::npos);
-}
-
-TEST_F(Editor, EnterWithTheCaretInsideACellAsksToo_AndCancelLeavesColumnOneOfTheLastRow) {
-    open(1, 3);
-    caret(2);
-    press(key::Enter, 13);
-    EXPECT_EQ(h.dialogs.prompts.size(), 1u);
-    EXPECT_EQ(m->FG1.Rows(), 4);
-    EXPECT_TRUE(at(3, 1));
-    EXPECT_TRUE(editorOpen());
-    EXPECT_EQ(m->AddItemPending, 0);
-    EXPECT_EQ(h.dialogs.prompts.size(), 1u); // no second prompt
-}
-
-TEST_F(Editor, ControlCharactersNeverReachACell) {
-    open(1, 3);
-    press('J', 10);
-    press('A', 1);
-    press(key::Tab, 9);
-    EXPECT_EQ(cell(1, 3), "Store");
-}
-
-TEST_F(Editor, APasteWritesTheCellAtOnceWithControlCharactersAsBlanks) {
-    open(2, 6);
-    // A line break, a tab, DEL and NEL (a C1 control, C2 85 in UTF-8) become
-    // blanks; é and € (E2 82 AC: a byte of the C1 range inside it) stay.
-    forms::input::paste(h.runtime, m->T1, "a\nb,\"c\"\t\x7F\u0085\u00e9\u20ac\u0100");
-    EXPECT_EQ(cell(2, 6), "a b,\"c\"   \u00e9\u20ac\u0100");
-    EXPECT_EQ(m->T1.Text(), cell(2, 6));
 }
 
 TEST_F(Editor, WhenAKeyMovesTheCellTheEventsComeInOrder) {
@@ -301,16 +120,6 @@ TEST_F(GridKeys, ArrowKeysMoveTheCurrentCellWithoutOpeningTheEditor) {
     EXPECT_EQ(m->FG1.Tag(), "Store");
 }
 
-TEST_F(Editor, AHiddenEditorTakesNoKeys) {
-    open(1, 3);
-    h.run([&] { m->T1.setVisible(false); });
-    EXPECT_TRUE(m->T1.hasFocus());
-    press('Z', U'z');
-    press(key::Backspace, 8);
-    forms::input::paste(h.runtime, m->T1, "pasted");
-    EXPECT_EQ(cell(1, 3), "Store");
-}
-
 // ---- scrolling with the editor open ---------------------------------------
 
 struct Scrolling : Editor {
@@ -387,17 +196,6 @@ TEST_F(Scrolling, AClickOnAPartlyShownCellOpensTheEditorEvenIfItsTextIsTheEditor
     EXPECT_TRUE(editorOpen());
     EXPECT_TRUE(editorOverCurrentCell());
     EXPECT_EQ(m->T1.SelStart(), 4);
-}
-
-TEST_F(Editor, TypedTextSurvivesASwitchAndARestartUnchanged) {
-    h.run([&] { m->CategoryCount = storage::Value::number(1); });
-    open(2, 6);
-    type(U" a, \"b\" ,c");
-    h.click(m->cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    auto& m2 = again.start();
-    again.selectCategory(0);
-    EXPECT_EQ(m2.FG1.TextMatrix(2, 6), " a, \"b\" ,c");
 }
 
 } // namespace

@@ -108,11 +108,14 @@ TEST_F(Items, RenameWithTheGridHiddenAsksButDropsTheAnswer) {
     EXPECT_EQ(m->FG1.TextMatrix(0, 0), "Item");
 }
 
-TEST_F(Items, DeleteRemovesTheSelectedRowAfterTheQuestion) {
+TEST_F(Items, DeleteRemovesTheSelectedRowWhenTheQuestionIsAnsweredYes) {
     startWith({{"Rake", "10"}, {"Hoe", "5"}, {"Spade", "7"}});
     h.run([&] { m->FG1.setRow(2); });
+    h.dialogs.msgAnswers.push_back(forms::vbNo);
+    h.click(m->cmdDeleteAsset); // No keeps the item
+    EXPECT_EQ(m->FG1.Rows(), 4);
     h.click(m->cmdDeleteAsset);
-    ASSERT_EQ(h.dialogs.messages.size(), 1u);
+    ASSERT_EQ(h.dialogs.messages.size(), 2u);
     EXPECT_EQ(h.dialogs.messages[0].text,
               "This will permanently DELETE the item: Hoe, and all the information on this item. Are you sure?");
     EXPECT_EQ(h.dialogs.messages[0].buttons, forms::vbYesNo);
@@ -121,13 +124,6 @@ TEST_F(Items, DeleteRemovesTheSelectedRowAfterTheQuestion) {
     EXPECT_EQ(m->FG1.TextMatrix(2, 0), "Spade");
     EXPECT_TRUE(m->T1.hasFocus()); // the editor reopens on the grid
     EXPECT_EQ(m->FG1.Tag(), m->FG1.Text());
-}
-
-TEST_F(Items, NoKeepsTheItem) {
-    startWith({{"Rake"}, {"Hoe"}});
-    h.dialogs.msgAnswers.push_back(forms::vbNo);
-    h.click(m->cmdDeleteAsset);
-    EXPECT_EQ(m->FG1.Rows(), 3);
 }
 
 TEST_F(Items, DeletingTheLastItemLeavesAnEmptyDisabledGridOnShow) {

@@ -102,14 +102,6 @@ TEST_F(Pictures, CancelInTheFileDialogChangesNothing) {
     EXPECT_EQ(shown(*m), jack);
 }
 
-TEST_F(Pictures, TheCheckBoxShowsAndHidesTheWindowAndCloseUnticksIt) {
-    forms::input::toggle(h.runtime, m->chkPic);
-    EXPECT_TRUE(m->Pic().form.Visible());
-    forms::input::click(h.runtime, m->Pic().cmdClose);
-    EXPECT_FALSE(m->Pic().form.Visible());
-    EXPECT_EQ(m->chkPic.Value(), 0);
-}
-
 TEST_F(Pictures, TheWindowFitsItselfAroundThePicture) {
     writeFile(stock, "PIC 4365 2475");
     h.selectCategory(1);

@@ -126,29 +126,19 @@ TEST_F(Places, ListIsReadFromTheFloppyRootWhenAsked) {
 
 // ---- the window after a switch ----------------------------------------------------------------------
 
-TEST(Switch, ToACategoryWithItemsOpensTheEditorOnTheLastCell) {
+// The caption, totals, grid and editor a click shows: the GUI category and typing tests.
+TEST(Switch, ToACategoryWithItemsBringsTheGridBackFromItsParkingPlace) {
     Harness h;
     h.writeIndex({"Tools"});
     h.writeCategory("Tools", {{"Saw", "10.00", "8.00"}, {"Drill", "2.50", "1.25", "", "", "", "SN 9"}});
     auto& m = h.start();
     h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(m.CurrentCategory, "Tools");
-    EXPECT_EQ(m.lblCategory.Caption(), "Tools");
     EXPECT_EQ(m.ItemRowCount, 3);
-    EXPECT_TRUE(m.FG1.Visible());
     EXPECT_EQ(m.FG1.FixedRows(), 1);
     EXPECT_EQ(m.FG1.FixedCols(), 1);
-    EXPECT_EQ(m.txtCost.Text(), "$12.50");
-    EXPECT_EQ(m.txtValue.Text(), "$9.25");
-    EXPECT_FALSE(m.txtLoading.Visible());
     EXPECT_EQ(std::make_pair(m.FG1.Left(), m.FG1.Top()), std::make_pair(120, 240));
     EXPECT_EQ(std::make_pair(m.lstCategory.Left(), m.lstCategory.Top()), std::make_pair(1800, 240));
     EXPECT_EQ(std::make_pair(m.lblCategory.Left(), m.lblCategory.Top()), std::make_pair(4560, 240));
-    EXPECT_EQ(m.FG1.Row(), 2);
-    EXPECT_EQ(m.FG1.Col(), 6);
-    EXPECT_TRUE(m.T1.Visible());
-    EXPECT_TRUE(m.T1.hasFocus());
-    EXPECT_EQ(m.T1.Text(), "SN 9");
 }
 
 TEST(Switch, ToACategoryWithNoFileShowsNoGridAndMakesTheFile) {

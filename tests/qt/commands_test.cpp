@@ -66,48 +66,51 @@ void CommandsTest::addRenameAndDeleteThroughThePrompts() {
         QCOMPARE(listTexts(h), QStringList{"Garage"});
         QVERIFY(!std::filesystem::exists(h.core.data("typed, then cancelled.csv")));
     }
-    {   // Add: the new entry takes its sorted place and opens, empty.
+    // Add, then rename the category with items to a name that sorts first:
+    // each prompt as the user sees it, then the list, the caption and the index
+    // with the new name in its sorted place, selected and open.
+    const struct {
+        forms::Button* command;
+        const char *typed, *title, *prompt;
+        QStringList list;
+    } steps[] = {
+        {&m.cmdAddCategory, "Attic", "Add Category", "Please enter name of category.  (ie: Mom's stuff, Car parts, etc.)",
+         {"Attic", "Garage"}},
+        {&m.cmdRenameCat, "Aardvark", "Rename Category", "What would you like to rename Garage to?", {"Aardvark", "Attic"}},
+    };
+    for (const auto& step : steps) {
+        h.clickListEntry(int(listTexts(h).indexOf("Garage")));
         ModalBoxes boxes;
-        boxes.type("Attic");
-        run(h, m.cmdAddCategory, boxes);
-        QCOMPARE(boxes.seen().at(0).title, QString("Add Category"));
-        QCOMPARE(boxes.seen().at(0).text, QString("Please enter name of category.  (ie: Mom's stuff, Car parts, etc.)"));
-        QCOMPARE(listTexts(h), (QStringList{"Attic", "Garage"}));
-        QCOMPARE(selectedText(h), QString("Attic"));
-        QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString("Attic"));
-        QVERIFY(!h.grid()->isVisible());
-        QCOMPARE(readFile(h.core.data("Attic.csv")).value_or(""), std::string(qmtest::kHeadingLine) + "\r\n");
-        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Attic\r\nGarage\r\n"));
+        boxes.type(step.typed);
+        run(h, *step.command, boxes);
+        QCOMPARE(boxes.seen().at(0).title, QString(step.title));
+        QCOMPARE(boxes.seen().at(0).text, QString(step.prompt));
+        QCOMPARE(listTexts(h), step.list);
+        QCOMPARE(selectedText(h), QString(step.typed));
+        QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString(step.typed));
+        QCOMPARE(h.grid()->isVisible(), step.command == &m.cmdRenameCat); // an added category is empty
+        QCOMPARE(QString::fromStdString(readFile(h.core.data("CatFiles.csv")).value_or("")), step.list.join("\r\n") + "\r\n");
+        QVERIFY(!h.m().RenamePending);
     }
-    {   // Rename the category with items: the prompt names it, the rows go along.
-        h.clickListEntry(1);
-        ModalBoxes boxes;
-        boxes.type("Shed");
-        run(h, m.cmdRenameCat, boxes);
-        QCOMPARE(boxes.seen().at(0).title, QString("Rename Category"));
-        QCOMPARE(boxes.seen().at(0).text, QString("What would you like to rename Garage to?"));
-        QCOMPARE(listTexts(h), (QStringList{"Attic", "Shed"}));
-        QCOMPARE(selectedText(h), QString("Shed"));
-        QVERIFY(!std::filesystem::exists(h.core.data("Garage.csv")));
-        QVERIFY(readFile(h.core.data("Shed.csv")).value_or("").find("Drill,120,80,Shop,2001,,SN1") != std::string::npos);
-        QCOMPARE(h.grid()->model()->index(1, 0).data().toString(), QString("Drill"));
-        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Attic\r\nShed\r\n"));
-    }
+    QCOMPARE(readFile(h.core.data("Attic.csv")).value_or(""), std::string(qmtest::kHeadingLine) + "\r\n");
+    QVERIFY(!std::filesystem::exists(h.core.data("Garage.csv")));
+    QVERIFY(readFile(h.core.data("Aardvark.csv")).value_or("").find("Drill,120,80,Shop,2001,,SN1") != std::string::npos);
+    QCOMPARE(h.grid()->model()->index(1, 0).data().toString(), QString("Drill"));
     {   // Delete, first answered No, then Yes.
-        h.clickListEntry(0);
+        h.clickListEntry(1);
         ModalBoxes boxes;
         boxes.press(QMessageBox::No).press(QMessageBox::Yes);
         h.click(m.cmdDeleteCategory);
-        QCOMPARE(listTexts(h), (QStringList{"Attic", "Shed"}));
+        QCOMPARE(listTexts(h), (QStringList{"Aardvark", "Attic"}));
         QVERIFY(std::filesystem::exists(h.core.data("Attic.csv")));
         run(h, m.cmdDeleteCategory, boxes);
         QCOMPARE(boxes.texts(), (QStringList{"This will permanently DELETE all contents of 'Attic'. Are you sure?",
                                              "This will permanently DELETE all contents of 'Attic'. Are you sure?"}));
         QCOMPARE(boxes.seen().at(1).title, QString("Quillmere"));
-        QCOMPARE(listTexts(h), QStringList{"Shed"});
+        QCOMPARE(listTexts(h), QStringList{"Aardvark"});
         QVERIFY(!std::filesystem::exists(h.core.data("Attic.csv")));
-        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Shed\r\n"));
-        QVERIFY(std::filesystem::exists(h.core.data("Shed.csv")));
+        QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), std::string("Aardvark\r\n"));
+        QVERIFY(std::filesystem::exists(h.core.data("Aardvark.csv")));
     }
 }
 
@@ -196,6 +199,7 @@ void CommandsTest::saveToFloppyAndLoadItBack() {
     }
     QCOMPARE(listTexts(h), (QStringList{"Bike", "Car", "Tools"}));
     QCOMPARE(selectedText(h), QString("Tools"));
+    QVERIFY(!m.ReadFromFloppy && !m.WriteToFloppy);
     QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString("Tools"));
     QCOMPARE(h.grid()->model()->index(3, 6).data().toString(), QString("SN3"));
     for (const char* file : {"Bike.csv", "Car.csv", "Tools.csv"}) QCOMPARE(readFile(h.core.data(file)).value_or(""), saved[file]);

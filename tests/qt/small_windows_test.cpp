@@ -34,20 +34,19 @@ struct SmallWindow {
     bool stays; // hidden, not unloaded, when closed
 };
 
+// The form of a window while it is loaded.
+template <class W> forms::Form* formOf(W* w) { return w ? &w->form : nullptr; }
+
 const SmallWindow kWindows[] = {
     {"frmPic", "Item Picture", nullptr, [](qm::frmMain& m) { return m.hasPic() ? &m.Pic().form : nullptr; },
      [](qm::frmMain& m) { return &m.Pic().cmdClose; }, true},
-    {"frmProperties", "Properties", "Properties",
-     [](qm::frmMain& m) { return m.propertiesIfLoaded() ? &m.propertiesIfLoaded()->form : nullptr; },
+    {"frmProperties", "Properties", "Properties", [](qm::frmMain& m) { return formOf(m.propertiesIfLoaded()); },
      [](qm::frmMain& m) { return &m.propertiesIfLoaded()->cmdChange; }, false},
-    {"frmHow", "How does Quillmere work?", "Contents",
-     [](qm::frmMain& m) { return m.howIfLoaded() ? &m.howIfLoaded()->form : nullptr; },
+    {"frmHow", "How does Quillmere work?", "Contents", [](qm::frmMain& m) { return formOf(m.howIfLoaded()); },
      [](qm::frmMain& m) { return &m.howIfLoaded()->cmdClose; }, false},
-    {"frmAbout", "About Quillmere", "About Quillmere",
-     [](qm::frmMain& m) { return m.aboutIfLoaded() ? &m.aboutIfLoaded()->form : nullptr; },
+    {"frmAbout", "About Quillmere", "About Quillmere", [](qm::frmMain& m) { return formOf(m.aboutIfLoaded()); },
      [](qm::frmMain& m) { return &m.aboutIfLoaded()->cmdOK; }, false},
-    {"frmContact", "Contact Info", "Contact Me",
-     [](qm::frmMain& m) { return m.contactIfLoaded() ? &m.contactIfLoaded()->form : nullptr; },
+    {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); },
      [](qm::frmMain& m) { return &m.contactIfLoaded()->cmdOK; }, false},
 };
 

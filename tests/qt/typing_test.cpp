@@ -136,6 +136,7 @@ void TypingTest::aClickLaysTheEditorOverThatCell() {
     // The cell that was left shows the window background.
     QCOMPARE(t.h.grid()->model()->index(1, 1).data(Qt::BackgroundRole).value<QColor>(),
              qtface::toQColor(forms::syscolor::Window, QApplication::palette()));
+    QCOMPARE(t.h.grid()->model()->index(2, 3).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
     // A click in the editor only places the caret; headings and names are no cells to edit.
     QVERIFY(t.clickCaret(1));
     QVERIFY(t.editorOn(2, 3));
@@ -166,54 +167,57 @@ void TypingTest::typedDigitsChangeTheCellAndTheTotalsAtOnce() {
 
 // One key in the editor on a cell with the caret at a place: where the editor
 // is then, what the cell that was typed in holds, and the caret.
+namespace {
+struct KeyCase {
+    const char* name;
+    int row, col, caret; // caret -1: at the end, where a click leaves it
+    Qt::Key key;
+    int toRow, toCol;
+    const char* typedCell;
+    int caretAfter;
+};
+const int end = -1;
+const KeyCase kKeys[] = {
+    {"Backspace in the text", 1, 3, 2, Qt::Key_Backspace, 1, 3, "Sop", 1},
+    {"Backspace at the start", 1, 3, 0, Qt::Key_Backspace, 1, 3, "Shop", 0},
+    {"Delete in the text", 1, 3, 1, Qt::Key_Delete, 1, 3, "Sop", 1},
+    {"Delete at the end", 1, 3, end, Qt::Key_Delete, 1, 3, "Shop", 4},
+    {"Left inside the text", 1, 3, end, Qt::Key_Left, 1, 3, "Shop", 3},
+    {"Left at the start: the cell before", 1, 4, 0, Qt::Key_Left, 1, 3, "2001", 4},
+    {"Left at the start of column 1: the row above", 2, 1, 0, Qt::Key_Left, 1, 6, "1000", 3},
+    {"Left at the first cell: nowhere", 1, 1, 0, Qt::Key_Left, 1, 1, "120.50", 0},
+    {"Right inside the text", 1, 3, 1, Qt::Key_Right, 1, 3, "Shop", 2},
+    {"Right at the end: the cell after", 1, 3, end, Qt::Key_Right, 1, 4, "Shop", 4},
+    {"Right at the end of the last column: the row below", 1, 6, end, Qt::Key_Right, 2, 1, "SN1", 4},
+    {"Right at the end of the last cell: nowhere", 3, 6, end, Qt::Key_Right, 3, 6, "abc", 3},
+    {"Up with the caret inside", 2, 3, 1, Qt::Key_Up, 1, 3, "Shop", 4},
+    {"Up in row 1: nowhere", 1, 2, end, Qt::Key_Up, 1, 2, "80", 0},
+    {"Down with the caret inside", 1, 3, 1, Qt::Key_Down, 2, 3, "Shop", 4},
+    {"Down in the last row: no new row", 3, 2, end, Qt::Key_Down, 3, 2, "5", 1},
+    {"Home: the caret only", 1, 3, end, Qt::Key_Home, 1, 3, "Shop", 0},
+    {"End: the caret only", 1, 3, 1, Qt::Key_End, 1, 3, "Shop", 4},
+};
+} // namespace
+
 void TypingTest::keysOfTheTables_data() {
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("col");
-    QTest::addColumn<int>("caret"); // -1: at the end, where a click leaves it
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("toRow");
-    QTest::addColumn<int>("toCol");
-    QTest::addColumn<QString>("typedCell");
-    QTest::addColumn<int>("caretAfter");
-    const int end = -1;
-    QTest::newRow("Backspace in the text") << 1 << 3 << 2 << int(Qt::Key_Backspace) << 1 << 3 << "Sop" << 1;
-    QTest::newRow("Backspace at the start") << 1 << 3 << 0 << int(Qt::Key_Backspace) << 1 << 3 << "Shop" << 0;
-    QTest::newRow("Delete in the text") << 1 << 3 << 1 << int(Qt::Key_Delete) << 1 << 3 << "Sop" << 1;
-    QTest::newRow("Delete at the end") << 1 << 3 << end << int(Qt::Key_Delete) << 1 << 3 << "Shop" << 4;
-    QTest::newRow("Left inside the text") << 1 << 3 << end << int(Qt::Key_Left) << 1 << 3 << "Shop" << 3;
-    QTest::newRow("Left at the start: the cell before") << 1 << 4 << 0 << int(Qt::Key_Left) << 1 << 3 << "2001" << 4;
-    QTest::newRow("Left at the start of column 1: the row above") << 2 << 1 << 0 << int(Qt::Key_Left) << 1 << 6 << "1000" << 3;
-    QTest::newRow("Left at the first cell: nowhere") << 1 << 1 << 0 << int(Qt::Key_Left) << 1 << 1 << "120.50" << 0;
-    QTest::newRow("Right inside the text") << 1 << 3 << 1 << int(Qt::Key_Right) << 1 << 3 << "Shop" << 2;
-    QTest::newRow("Right at the end of the last column: the row below") << 1 << 6 << end << int(Qt::Key_Right) << 2 << 1 << "SN1" << 4;
-    QTest::newRow("Right at the end of the last cell: nowhere") << 3 << 6 << end << int(Qt::Key_Right) << 3 << 6 << "abc" << 3;
-    QTest::newRow("Up with the caret inside") << 2 << 3 << 1 << int(Qt::Key_Up) << 1 << 3 << "Shop" << 4;
-    QTest::newRow("Up in row 1: nowhere") << 1 << 2 << end << int(Qt::Key_Up) << 1 << 2 << "80" << 0;
-    QTest::newRow("Down in the last row: no new row") << 3 << 2 << end << int(Qt::Key_Down) << 3 << 2 << "5" << 1;
-    QTest::newRow("Home: the caret only") << 1 << 3 << end << int(Qt::Key_Home) << 1 << 3 << "Shop" << 0;
-    QTest::newRow("End: the caret only") << 1 << 3 << 1 << int(Qt::Key_End) << 1 << 3 << "Shop" << 4;
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < int(std::size(kKeys)); ++i) QTest::newRow(kKeys[i].name) << i;
 }
 
 void TypingTest::keysOfTheTables() {
-    QFETCH(int, row);
-    QFETCH(int, col);
-    QFETCH(int, caret);
-    QFETCH(int, key);
-    QFETCH(int, toRow);
-    QFETCH(int, toCol);
-    QFETCH(QString, typedCell);
-    QFETCH(int, caretAfter);
+    QFETCH(int, index);
+    const KeyCase& k = kKeys[index];
     Typing t;
     QVERIFY(t.started);
-    t.clickCell(row, col);
-    QVERIFY(t.editorOn(row, col));
-    if (caret >= 0) QVERIFY(t.clickCaret(caret));
-    t.key(key);
-    QVERIFY(t.editorOn(toRow, toCol));
-    QCOMPARE(QString::fromStdString(t.cell(row, col)), typedCell);
-    QCOMPARE(t.shown(row, col), typedCell);
-    QCOMPARE(t.t1()->cursorPosition(), caretAfter);
-    QCOMPARE(t.m().T1.SelStart(), caretAfter);
+    t.clickCell(k.row, k.col);
+    QVERIFY(t.editorOn(k.row, k.col));
+    if (k.caret >= 0) QVERIFY(t.clickCaret(k.caret));
+    t.key(k.key);
+    QVERIFY(t.editorOn(k.toRow, k.toCol));
+    QCOMPARE(t.cell(k.row, k.col), std::string(k.typedCell));
+    QCOMPARE(t.shown(k.row, k.col), QString(k.typedCell));
+    QCOMPARE(t.t1()->cursorPosition(), k.caretAfter);
+    QCOMPARE(t.m().T1.SelStart(), k.caretAfter);
     QCOMPARE(t.m().FG1.Rows(), 4);
 }
 
@@ -232,6 +236,8 @@ void TypingTest::enterWalksTheRowsAndAsksForANewItemAtTheEnd() {
     t.key(Qt::Key_Return);
     QCOMPARE(t.h.core.dialogs.prompts.size(), std::size_t(1));
     QCOMPARE(t.h.core.dialogs.prompts[0].title, std::string("Add Item"));
+    QCOMPARE(t.h.core.dialogs.prompts[0].text, std::string("Please type in name of item you would like to add"));
+    QVERIFY(qmtest::readFile(t.h.core.data("Garage.csv")).value_or("").find("Vice,,,,,,\r\n") != std::string::npos);
     QCOMPARE(t.h.grid()->model()->rowCount(), 5);
     QCOMPARE(t.shown(4, 0), QString("Vice"));
     QVERIFY(t.editorOn(4, 1));
@@ -249,6 +255,10 @@ void TypingTest::enterWalksTheRowsAndAsksForANewItemAtTheEnd() {
 void TypingTest::escRestoresTheTextOfTheCellsEntry() {
     Typing t;
     QVERIFY(t.started);
+    // The cell the switch opened comes back as it was loaded.
+    t.type("1");
+    t.key(Qt::Key_Escape);
+    QCOMPARE(t.cell(3, 6), std::string("abc"));
     t.clickCell(1, 1);
     t.type("99");
     QCOMPARE(t.text(t.m().txtCost), QString("$1,125.51"));
@@ -290,10 +300,13 @@ void TypingTest::pasteAndInputMethodsWriteTheCell() {
     Typing t;
     QVERIFY(t.started);
     t.clickCell(3, 3); // empty
-    QGuiApplication::clipboard()->setText(QString::fromUtf8("a\tb\x01" "c\nsecond line"));
+    // Control characters (C0, DEL, C1 such as NEL) become blanks; characters
+    // with a byte of the C1 range inside them (\u20ac, \u0100) stay whole.
+    QGuiApplication::clipboard()->setText(QString::fromUtf8("a\tb\x01" "c,\"d\"\x7f\u0085\u00e9\u20ac\u0100\nsecond line"));
     t.key(Qt::Key_V, Qt::ControlModifier);
     QVERIFY(t.editorOn(3, 3));
-    QCOMPARE(t.cell(3, 3), std::string("a b c"));
+    QCOMPARE(t.cell(3, 3), std::string("a b c,\"d\"  \u00e9\u20ac\u0100"));
+    QVERIFY(t.caretAtEnd());
     // A paste into a money cell counts at once.
     t.clickCell(3, 1);
     QGuiApplication::clipboard()->setText("00");
@@ -306,10 +319,10 @@ void TypingTest::pasteAndInputMethodsWriteTheCell() {
     QApplication::sendEvent(t.focus(), &preedit);
     QCOMPARE(t.cell(1, 3), std::string("Shop"));
     QInputMethodEvent commit;
-    commit.setCommitString(QString::fromUtf8("\xC3\xA9"));
+    commit.setCommitString(QString::fromUtf8("\xC3\xA9" "s"));
     QApplication::sendEvent(t.focus(), &commit);
     QVERIFY(t.editorOn(1, 3));
-    QCOMPARE(t.cell(1, 3), std::string("Shop\xC3\xA9"));
+    QCOMPARE(t.cell(1, 3), std::string("Shop\xC3\xA9s"));
 }
 
 void TypingTest::typedTextIsInTheFileAfterASwitchAndAfterExit() {
@@ -360,6 +373,7 @@ void TypingTest::scrollingWhileEditingNeverWritesAnotherCell() {
     wheel(t.h, 1); // towards the top, by a few rows
     const int top = g.TopRow();
     QVERIFY(top < g.Rows() - rowsInView && row < top + rowsInView - 1);
+    QCOMPARE(bar->value(), top - 1);
     QVERIFY(t.editorOn(row, 3));
     QVERIFY(t.editorRect().top() > before.top());
     t.type("9");

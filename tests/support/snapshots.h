@@ -48,6 +48,15 @@ inline std::set<std::string> folderNames(const std::filesystem::path& dir) {
     return names;
 }
 
+// Every entry of a folder with its bytes ("<unreadable>" for one that can't be
+// read, a folder among them); nothing for a folder that isn't there.
+inline std::map<std::string, std::string> folderBytes(const std::filesystem::path& dir) {
+    std::map<std::string, std::string> out;
+    if (!std::filesystem::exists(dir)) return out;
+    for (const auto& n : folderNames(dir)) out[n] = readFile(dir / n).value_or("<unreadable>");
+    return out;
+}
+
 // Files being written that were never put in place.
 inline std::vector<std::string> leftoverTemporaries(const std::filesystem::path& dir) {
     std::vector<std::string> found;

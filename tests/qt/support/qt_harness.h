@@ -74,6 +74,13 @@ public:
     static void settle();
 };
 
+// The Qt face over a runtime of its own and no program, for forms a test makes.
+struct BareFace {
+    BareFace() { rt.setHost(&host); }
+    forms::Runtime rt;
+    qtface::QtHost host{rt};
+};
+
 // Answers the real modal boxes as a user does, one step for each box as it
 // comes up: types into an input box and presses a button. What each box showed
 // is kept. A box that comes with no step left is cancelled and counted, so no
