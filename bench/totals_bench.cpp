@@ -78,7 +78,7 @@ void updateTotals(benchmark::State& state) {
         for (double& seconds : cold) {
             for (int row = 0; row < m.ItemRowCount; ++row)
                 for (int col : {1, 2}) {
-                    std::string text = m.FG1.TextMatrix(row, col);
+                    std::string text(m.FG1.TextMatrix(row, col));
                     m.FG1.setTextMatrix(row, col, text + " ");
                     m.FG1.setTextMatrix(row, col, std::move(text));
                 }
@@ -103,7 +103,7 @@ void typeInCostCell(benchmark::State& state) {
             state.SkipWithError("the cell editor did not open on the clicked cost cell");
             return;
         }
-        const std::string before = m.FG1.TextMatrix(row, 1);
+        const std::string before(m.FG1.TextMatrix(row, 1));
         typeKey(big.h, m.T1, '7');
         if (m.FG1.TextMatrix(row, 1) != before + "7") {
             typeKey(big.h, m.T1, '\b');

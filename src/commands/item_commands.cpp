@@ -44,14 +44,14 @@ void frmMain::cmdAddAsset_Click() {
 // Renames the item of the selected row in the grid only; the file follows at the next save.
 void frmMain::cmdRenameItem_Click() {
     const int row = FG1.RowSel();
-    std::string answer = platform.dialogs.InputBox("What would you like to change " + FG1.TextMatrix(row, 0) + " to?", "");
+    std::string answer = platform.dialogs.InputBox("What would you like to change " + std::string(FG1.TextMatrix(row, 0)) + " to?", "");
     if (FG1.Visible() && !answer.empty()) FG1.setTextMatrix(row, 0, answer);
 }
 
 void frmMain::cmdDeleteAsset_Click() {
     try {
         const int row = FG1.RowSel();
-        if (Message("This will permanently DELETE the item: " + FG1.TextMatrix(row, 0) +
+        if (Message("This will permanently DELETE the item: " + std::string(FG1.TextMatrix(row, 0)) +
                         ", and all the information on this item. Are you sure?",
                     forms::vbYesNo) == forms::vbNo)
             return;

@@ -33,11 +33,9 @@ void Control::move(int left, int top, int width, int height) {
     notify(Prop::Geometry);
 }
 
-void Control::copyTag(const std::string& t) {
-    // An empty text (every new cell a load enters) costs nothing.
-    if (t.empty()) tag_.clear();
-    else tag_ = t;
-    tagRef_ = nullptr;
+void Control::copyTag(std::string_view t) {
+    tagLazy_ = false;
+    tag_.assign(t);
 }
 
 void Control::changeVisible(bool v) {

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "forms/runtime.h"
 
@@ -91,9 +92,12 @@ public:
     void setFont(const Font& f);
     void setFontSize(double size);
 
-    const std::string& Tag() const { return tagRef_ ? *tagRef_ : tag_; }
+    const std::string& Tag() const {
+        settleTag();
+        return tag_;
+    }
     // Into the tag's own storage, unless a kind of control knows where the text stays.
-    void setTag(const std::string& t) { copyTag(t); }
+    void setTag(std::string_view t) { copyTag(t); }
 
     // Whether the control can hold the input focus now: a kind that takes it,
     // visible and enabled with all its containers, on a form that is shown.
@@ -115,14 +119,15 @@ protected:
     void notify(Prop what);
     Runtime& runtime() const { return runtime_; }
     virtual bool takesFocus() const;
-    virtual void copyTag(const std::string& t);
-    // The tag is the text that stands at *text now, without a copy: whoever
-    // owns that text calls settleTag before it changes or moves it.
-    void referTag(const std::string* text) { tagRef_ = text; }
-    void settleTag() {
-        if (tagRef_) {
-            tag_ = *tagRef_;
-            tagRef_ = nullptr;
+    virtual void copyTag(std::string_view t);
+    // The tag is the text that lazyTag() gives, without a copy: the control
+    // calls settleTag before that text changes or moves.
+    void referTag() { tagLazy_ = true; }
+    virtual std::string_view lazyTag() const { return {}; }
+    void settleTag() const {
+        if (tagLazy_) {
+            tag_.assign(lazyTag());
+            tagLazy_ = false;
         }
     }
 
@@ -145,8 +150,8 @@ private:
     Color foreColor_ = syscolor::WindowText;
     Color backColor_ = syscolor::Window;
     Font font_;
-    std::string tag_;
-    const std::string* tagRef_ = nullptr;
+    mutable std::string tag_;
+    mutable bool tagLazy_ = false;
     ControlView* view_ = nullptr;
 };
 

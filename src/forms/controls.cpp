@@ -22,7 +22,7 @@ TextBox::TextBox(Form& form, Control* container, std::string name) : Control(for
 
 int TextBox::length() const { return static_cast<int>(utf8::length(text_)); }
 
-void TextBox::setText(const std::string& text) {
+void TextBox::setText(std::string_view text) {
     if (text == text_) return;
     text_ = text;
     // A new text puts the caret at its start, as the platform's box does.

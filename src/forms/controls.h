@@ -52,7 +52,7 @@ public:
 
     const std::string& Text() const { return text_; }
     // Writing a text that differs runs Change before it returns; the same text runs nothing.
-    void setText(const std::string& text);
+    void setText(std::string_view text);
     int SelStart() const { return selStart_; }
     // Moves the caret and clears the selection.
     void setSelStart(int pos);

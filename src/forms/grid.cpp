@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
+#include <limits>
 
 #include "forms/failure.h"
 #include "forms/form.h"
@@ -42,20 +44,25 @@ void Grid::setRows(int n) {
     std::size_t cells = static_cast<std::size_t>(n) * cols_;
     const std::size_t used = static_cast<std::size_t>(old) * cols_;
     if (n < old) {
-        // Rows that go keep their text's storage for the rows that come next:
-        // a reload fills the same number of cells again without allocating.
-        // Their texts are cleared only when a row takes them again, so a
-        // reload touches each cell once.
+        // The spans of the rows that go are emptied only when a row takes
+        // them again, so a reload touches each cell once.
+        if (cells < used - cells) {
+            live_ = 0;
+            for (std::size_t i = 0; i < cells; ++i) live_ += spans_[i].len;
+        } else {
+            for (std::size_t i = cells; i < used; ++i) live_ -= spans_[i].len;
+        }
         dirty_ = std::max(dirty_, used);
         std::fill(back_.begin() + static_cast<std::ptrdiff_t>(cells), back_.begin() + static_cast<std::ptrdiff_t>(used), 0);
         std::fill(align_.begin() + static_cast<std::ptrdiff_t>(cells), align_.begin() + static_cast<std::ptrdiff_t>(used), AlignGeneral);
     } else {
-        if (text_.size() < cells) growCells(cells);
+        if (spans_.size() < cells) growCells(cells);
         clearSpare(used, cells);
     }
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
     rows_ = n;
     ++revision_;
+    compactIfWasteful();
     if (fixedRows_ > n - 1) fixedRows_ = n - 1;
     clampCurrent();
     if (n > old) for (auto* l : listeners_) l->rowsInserted(old, n - old);
@@ -75,11 +82,11 @@ void Grid::renewRows() {
 }
 
 void Grid::clearSpare(std::size_t from, std::size_t to) {
-    for (std::size_t i = from; i < std::min(to, dirty_); ++i) text_[i].clear();
+    for (std::size_t i = from; i < std::min(to, dirty_); ++i) spans_[i] = Span{};
 }
 
 void Grid::growCells(std::size_t cells) {
-    text_.resize(cells);
+    spans_.resize(cells);
     back_.resize(cells, 0);
     align_.resize(cells, AlignGeneral);
 }
@@ -88,23 +95,25 @@ void Grid::setCols(int n) {
     settleTag();
     if (n < 1 || n > 5000) throw Failure("invalid column value");
     if (n == cols_) return;
-    text_.resize(static_cast<std::size_t>(rows_) * cols_); // the spare rows go
-    std::vector<std::string> text(static_cast<std::size_t>(rows_) * n);
-    std::vector<std::uint8_t> back(text.size(), 0), align(text.size(), AlignGeneral);
+    std::vector<Span> spans(static_cast<std::size_t>(rows_) * n);
+    std::vector<std::uint8_t> back(spans.size(), 0), align(spans.size(), AlignGeneral);
+    live_ = 0;
     for (int r = 0; r < rows_; ++r)
         for (int c = 0; c < std::min(n, cols_); ++c) {
             std::size_t from = static_cast<std::size_t>(r) * cols_ + c, to = static_cast<std::size_t>(r) * n + c;
-            text[to] = std::move(text_[from]);
+            spans[to] = spans_[from];
+            live_ += spans[to].len;
             back[to] = back_[from];
             align[to] = align_[from];
         }
-    text_ = std::move(text);
+    spans_ = std::move(spans);
     dirty_ = 0; // no spare cells are left
     back_ = std::move(back);
     align_ = std::move(align);
     colWidth_.resize(static_cast<std::size_t>(n), kDefaultColWidth);
     cols_ = n;
     ++revision_;
+    compactIfWasteful();
     if (fixedCols_ > n - 1) fixedCols_ = n - 1;
     clampCurrent();
     for (auto* l : listeners_) l->gridReset();
@@ -154,25 +163,70 @@ void Grid::moveCurrent(int r, int c) {
     events.raise(EnterCell);
 }
 
-void Grid::setTextMatrix(int r, int c, std::string t) {
+void Grid::setTextMatrix(int r, int c, std::string_view t) {
     settleTag();
     checkCell(r, c);
-    cell(r, c) = std::move(t);
+    store(index(r, c), t);
     ++revision_;
     for (auto* l : listeners_) l->cellChanged(r, c);
 }
 
-void Grid::AddItem(const std::string& text) {
+void Grid::store(std::size_t i, std::string_view t) {
+    Span& s = spans_[i];
+    if (t.size() <= s.len) {
+        if (!t.empty()) std::memmove(arena_.data() + s.at, t.data(), t.size());
+        live_ -= s.len - t.size();
+        s.len = static_cast<std::uint32_t>(t.size());
+        return;
+    }
+    // A text taken from the arena itself moves with it when the arena grows.
+    std::string copy;
+    const auto from = reinterpret_cast<std::uintptr_t>(t.data()) - reinterpret_cast<std::uintptr_t>(arena_.data());
+    if (from < arena_.size()) {
+        copy.assign(t);
+        t = copy;
+    }
+    live_ -= s.len;
+    s = Span{};
+    if (arena_.size() + t.size() > arena_.capacity()) compactIfWasteful();
+    if (arena_.size() + t.size() > std::numeric_limits<std::uint32_t>::max()) throw Failure("out of memory");
+    s.at = static_cast<std::uint32_t>(arena_.size());
+    s.len = static_cast<std::uint32_t>(t.size());
+    arena_.append(t);
+    live_ += t.size();
+}
+
+void Grid::compactIfWasteful() {
+    constexpr std::size_t kSlack = 4096;
+    if (arena_.size() - live_ > live_ + kSlack) compact();
+}
+
+// The texts of the cells in use, packed in their order. Spare cells may keep
+// spans into the old arena: each is emptied before a row takes it again.
+void Grid::compact() {
+    std::string packed;
+    packed.reserve(live_);
+    for (std::size_t i = 0; i < usedCells(); ++i) {
+        Span& sp = spans_[i];
+        const auto at = static_cast<std::uint32_t>(packed.size());
+        packed.append(arena_.data() + sp.at, sp.len);
+        sp.at = at;
+    }
+    live_ = packed.size();
+    arena_.assign(packed); // keeps the arena's room for the texts to come
+}
+
+void Grid::AddItem(std::string_view text) {
     settleTag();
     if (rows_ >= kMaxRows) throw Failure("too many rows");
-    std::size_t at = static_cast<std::size_t>(rows_) * cols_;
-    // The row's other cells are emptied only if they still hold a text of an earlier row.
-    if (text_.size() < at + cols_) growCells(at + cols_);
-    clearSpare(at + 1, at + cols_);
-    text_[at] = text;
+    const std::size_t at = usedCells();
+    // The row's cells are emptied only if they still hold a text of an earlier row.
+    if (spans_.size() < at + cols_) growCells(at + cols_);
+    clearSpare(at, at + cols_);
     rowHeight_.push_back(-1);
     ++rows_;
     ++revision_;
+    store(at, text);
     for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
 }
 
@@ -183,18 +237,20 @@ void Grid::RemoveItem(int r) {
     if (rows_ - 1 <= fixedRows_) throw Failure("cannot remove last non-fixed row");
     const auto at = static_cast<std::ptrdiff_t>(r) * cols_;
     const auto end = static_cast<std::ptrdiff_t>(rows_) * cols_;
-    // The row's cells move behind the last row and become spare, cleaned.
-    std::rotate(text_.begin() + at, text_.begin() + at + cols_, text_.begin() + end);
+    for (auto i = at; i < at + cols_; ++i) live_ -= spans_[static_cast<std::size_t>(i)].len;
+    // The row's cells move behind the last row and become spare, emptied.
+    std::rotate(spans_.begin() + at, spans_.begin() + at + cols_, spans_.begin() + end);
     std::rotate(back_.begin() + at, back_.begin() + at + cols_, back_.begin() + end);
     std::rotate(align_.begin() + at, align_.begin() + at + cols_, align_.begin() + end);
     for (auto i = end - cols_; i < end; ++i) {
-        text_[static_cast<std::size_t>(i)].clear();
+        spans_[static_cast<std::size_t>(i)] = Span{};
         back_[static_cast<std::size_t>(i)] = 0;
         align_[static_cast<std::size_t>(i)] = AlignGeneral;
     }
     rowHeight_.erase(rowHeight_.begin() + r);
     --rows_;
     ++revision_;
+    compactIfWasteful();
     if (row_ > r) --row_;
     if (rowSel_ > r) --rowSel_;
     clampCurrent();
@@ -290,6 +346,11 @@ std::uint8_t Grid::paletteIndex(Color c) {
     if (palette_.size() >= 255) return 0; // more distinct colours than a grid ever shows
     palette_.push_back(c);
     return lastColor_ = static_cast<std::uint8_t>(palette_.size() - 1);
+}
+
+void Grid::newCellBackColor(std::uint8_t& slot, Color c) {
+    slot = paletteIndex(c);
+    notifyLayout();
 }
 
 Color Grid::CellBackColor(int r, int c) const {

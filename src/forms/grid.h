@@ -63,21 +63,22 @@ public:
     int RowSel() const { return rowSel_; }
     int ColSel() const { return colSel_; }
 
-    const std::string& Text() const { return cell(row_, col_); }
-    // Assigned into the cell's own storage, which a reload reuses.
+    // A cell's text stays valid until the next change of any cell or of the
+    // grid's shape: copy it to keep it longer.
+    std::string_view Text() const { return cell(row_, col_); }
     void setText(std::string_view t) {
         settleTag();
-        assignInto(cell(row_, col_), t);
+        store(index(row_, col_), t);
         ++revision_;
         for (auto* l : listeners_) l->cellChanged(row_, col_);
     }
-    const std::string& TextMatrix(int r, int c) const {
+    std::string_view TextMatrix(int r, int c) const {
         checkCell(r, c);
         return cell(r, c);
     }
-    void setTextMatrix(int r, int c, std::string t);
+    void setTextMatrix(int r, int c, std::string_view t);
 
-    void AddItem(const std::string& text);
+    void AddItem(std::string_view text);
     void RemoveItem(int r);
 
     // Changes with every write of a cell's text and every change of Rows or
@@ -107,7 +108,8 @@ public:
     void setCellBackColor(Color c) {
         std::uint8_t& slot = back_[static_cast<std::size_t>(row_) * cols_ + col_];
         if (slot != 0 && palette_[slot] == c) return;
-        slot = lastColor_ != 0 && palette_[lastColor_] == c ? lastColor_ : paletteIndex(c);
+        if (lastColor_ == 0 || palette_[lastColor_] != c) return newCellBackColor(slot, c);
+        slot = lastColor_;
         notifyLayout();
     }
     int CellAlignment(int r, int c) const;
@@ -142,27 +144,30 @@ public:
     void removeListener(GridListener* l);
 
 protected:
-    // Tag = Text on the current cell refers to the cell's text until the cell
-    // changes: a load passes every cell through the tag, and this way it need
-    // not even look at the text.
-    void copyTag(const std::string& t) override {
-        if (&t == &cell(row_, col_)) referTag(&t);
-        else Control::copyTag(t);
+    // Tag = Text on the current cell refers to the cell until it changes: a
+    // load passes every cell through the tag, and this way it copies none.
+    void copyTag(std::string_view t) override {
+        const std::string_view current = cell(row_, col_);
+        if (t.data() != current.data() || t.size() != current.size()) return Control::copyTag(t);
+        tagCell_ = index(row_, col_);
+        referTag();
     }
+    std::string_view lazyTag() const override { return text(tagCell_); }
 
 private:
-    const std::string& cell(int r, int c) const { return text_[static_cast<std::size_t>(r) * cols_ + c]; }
-    std::string& cell(int r, int c) { return text_[static_cast<std::size_t>(r) * cols_ + c]; }
-    // A plain copy unless the text lies in the cell itself.
-    static void assignInto(std::string& cell, std::string_view t) {
-        const auto offset = reinterpret_cast<std::uintptr_t>(t.data()) - reinterpret_cast<std::uintptr_t>(cell.data());
-        if (offset <= cell.size()) {
-            cell.assign(t.data(), t.size());
-            return;
-        }
-        cell.clear();
-        cell.append(t.data(), t.size());
-    }
+    // Where a cell's text lies in arena_.
+    struct Span {
+        std::uint32_t at = 0, len = 0;
+    };
+    std::size_t index(int r, int c) const { return static_cast<std::size_t>(r) * cols_ + c; }
+    std::string_view text(std::size_t i) const { return {arena_.data() + spans_[i].at, spans_[i].len}; }
+    std::string_view cell(int r, int c) const { return text(index(r, c)); }
+    // Gives cell i this text: in place if it is not longer, else at the end of the arena.
+    void store(std::size_t i, std::string_view t);
+    std::size_t usedCells() const { return static_cast<std::size_t>(rows_) * cols_; }
+    // Drops the bytes no cell in use refers to, when they outweigh those in use.
+    void compactIfWasteful();
+    void compact();
     void checkCell(int r, int c) const {
         if (r < 0 || r >= rows_ || c < 0 || c >= cols_) throw Failure("subscript out of range");
     }
@@ -178,6 +183,7 @@ private:
         for (auto* l : layoutListeners_) l->layoutChanged();
     }
     std::uint8_t paletteIndex(Color c);
+    [[gnu::noinline]] void newCellBackColor(std::uint8_t& slot, Color c);
 
     std::uint64_t revision_;
     int rows_ = 1, cols_ = 2;
@@ -186,10 +192,16 @@ private:
     int rowSel_ = 0, colSel_ = 0;
     int topRow_ = 0, leftCol_ = 0;
     int viewportW_ = -1, viewportH_ = -1;
-    // Row by row; cells behind the last row are spare: with no colour or
-    // alignment of their own, kept for their storage, and empty from dirty_ on.
-    std::vector<std::string> text_;
+    // The texts of the cells, one after another, in one piece of memory: a load
+    // of a big category writes them in order and touches nothing else. Texts
+    // replaced by longer ones leave holes, dropped when they outweigh the rest.
+    std::string arena_;
+    std::size_t live_ = 0; // bytes of arena_ that cells in use refer to
+    // Row by row; cells behind the last row are spare, with no colour or
+    // alignment of their own, and empty from dirty_ on.
+    std::vector<Span> spans_;
     std::size_t dirty_ = 0;
+    std::size_t tagCell_ = 0; // the cell the tag refers to
     // Per cell: background as an index into palette_ (0: the grid's own) and alignment.
     std::vector<std::uint8_t> back_;
     std::vector<std::uint8_t> align_;

@@ -49,7 +49,7 @@ public:
     FormHost* host() const { return host_; }
 
 private:
-    void run(const std::function<void()>& f) {
+    [[gnu::always_inline]] void run(const std::function<void()>& f) {
         ++depth_;
         try {
             f();

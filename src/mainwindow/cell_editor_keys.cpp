@@ -115,7 +115,7 @@ void frmMain::FG1_KeyPress(int& KeyAscii) {
             // One Backspace here takes up to two characters.
             for (int pass = 0; pass < 2; ++pass) {
                 if (FG1.Text().empty()) break;
-                const std::string& t = FG1.Text();
+                const std::string t(FG1.Text());
                 FG1.setText(utf8::mid(t, 0, utf8::length(t) - 1));
                 BeginCellEdit();
             }

@@ -29,7 +29,7 @@ double unitInLastPlace(double a) {
 
 // Reads &H or &O digits (blanks skipped) as a whole number: up to 16 bits it is
 // taken as a signed 16-bit value, up to 32 bits as a signed 32-bit one.
-double radixNumber(const std::string& t, std::size_t i, int radix) {
+double radixNumber(std::string_view t, std::size_t i, int radix) {
     std::uint64_t v = 0;
     int digits = 0;
     for (; i < t.size(); ++i) {
@@ -56,7 +56,7 @@ namespace {
 
 // The general reading: the number's characters gathered and handed to
 // from_chars, for whatever the quick one below can't do exactly.
-double generalNumber(const std::string& t) {
+double generalNumber(std::string_view t) {
     std::size_t i = 0;
     auto skip = [&] { while (i < t.size() && skipped(t[i])) ++i; };
     skip();
@@ -147,7 +147,7 @@ constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8
 // Every money cell of a loaded category passes here: the usual short amount is
 // read in place, exactly as from_chars would round it (up to 15 digits and a
 // power of ten up to 22 are both exact, and one division rounds once).
-double NumberFromCell(const std::string& t) {
+double NumberFromCell(std::string_view t) {
     const char* p = t.data();
     const char* const end = p + t.size();
     while (p < end && skipped(*p)) ++p;

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "forms/grid.h"
@@ -13,7 +14,7 @@ namespace qm {
 // stops at the first character that can't go on; &H and &O read hexadecimal
 // and octal whole numbers. No number at the start reads as 0. Fails only for a
 // number too large for a 64-bit float.
-double NumberFromCell(const std::string& text);
+double NumberFromCell(std::string_view text);
 
 // An amount brought to the currency's decimals, halves away from zero. A value
 // whose decimal form ends in an exact half (1.005) counts as that half.

@@ -58,7 +58,7 @@ void frmPic::cmdAddPic_Click() {
         if (!chosen) return; // Cancel: picture and link stay as they were
         picItem.setPicture(m.platform.pictures.LoadPicture(*chosen));
         m.globals.PicturePath = *chosen;
-        const std::string item = m.FG1.TextMatrix(m.FG1.Row(), 0);
+        const std::string item(m.FG1.TextMatrix(m.FG1.Row(), 0));
         if (item.empty()) return;
         const std::string path = LinkPath(m.platform.places.dataFolder, m.lblCategory.Caption(), item);
         if (m.IsDatabaseFile(path)) return; // shown, but never stored over the index or a category
@@ -95,7 +95,7 @@ void frmMain::chkPic_Click() { Pic().form.setVisible(chkPic.Value() != 0); }
 void frmMain::T1_GotFocus() {
     int n = 0;
     try {
-        const std::string path = LinkPath(platform.places.dataFolder, lblCategory.Caption(), FG1.TextMatrix(FG1.Row(), 0));
+        const std::string path = LinkPath(platform.places.dataFolder, lblCategory.Caption(), std::string(FG1.TextMatrix(FG1.Row(), 0)));
         n = files.FreeFile();
         files.OpenInput(n, path);
         globals.PicturePath = files.ReadField(n);

@@ -21,9 +21,9 @@ void frmMain::cmdPrint_Click() {
         } else {
             for (int i = 1; i < FG1.Rows(); ++i) {
                 for (int j = 0; j < FG1.Cols(); ++j) {
-                    const std::string& text = FG1.TextMatrix(i, j);
+                    const std::string text(FG1.TextMatrix(i, j));
                     if (text.empty()) continue;
-                    printer.Print(FG1.TextMatrix(0, j) + ": ", true);
+                    printer.Print(std::string(FG1.TextMatrix(0, j)) + ": ", true);
                     printer.Print(text, false);
                     printer.Print("", false);
                 }

@@ -36,9 +36,9 @@ QVariant GridTableModel::data(const QModelIndex& index, int role) const {
 
 namespace {
 
-bool looksNumeric(const std::string& s) {
+bool looksNumeric(std::string_view s) {
     std::size_t b = s.find_first_not_of(' '), e = s.find_last_not_of(' ');
-    if (b == std::string::npos) return false;
+    if (b == std::string_view::npos) return false;
     double v = 0;
     auto res = std::from_chars(s.data() + b, s.data() + e + 1, v);
     return res.ec == std::errc() && res.ptr == s.data() + e + 1;
@@ -46,7 +46,7 @@ bool looksNumeric(const std::string& s) {
 
 // The grid's alignments: 0 and 9 general (numbers right, text left), 1 to 8
 // left/centre/right by top/centre/bottom.
-Qt::Alignment alignmentOf(int a, const std::string& text) {
+Qt::Alignment alignmentOf(int a, std::string_view text) {
     if (a == 0 || a > 8) a = looksNumeric(text) ? 7 : 1;
     Qt::Alignment h = a <= 2 ? Qt::AlignLeft : a <= 5 ? Qt::AlignHCenter : Qt::AlignRight;
     Qt::Alignment v = a % 3 == 0 ? Qt::AlignTop : a % 3 == 1 ? Qt::AlignVCenter : Qt::AlignBottom;
@@ -60,8 +60,10 @@ QVariant GridTableModel::cellData(int r, int c, int role) const {
     bool fixed = r < grid_.FixedRows() || c < grid_.FixedCols();
     const QPalette& pal = QApplication::palette();
     switch (role) {
-    case Qt::DisplayRole:
-        return QString::fromStdString(grid_.TextMatrix(r, c));
+    case Qt::DisplayRole: {
+        const std::string_view text = grid_.TextMatrix(r, c);
+        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    }
     case Qt::BackgroundRole: {
         // A fixed cell shows the fixed colour unless a colour of its own was given.
         const forms::Color own = grid_.CellBackColor(r, c);

@@ -63,7 +63,7 @@ void frmMain::SaveCategoryFile() {
         const int rows = FG1.Rows(), cols = FG1.Cols();
         for (int row = 0; row < rows; ++row) {
             for (int col = 0; col < cols; ++col) {
-                const std::string& text = FG1.TextMatrix(row, col);
+                const std::string_view text = FG1.TextMatrix(row, col);
                 // A comma, the text in quotes with each quote doubled, the line end.
                 const std::size_t room = 2 * text.size() + 5;
                 if (piece.size() - used < room) {

@@ -27,7 +27,7 @@ struct Editor : ::testing::Test {
     void press(int code, char32_t ch = 0) { forms::input::key(h.runtime, m->T1, code, 0, ch); }
     // Opens the editor on a cell the way a click does.
     void open(int row, int col) { forms::input::clickCell(h.runtime, m->FG1, row, col); }
-    std::string cell(int r, int c) { return m->FG1.TextMatrix(r, c); }
+    std::string cell(int r, int c) { return std::string(m->FG1.TextMatrix(r, c)); }
     bool at(int r, int c) { return m->FG1.Row() == r && m->FG1.Col() == c; }
     bool editorOpen() { return m->T1.Visible() && m->T1.hasFocus(); }
 };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -77,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
                   [](Fixture& f) {
                       f.grid.setTextMatrix(3, 2, "x");
                       f.grid.setText("y");
-                      f.log.push_back(f.grid.TextMatrix(3, 2) + f.grid.TextMatrix(0, 0));
+                      f.log.push_back(std::string(f.grid.TextMatrix(3, 2)) + std::string(f.grid.TextMatrix(0, 0)));
                   },
                   {"xy"}},
         EventCase{"a different text runs Change inside the write; the same text nothing", nullptr,
@@ -165,7 +166,7 @@ TEST_F(Forms, GridRowsGrowEmptyShrinkFromTheEndAndCloseUpOnRemoval) {
     grid.setRows(5);
     grid.AddItem("first");
     Log column;
-    for (int r = 0; r < grid.Rows(); ++r) column.push_back(grid.TextMatrix(r, 0) + "|" + grid.TextMatrix(r, 1));
+    for (int r = 0; r < grid.Rows(); ++r) column.push_back(std::string(grid.TextMatrix(r, 0)) + "|" + std::string(grid.TextMatrix(r, 1)));
     EXPECT_EQ(column, (Log{"|r0", "|r2", "|", "|", "|", "first|"}));
 }
 
@@ -192,6 +193,69 @@ TEST_F(Forms, TagTakenFromTheCurrentCellKeepsThatText) {
         EXPECT_EQ(grid.Tag(), "cell 2") << what;
         grid.setTag(grid.Tag());
         EXPECT_EQ(grid.Tag(), "cell 2") << what << ", given to itself";
+    }
+}
+
+// The grid keeps every text as a plain table of strings would, whatever mix of
+// edits, texts taken from its own cells, row and column changes it goes through.
+TEST_F(Forms, GridTextsFollowAPlainTableThroughAnyEdits) {
+    grid.setRows(1);
+    grid.setCols(2);
+    grid.setTextMatrix(0, 0, "");
+    grid.setTextMatrix(0, 1, "");
+    std::vector<std::vector<std::string>> model(1, std::vector<std::string>(2));
+    std::mt19937 rng(11);
+    auto pick = [&](int n) { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+    auto someText = [&] { return std::string(static_cast<std::size_t>(pick(4) == 0 ? pick(3000) : pick(40)), static_cast<char>('a' + pick(26))); };
+    for (int step = 0; step < 20000; ++step) {
+        const int r = pick(grid.Rows()), c = pick(grid.Cols());
+        const int r2 = pick(grid.Rows()), c2 = pick(grid.Cols());
+        switch (pick(9)) {
+        case 0: case 1: {
+            const std::string t = someText();
+            grid.setTextMatrix(r, c, t);
+            model[r][c] = t;
+            break;
+        }
+        case 2: { // another cell's text, or a piece of the cell's own
+            const std::string_view whole = grid.TextMatrix(r2, c2);
+            const std::string_view from = pick(2) ? whole : whole.substr(whole.size() / 2);
+            model[r][c] = std::string(from);
+            grid.setTextMatrix(r, c, from);
+            break;
+        }
+        case 3:
+            if (grid.Rows() < 300) {
+                const std::string t = someText();
+                grid.AddItem(t);
+                model.push_back(std::vector<std::string>(static_cast<std::size_t>(grid.Cols())));
+                model.back()[0] = t;
+            }
+            break;
+        case 4:
+            if (grid.Rows() > 1) {
+                grid.RemoveItem(r);
+                model.erase(model.begin() + r);
+            }
+            break;
+        case 5: {
+            const int n = 1 + pick(pick(10) == 0 ? 300 : 5);
+            grid.setRows(n);
+            model.resize(static_cast<std::size_t>(n), std::vector<std::string>(static_cast<std::size_t>(grid.Cols())));
+            break;
+        }
+        case 6: {
+            const int n = 1 + pick(8);
+            grid.setCols(n);
+            for (auto& row : model) row.resize(static_cast<std::size_t>(n));
+            break;
+        }
+        default: break;
+        }
+        if (step % 97 == 0 || step > 19900)
+            for (int i = 0; i < grid.Rows(); ++i)
+                for (int j = 0; j < grid.Cols(); ++j)
+                    ASSERT_EQ(grid.TextMatrix(i, j), model[i][j]) << "step " << step << ", cell " << i << "," << j;
     }
 }
 

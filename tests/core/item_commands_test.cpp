@@ -201,7 +201,7 @@ TEST_F(Items, ItemNamesWithCommasQuotesAndLeadingBlanksComeBackUnchanged) {
     h.selectCategory(1);
     h.selectCategory(0);
     std::vector<std::string> names;
-    for (int r = 1; r < m->FG1.Rows(); ++r) names.push_back(m->FG1.TextMatrix(r, 0));
+    for (int r = 1; r < m->FG1.Rows(); ++r) names.emplace_back(m->FG1.TextMatrix(r, 0));
     EXPECT_EQ(names, (std::vector<std::string>{"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}));
 }
 

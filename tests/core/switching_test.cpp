@@ -190,7 +190,7 @@ TEST(Switch, UnsavedEditsOfEachCategoryFollowItThroughManySwitches) {
     for (int round = 0; round < 3; ++round)
         for (int i = 0; i < 3; ++i) {
             h.selectCategory(i);
-            h.run([&] { m.FG1.setTextMatrix(1, 3, m.FG1.TextMatrix(1, 3) + std::to_string(round)); });
+            h.run([&] { m.FG1.setTextMatrix(1, 3, std::string(m.FG1.TextMatrix(1, 3)) + std::to_string(round)); });
         }
     h.click(m.cmdExit);
     Harness again(h.dataDir.place(), h.floppyDir.place());

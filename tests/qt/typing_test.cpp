@@ -67,7 +67,7 @@ struct Typing {
     void key(int k, Qt::KeyboardModifiers mods = {}) { QTest::keyClick(focus(), static_cast<Qt::Key>(k), mods); }
     void type(const QString& s) { QTest::keyClicks(focus(), s); }
 
-    std::string cell(int r, int c) { return m().FG1.TextMatrix(r, c); }
+    std::string cell(int r, int c) { return std::string(m().FG1.TextMatrix(r, c)); }
     QString shown(int r, int c) { return h.grid()->model()->index(r, c).data().toString(); }
 
     // Open on the cell: the editor lies exactly over it, holds its text and the

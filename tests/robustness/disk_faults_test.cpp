@@ -96,9 +96,9 @@ const FaultResults& faultResults() {
     return res;
 }
 
-// A run can make fewer operations than the reference run (a file whose time
-// has not settled yet is written again where a later one is left alone), so a
-// few faults numbered near the end may never come; they are counted, not failed.
+// A run with a fault can make fewer operations than the reference run (a
+// stopped walk or save is not done again in full), so a few faults numbered
+// near the end may never come; they are counted, not failed.
 TEST(DiskFaults, EveryFaultIsInjected) {
     const FaultResults& res = faultResults();
     RecordProperty("faults", res.injected);

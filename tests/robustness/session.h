@@ -44,10 +44,10 @@ public:
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
     void remove(const std::string& path) override;
     void removeMatching(const std::string& folder, const std::string& suffix) override;
-    // No file's time counts as settled: the program then trusts no state it
-    // has seen and reads and writes every file it is asked to, so that each
-    // run makes the same operations as the reference run, whatever the clock
-    // did (a kill point is an operation number).
+    // No file shows a state: the program then knows no file's content and
+    // reads and writes every file it is asked to, so that each run makes the
+    // same operations as the reference run, whatever the clock did (a kill
+    // point is an operation number), and every save is one that can fail.
     std::optional<forms::FileFingerprint> fingerprint(const std::string& path) override;
 
     long count() const { return count_; }

@@ -21,7 +21,7 @@ using Table = std::vector<Row>;
 inline Table gridCells(const forms::Grid& g) {
     Table t(static_cast<std::size_t>(g.Rows()));
     for (int r = 0; r < g.Rows(); ++r)
-        for (int c = 0; c < g.Cols(); ++c) t[static_cast<std::size_t>(r)].push_back(g.TextMatrix(r, c));
+        for (int c = 0; c < g.Cols(); ++c) t[static_cast<std::size_t>(r)].emplace_back(g.TextMatrix(r, c));
     return t;
 }
 
