@@ -45,7 +45,8 @@ void Grid::setRows(int n) {
     const std::size_t used = static_cast<std::size_t>(old) * cols_;
     if (n < old) {
         // The spans of the rows that go are emptied only when a row takes
-        // them again, so a reload touches each cell once.
+        // them again, so a reload touches each cell once. The bytes in use
+        // are counted over whichever part is smaller: a reload keeps one row.
         if (cells < used - cells) {
             live_ = 0;
             for (std::size_t i = 0; i < cells; ++i) live_ += spans_[i].len;
