@@ -36,8 +36,11 @@ void Grid::removeListener(GridListener* l) {
     std::erase(layoutListeners_, l);
 }
 
+void Grid::tellLayout() {
+    for (auto* l : layoutListeners_) l->layoutChanged();
+}
+
 void Grid::setRows(int n) {
-    settleTag();
     if (n < 1 || n > kMaxRows) throw Failure("invalid row value");
     if (n == rows_) return;
     int old = rows_;
@@ -62,6 +65,7 @@ void Grid::setRows(int n) {
     }
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
     rows_ = n;
+    ++shape_;
     ++revision_;
     compactIfWasteful();
     if (fixedRows_ > n - 1) fixedRows_ = n - 1;
@@ -77,6 +81,7 @@ void Grid::renewRows() {
     std::fill(align_.begin() + static_cast<std::ptrdiff_t>(from), align_.begin() + static_cast<std::ptrdiff_t>(used), AlignGeneral);
     std::fill(rowHeight_.begin() + 1, rowHeight_.end(), -1);
     if (fixedRows_ > 0) fixedRows_ = 0;
+    ++shape_;
     row_ = rowSel_ = topRow_ = 0;
     clampCurrent();
     notifyLayout();
@@ -93,7 +98,6 @@ void Grid::growCells(std::size_t cells) {
 }
 
 void Grid::setCols(int n) {
-    settleTag();
     if (n < 1 || n > 5000) throw Failure("invalid column value");
     if (n == cols_) return;
     std::vector<Span> spans(static_cast<std::size_t>(rows_) * n);
@@ -113,6 +117,7 @@ void Grid::setCols(int n) {
     align_ = std::move(align);
     colWidth_.resize(static_cast<std::size_t>(n), kDefaultColWidth);
     cols_ = n;
+    ++shape_;
     ++revision_;
     compactIfWasteful();
     if (fixedCols_ > n - 1) fixedCols_ = n - 1;
@@ -124,6 +129,7 @@ void Grid::setFixedRows(int n) {
     if (n < 0 || n >= rows_) throw Failure("invalid fixed row value");
     if (n == fixedRows_) return;
     fixedRows_ = n;
+    ++shape_;
     clampCurrent();
     notifyLayout();
 }
@@ -132,6 +138,7 @@ void Grid::setFixedCols(int n) {
     if (n < 0 || n >= cols_) throw Failure("invalid fixed column value");
     if (n == fixedCols_) return;
     fixedCols_ = n;
+    ++shape_;
     clampCurrent();
     notifyLayout();
 }
@@ -147,78 +154,80 @@ void Grid::clampCurrent() {
     leftCol_ = std::clamp(leftCol_, fixedCols_, cols_ - 1);
 }
 
-namespace {
-[[noreturn, gnu::cold]] void invalidCell() { throw Failure("invalid row or column value"); }
-} // namespace
-
-void Grid::moveCurrent(int r, int c) {
-    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) invalidCell();
-    if (r == row_ && c == col_) return;
-    Runtime& events = runtime();
-    events.raise(LeaveCell);
-    // The handler may have changed the grid's shape.
-    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) invalidCell();
-    row_ = rowSel_ = r;
-    col_ = colSel_ = c;
-    notifyLayout();
-    events.raise(EnterCell);
-}
+void Grid::invalidCell() { throw Failure("invalid row or column value"); }
 
 void Grid::setTextMatrix(int r, int c, std::string_view t) {
-    settleTag();
     checkCell(r, c);
     store(index(r, c), t);
     ++revision_;
     for (auto* l : listeners_) l->cellChanged(r, c);
 }
 
-void Grid::store(std::size_t i, std::string_view t) {
-    Span& s = spans_[i];
+void Grid::storeSlow(Span& s, std::string_view t) {
+    settleTag(); // its bytes may be written over
     if (t.size() <= s.len) {
-        if (!t.empty()) std::memmove(arena_.data() + s.at, t.data(), t.size());
+        if (!t.empty()) std::memmove(arena_.get() + s.at, t.data(), t.size());
         live_ -= s.len - t.size();
         s.len = static_cast<std::uint32_t>(t.size());
         return;
     }
-    // A text taken from the arena itself moves with it when the arena grows.
+    // A text taken from the arena itself must outlive a compaction or a move of the arena.
     std::string copy;
-    const auto from = reinterpret_cast<std::uintptr_t>(t.data()) - reinterpret_cast<std::uintptr_t>(arena_.data());
-    if (from < arena_.size()) {
+    const auto from = reinterpret_cast<std::uintptr_t>(t.data()) - reinterpret_cast<std::uintptr_t>(arena_.get());
+    if (from < arenaRoom_) {
         copy.assign(t);
         t = copy;
     }
     live_ -= s.len;
     s = Span{};
-    if (arena_.size() + t.size() > arena_.capacity()) compactIfWasteful();
-    if (arena_.size() + t.size() > std::numeric_limits<std::uint32_t>::max()) throw Failure("out of memory");
-    s.at = static_cast<std::uint32_t>(arena_.size());
+    if (t.size() > arenaRoom_ - arenaUsed_) {
+        compactIfWasteful();
+        if (t.size() > arenaRoom_ - arenaUsed_) {
+            constexpr std::size_t kLimit = std::numeric_limits<std::uint32_t>::max();
+            if (arenaUsed_ + t.size() > kLimit) throw Failure("out of memory");
+            const std::size_t room = std::min(kLimit, std::max({arenaRoom_ * 2, arenaUsed_ + t.size(), std::size_t{4096}}));
+            moveArena(room);
+        }
+    }
+    s.at = static_cast<std::uint32_t>(arenaUsed_);
     s.len = static_cast<std::uint32_t>(t.size());
-    arena_.append(t);
+    std::memcpy(arena_.get() + arenaUsed_, t.data(), t.size());
+    arenaUsed_ += t.size();
     live_ += t.size();
+}
+
+// Into a new piece of memory of this size (not cleared: only written bytes are read).
+void Grid::moveArena(std::size_t room) {
+    std::unique_ptr<char[]> bigger(new char[room]);
+    if (arenaUsed_ > 0) std::memcpy(bigger.get(), arena_.get(), arenaUsed_);
+    arena_ = std::move(bigger);
+    arenaRoom_ = room;
 }
 
 void Grid::compactIfWasteful() {
     constexpr std::size_t kSlack = 4096;
-    if (arena_.size() - live_ > live_ + kSlack) compact();
+    if (arenaUsed_ - live_ > live_ + kSlack) compact();
 }
 
 // The texts of the cells in use, packed in their order. Spare cells may keep
 // spans into the old arena: each is emptied before a row takes it again.
 void Grid::compact() {
-    std::string packed;
-    packed.reserve(live_);
+    settleTag();
+    std::unique_ptr<char[]> packed(new char[std::max<std::size_t>(live_, 1)]);
+    std::size_t at = 0;
     for (std::size_t i = 0; i < usedCells(); ++i) {
         Span& sp = spans_[i];
-        const auto at = static_cast<std::uint32_t>(packed.size());
-        packed.append(arena_.data() + sp.at, sp.len);
-        sp.at = at;
+        if (sp.len) std::memcpy(packed.get() + at, arena_.get() + sp.at, sp.len);
+        sp.at = static_cast<std::uint32_t>(at);
+        at += sp.len;
     }
-    live_ = packed.size();
-    arena_.assign(packed); // keeps the arena's room for the texts to come
+    live_ = at;
+    // Back into the arena, which keeps its room for the texts to come.
+    if (at > 0) std::memcpy(arena_.get(), packed.get(), at);
+    arenaUsed_ = at;
 }
 
 void Grid::AddItem(std::string_view text) {
-    settleTag();
     if (rows_ >= kMaxRows) throw Failure("too many rows");
     const std::size_t at = usedCells();
     // The row's cells are emptied only if they still hold a text of an earlier row.
@@ -226,13 +235,13 @@ void Grid::AddItem(std::string_view text) {
     clearSpare(at, at + cols_);
     rowHeight_.push_back(-1);
     ++rows_;
+    ++shape_;
     ++revision_;
     store(at, text);
     for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
 }
 
 void Grid::RemoveItem(int r) {
-    settleTag();
     if (r < 0 || r >= rows_) throw Failure("subscript out of range");
     // There is always a row below the fixed ones.
     if (rows_ - 1 <= fixedRows_) throw Failure("cannot remove last non-fixed row");
@@ -250,6 +259,7 @@ void Grid::RemoveItem(int r) {
     }
     rowHeight_.erase(rowHeight_.begin() + r);
     --rows_;
+    ++shape_;
     ++revision_;
     compactIfWasteful();
     if (row_ > r) --row_;
@@ -374,7 +384,7 @@ void Grid::setCellAlignment(int a) {
 }
 
 void Grid::userClickCell(int r, int c) {
-    if (r < fixedRows_ || r >= rows_ || c < fixedCols_ || c >= cols_) return;
+    if (!reachable(r, c) || (r == row_ && c == col_)) return;
     moveCurrent(r, c);
 }
 

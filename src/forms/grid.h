@@ -1,5 +1,7 @@
 #pragma once
 #include <cstdint>
+#include <cstring>
+#include <memory>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -67,7 +69,6 @@ public:
     // grid's shape: copy it to keep it longer.
     std::string_view Text() const { return cell(row_, col_); }
     void setText(std::string_view t) {
-        settleTag();
         store(index(row_, col_), t);
         ++revision_;
         for (auto* l : listeners_) l->cellChanged(row_, col_);
@@ -144,15 +145,16 @@ public:
     void removeListener(GridListener* l);
 
 protected:
-    // Tag = Text on the current cell refers to the cell until it changes: a
-    // load passes every cell through the tag, and this way it copies none.
+    // Tag = Text on the current cell refers to the bytes of that text, which
+    // stay in the arena when the cell gets a new one: a load passes every cell
+    // through the tag and writes it next, and this way copies none.
     void copyTag(std::string_view t) override {
         const std::string_view current = cell(row_, col_);
         if (t.data() != current.data() || t.size() != current.size()) return Control::copyTag(t);
-        tagCell_ = index(row_, col_);
+        tagSpan_ = spans_[index(row_, col_)];
         referTag();
     }
-    std::string_view lazyTag() const override { return text(tagCell_); }
+    std::string_view lazyTag() const override { return {arena_.get() + tagSpan_.at, tagSpan_.len}; }
 
 private:
     // Where a cell's text lies in arena_.
@@ -160,18 +162,51 @@ private:
         std::uint32_t at = 0, len = 0;
     };
     std::size_t index(int r, int c) const { return static_cast<std::size_t>(r) * cols_ + c; }
-    std::string_view text(std::size_t i) const { return {arena_.data() + spans_[i].at, spans_[i].len}; }
+    std::string_view text(std::size_t i) const { return {arena_.get() + spans_[i].at, spans_[i].len}; }
     std::string_view cell(int r, int c) const { return text(index(r, c)); }
-    // Gives cell i this text: in place if it is not longer, else at the end of the arena.
-    void store(std::size_t i, std::string_view t);
+    // Gives cell i this text: in place if it is not longer, else at the end of
+    // the arena. Inline for the usual case, a new text that fits in the room
+    // left and comes from outside the arena: a load stores every field so.
+    void store(std::size_t i, std::string_view t) {
+        Span& s = spans_[i];
+        const std::size_t used = arenaUsed_;
+        const auto from = reinterpret_cast<std::uintptr_t>(t.data()) - reinterpret_cast<std::uintptr_t>(arena_.get());
+        if (t.size() > s.len && t.size() <= arenaRoom_ - used && from >= arenaRoom_) {
+            std::memcpy(arena_.get() + used, t.data(), t.size());
+            live_ += t.size() - s.len;
+            s = Span{static_cast<std::uint32_t>(used), static_cast<std::uint32_t>(t.size())};
+            arenaUsed_ = used + t.size();
+            return;
+        }
+        storeSlow(s, t);
+    }
+    [[gnu::noinline]] void storeSlow(Span& s, std::string_view t);
     std::size_t usedCells() const { return static_cast<std::size_t>(rows_) * cols_; }
     // Drops the bytes no cell in use refers to, when they outweigh those in use.
     void compactIfWasteful();
     void compact();
+    void moveArena(std::size_t room);
     void checkCell(int r, int c) const {
         if (r < 0 || r >= rows_ || c < 0 || c >= cols_) throw Failure("subscript out of range");
     }
-    void moveCurrent(int r, int c);
+    bool reachable(int r, int c) const {
+        return static_cast<unsigned>(r - fixedRows_) < static_cast<unsigned>(rows_ - fixedRows_) &&
+               static_cast<unsigned>(c - fixedCols_) < static_cast<unsigned>(cols_ - fixedCols_);
+    }
+    [[noreturn, gnu::cold]] static void invalidCell();
+    // To another cell. Inline: a load moves the current cell twice for every field it reads.
+    void moveCurrent(int r, int c) {
+        if (!reachable(r, c)) invalidCell();
+        Runtime& events = runtime();
+        const std::uint32_t shape = shape_;
+        events.raise(LeaveCell);
+        // The handler may have changed the grid's shape.
+        if (shape_ != shape && !reachable(r, c)) invalidCell();
+        row_ = rowSel_ = r;
+        col_ = colSel_ = c;
+        notifyLayout();
+        events.raise(EnterCell);
+    }
     void growCells(std::size_t cells);
     // Empties the texts of spare cells in [from, to) that may still hold one.
     void clearSpare(std::size_t from, std::size_t to);
@@ -179,9 +214,12 @@ private:
     void ensureVisible();
     int viewportWidth() const;
     int viewportHeight() const;
+    // Cell events and colours ask this for every cell a load passes, and
+    // usually nobody listens: the telling itself stays out of line.
     void notifyLayout() {
-        for (auto* l : layoutListeners_) l->layoutChanged();
+        if (!layoutListeners_.empty()) tellLayout();
     }
+    [[gnu::noinline]] void tellLayout();
     std::uint8_t paletteIndex(Color c);
     [[gnu::noinline]] void newCellBackColor(std::uint8_t& slot, Color c);
 
@@ -189,19 +227,23 @@ private:
     int rows_ = 1, cols_ = 2;
     int fixedRows_ = 0, fixedCols_ = 0;
     int row_ = 0, col_ = 0;
+    std::uint32_t shape_ = 0; // moves on with every change of Rows, Cols and the fixed ones
     int rowSel_ = 0, colSel_ = 0;
     int topRow_ = 0, leftCol_ = 0;
     int viewportW_ = -1, viewportH_ = -1;
     // The texts of the cells, one after another, in one piece of memory: a load
     // of a big category writes them in order and touches nothing else. Texts
     // replaced by longer ones leave holes, dropped when they outweigh the rest.
-    std::string arena_;
+    std::unique_ptr<char[]> arena_;
+    std::size_t arenaUsed_ = 0, arenaRoom_ = 0; // bytes written, bytes there
     std::size_t live_ = 0; // bytes of arena_ that cells in use refer to
     // Row by row; cells behind the last row are spare, with no colour or
     // alignment of their own, and empty from dirty_ on.
     std::vector<Span> spans_;
     std::size_t dirty_ = 0;
-    std::size_t tagCell_ = 0; // the cell the tag refers to
+    // The bytes the tag refers to: they stay where they are until a text is
+    // written over them in place or the arena is compacted.
+    Span tagSpan_;
     // Per cell: background as an index into palette_ (0: the grid's own) and alignment.
     std::vector<std::uint8_t> back_;
     std::vector<std::uint8_t> align_;

@@ -90,8 +90,14 @@ void frmMain::FG1_GotFocus() {
 }
 
 // Runs for every cell a load passes, so it must stay cheap: a grid that can't
-// take the focus ends the handler without the failure machinery.
+// take the focus ends the handler without the failure machinery, and only the
+// first cell of a load finds the focus elsewhere.
 void frmMain::FG1_LeaveCell() {
+    if (FG1.hasFocus()) return FG1.setCellBackColor(forms::syscolor::Window);
+    leaveCellTakingFocus();
+}
+
+void frmMain::leaveCellTakingFocus() {
     if (!FG1.TrySetFocus()) return;
     FG1.setCellBackColor(forms::syscolor::Window);
 }

@@ -128,6 +128,7 @@ public:
     void BeginCellEdit();
     void FG1_GotFocus();
     void FG1_LeaveCell();
+    [[gnu::noinline]] void leaveCellTakingFocus();
     void FG1_EnterCell();
     void FG1_Scroll();
     void T1_Change();

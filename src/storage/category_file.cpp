@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <string_view>
 #include <vector>
 
@@ -131,7 +132,10 @@ void frmMain::LoadCategoryFile() {
                 // In a full grid there is no room for it: that pass fills the last row,
                 // and the file must end right behind it.
                 const bool room = FG1.Rows() < forms::Grid::kMaxRows;
-                if (room) FG1.AddItem(std::to_string(r));
+                if (room) {
+                    char number[12];
+                    FG1.AddItem(std::string_view(number, static_cast<std::size_t>(std::to_chars(number, number + sizeof number, r).ptr - number)));
+                }
                 lineEnded = true;
                 for (int c = 0; c < kFieldsPerRow; ++c) {
                     // The field stays in the file's buffer until the next read:

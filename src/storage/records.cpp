@@ -5,56 +5,14 @@
 #include <cmath>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace storage {
 
 using forms::Failure;
 
 namespace {
-// Comma, CR and LF end an unquoted field; one look-up tells them apart from the rest.
-struct DelimiterTable {
-    bool is[256] = {};
-    constexpr DelimiterTable() { is[static_cast<unsigned char>(',')] = is[static_cast<unsigned char>('\r')] = is[static_cast<unsigned char>('\n')] = true; }
-};
-constexpr DelimiterTable kDelimiters;
-inline bool isDelimiter(char c) { return kDelimiters.is[static_cast<unsigned char>(c)]; }
-
-// Blanks (skipped) and a double quote (a quoted field) at a field's start.
-struct SpecialFirstTable {
-    bool is[256] = {};
-    constexpr SpecialFirstTable() { is[static_cast<unsigned char>(' ')] = is[static_cast<unsigned char>('\t')] = is[static_cast<unsigned char>('"')] = true; }
-};
-constexpr SpecialFirstTable kSpecialFirst;
+using namespace scan;
 
 constexpr std::size_t kReadChunk = 64 * 1024;
-// Room behind a chunk for its sentinel and for a scan that reads 16 bytes at a time.
-constexpr std::size_t kScanPadding = 16;
-constexpr std::size_t kWriteChunk = 64 * 1024;
-// Pieces this large go on to the file at once instead of through the buffer.
-constexpr std::size_t kDirectWrite = 16 * 1024;
-
-#if defined(__SSE2__)
-inline unsigned delimiterBits(__m128i v) {
-    const __m128i m = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(',')), _mm_cmpeq_epi8(v, _mm_set1_epi8('\r'))),
-                                   _mm_cmpeq_epi8(v, _mm_set1_epi8('\n')));
-    return static_cast<unsigned>(_mm_movemask_epi8(m));
-}
-#endif
-
-// The first comma, CR or LF from p on. There must be one, with 15 readable
-// bytes behind it: the read buffer's sentinel and padding see to that.
-inline const char* findDelimiter(const char* p) {
-#if defined(__SSE2__)
-    for (;; p += 16)
-        if (unsigned bits = delimiterBits(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))) return p + __builtin_ctz(bits);
-#else
-    while (!isDelimiter(*p)) ++p;
-    return p;
-#endif
-}
 
 // Whether n bytes from p hold a comma, CR or LF; reads nothing outside them.
 inline bool holdsDelimiter(const char* p, std::size_t n) {
@@ -558,25 +516,8 @@ void FileTable::ReadFieldInto(int n, std::string& field) {
 
 std::string_view FileTable::ReadFieldView(int n) { return readView(get(n), kAny); }
 
-std::string_view FileTable::readView(Open& f, Expect expect) {
+std::string_view FileTable::readViewSlow(Open& f, Expect expect) {
     if (!f.in) throw Failure("bad file mode");
-    // Nearly every field is unquoted and lies in the piece read together with
-    // its delimiter (and the LF behind a CR): one scan, and the field stays where it is.
-    if (f.pos < f.len) {
-        const char* start = f.buf.data() + f.pos;
-        if (!kSpecialFirst.is[static_cast<unsigned char>(*start)]) {
-            const char* d = findDelimiter(start);
-            const char* last = f.buf.data() + f.len - 1;
-            if (d < last || (d == last && *d != '\r')) {
-                const char* next = d + 1;
-                const bool crlf = *d == '\r' && *next == '\n';
-                if (crlf) ++next;
-                if (expect != kAny) f.exact &= expect == kLineEnd ? crlf : *d == ',';
-                f.pos = static_cast<std::size_t>(next - f.buf.data());
-                return {start, static_cast<std::size_t>(d - start)};
-            }
-        }
-    }
     readFieldSlow(f, f.field, expect);
     return f.field;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "forms/ports.h"
+#include "storage/field_scan.h"
 #include "storage/value.h"
 
 namespace storage {
@@ -188,7 +189,28 @@ private:
     void chunkFilled(Open& f);
     void writeHeldChunks(Open& f);
     bool fill(Open& f);
-    std::string_view readView(Open& f, Expect expect);
+    // Nearly every field is unquoted and lies in the piece read together with
+    // its delimiter (and the LF behind a CR): one scan, and the field stays
+    // where it is. Inline: a load reads every field of its file here.
+    std::string_view readView(Open& f, Expect expect) {
+        if (f.in && f.pos < f.len) {
+            const char* start = f.buf.data() + f.pos;
+            if (!scan::kSpecialFirst.is[static_cast<unsigned char>(*start)]) {
+                const char* d = scan::findDelimiter(start);
+                const char* last = f.buf.data() + f.len - 1;
+                if (d < last || (d == last && *d != '\r')) {
+                    const char* next = d + 1;
+                    const bool crlf = *d == '\r' && *next == '\n';
+                    if (crlf) ++next;
+                    if (expect != kAny) f.exact &= expect == kLineEnd ? crlf : *d == ',';
+                    f.pos = static_cast<std::size_t>(next - f.buf.data());
+                    return {start, static_cast<std::size_t>(d - start)};
+                }
+            }
+        }
+        return readViewSlow(f, expect);
+    }
+    std::string_view readViewSlow(Open& f, Expect expect);
     void readFieldSlow(Open& f, std::string& field, Expect expect);
     void remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
                   std::vector<std::uint64_t> chunks);

@@ -175,6 +175,13 @@ TEST_F(Forms, GridRowsGrowEmptyShrinkFromTheEndAndCloseUpOnRemoval) {
 TEST_F(Forms, TagTakenFromTheCurrentCellKeepsThatText) {
     const std::vector<std::pair<const char*, std::function<void()>>> changes = {
         {"Text", [&] { grid.setText("typed"); }},
+        {"a longer Text", [&] { grid.setText("a text longer than the cell's"); }},
+        {"the texts packed again", [&] {
+             grid.setTextMatrix(1, 1, "a longer text above it");
+             for (int n = 15000; n < 15003; ++n) grid.setTextMatrix(3, 1, std::string(static_cast<std::size_t>(n), 'x'));
+             grid.RemoveItem(3);
+             grid.setTextMatrix(1, 1, std::string(1000, 'z')); // over the bytes that were free
+         }},
         {"TextMatrix", [&] { grid.setTextMatrix(2, 1, "other"); }},
         {"RemoveItem above", [&] { grid.RemoveItem(1); }},
         {"RemoveItem of its row", [&] { grid.RemoveItem(2); }},
@@ -183,6 +190,9 @@ TEST_F(Forms, TagTakenFromTheCurrentCellKeepsThatText) {
         {"Cols", [&] { grid.setCols(9); }},
         {"the current cell moving on", [&] { input([&] { grid.setCol(0); }); }},
     };
+    // Room for big texts, so that storing them moves nothing.
+    grid.setTextMatrix(0, 0, std::string(60000, 'x'));
+    grid.setTextMatrix(0, 0, "");
     for (const auto& [what, change] : changes) {
         grid.setRows(1);
         grid.setRows(4);
