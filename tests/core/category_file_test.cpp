@@ -2,6 +2,9 @@
 // by field; files that can't be read, files too long for the grid.
 #include <gtest/gtest.h>
 
+#include "forms/failure.h"
+#include "forms/std_files.h"
+#include "storage/records.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -172,6 +175,37 @@ INSTANTIATE_TEST_SUITE_P(CategoryFile, UnreadableFile, ::testing::Range(-1L, 17L
                          [](const auto& info) { return info.param < 0 ? std::string("NeverReadable") : "Operation" + std::to_string(info.param); });
 
 // ---- the grid's limit ------------------------------------------------------------------------------
+
+// Plain lines are taken whole, lines of any other form and lines across the
+// edge of a piece read from the file field by field: the grid is the same
+// either way, that of the file's fields read one by one, seven to a row.
+TEST(CategoryFile, LinesOfEveryFormLoadAsTheirFieldsReadOneByOne) {
+    const std::vector<std::string> kinds = {",1.00,2.00,Shop,1/1/2000,2/2/2002,SN\r\n", ",1,2,3,4,5,6\n", ",\"a,b\",2,3,4,5,6\r\n",
+                                            ", 1,2,3,4,5,6\r\n", ",1,2\r\n", ",1,2,3,4,5,6\r", ",\"\",,,,,\r\n"};
+    Harness h;
+    auto& m = startAndOpenFirst(h, {"C"});
+    forms::StdFiles real;
+    storage::FileTable reference(real);
+    for (std::size_t pad = 0; pad < 60; ++pad) {
+        std::string bytes = std::string(kHeadingLine) + "\r\n" + std::string(pad, 'p') + ",,,,,,\r\n";
+        for (int i = 0; bytes.size() < 140000; ++i)
+            bytes += "item " + std::to_string(i) + kinds[i % 11 < 5 ? 0 : static_cast<std::size_t>(i % 11 - 4)];
+        writeFile(h.data("C.csv"), bytes);
+
+        Table expected;
+        reference.OpenInput(1, h.data("C.csv"));
+        try {
+            for (Row row;; row.clear()) {
+                while (row.size() < 7) row.push_back(reference.ReadField(1));
+                expected.push_back(row);
+            }
+        } catch (const forms::EndOfFile&) {
+        }
+        reference.Close(1);
+        h.run([&] { m.LoadCategoryFile(); });
+        ASSERT_EQ(gridCells(m.FG1), expected) << pad;
+    }
+}
 
 // A file of 32767 lines fills the grid and is stored as ever; one more line and
 // the grid holds what fits, and the file is never written over in that run.
