@@ -1,8 +1,8 @@
 #pragma once
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>

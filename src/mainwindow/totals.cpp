@@ -150,23 +150,6 @@ constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8
 double NumberFromCell(std::string_view t) {
     const char* p = t.data();
     const char* const end = p + t.size();
-    {
-        // Most amounts are plain digits with a period or none: read them in one go.
-        std::uint64_t mantissa = 0;
-        const char* q = p;
-        auto digitsHere = [&] {
-            const char* from = q;
-            for (unsigned d; q < end && (d = static_cast<unsigned char>(*q) - unsigned{'0'}) < 10; ++q) mantissa = mantissa * 10 + d;
-            return static_cast<int>(q - from);
-        };
-        int digits = digitsHere(), fraction = 0;
-        if (q < end && *q == '.') {
-            ++q;
-            fraction = digitsHere();
-            digits += fraction;
-        }
-        if (q == end && digits > 0 && digits <= 15) return static_cast<double>(mantissa) / kPow10[fraction];
-    }
     while (p < end && skipped(*p)) ++p;
     if (p < end && *p == '&') {
         const char* q = p + 1;

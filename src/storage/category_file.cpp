@@ -146,14 +146,16 @@ void frmMain::LoadCategoryFile() {
                         FG1.setRow(r);
                         FG1.setText(line[c]);
                     }
-                } else for (int c = 0; c < kFieldsPerRow; ++c) {
-                    // The field stays in the file's buffer until the next read:
-                    // the cell handlers that run in between read no file.
-                    const std::string_view field = files.ReadLineField(LoadFileNumber, c == kFieldsPerRow - 1);
-                    lineEnded = false;
-                    FG1.setCol(c);
-                    FG1.setRow(r);
-                    FG1.setText(field);
+                } else {
+                    for (int c = 0; c < kFieldsPerRow; ++c) {
+                        // The field stays in the file's buffer until the next read:
+                        // the cell handlers that run in between read no file.
+                        const std::string_view field = files.ReadLineField(LoadFileNumber, c == kFieldsPerRow - 1);
+                        lineEnded = false;
+                        FG1.setCol(c);
+                        FG1.setRow(r);
+                        FG1.setText(field);
+                    }
                 }
                 ++r;
                 if (!room) {
