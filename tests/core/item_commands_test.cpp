@@ -192,17 +192,4 @@ TEST_F(Items, DeleteAllWithNothingSelectedAsksNothing) {
     EXPECT_EQ(h.dialogs.messages[0].text, "Error deleting items: No category selected.");
 }
 
-TEST_F(Items, ItemNamesWithCommasQuotesAndLeadingBlanksComeBackUnchanged) {
-    startWith({});
-    for (const char* name : {"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}) {
-        h.dialogs.inputAnswers.push_back(name);
-        h.click(m->cmdAddAsset);
-    }
-    h.selectCategory(1);
-    h.selectCategory(0);
-    std::vector<std::string> names;
-    for (int r = 1; r < m->FG1.Rows(); ++r) names.emplace_back(m->FG1.TextMatrix(r, 0));
-    EXPECT_EQ(names, (std::vector<std::string>{"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}));
-}
-
 } // namespace
