@@ -37,12 +37,6 @@ TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
     EXPECT_EQ(p.shpListText.BackColor(), 32768u);
 }
 
-TEST_F(Colours, NoFilesLeaveTheDesignedColours) {
-    auto& m = h.start();
-    EXPECT_EQ(m.T1.BackColor(), 0x0000C000u);
-    EXPECT_EQ(m.propertiesIfLoaded(), nullptr);
-}
-
 TEST_F(Colours, AMissingFileStopsTheReadingThere) {
     writeColours({{"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
     auto& m = h.start(); // HColor missing: nothing at all
