@@ -3,7 +3,6 @@
 // messages as the user answers them are in the GUI commands test.
 #include <gtest/gtest.h>
 
-#include "forms/input.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -22,7 +21,6 @@ struct Categories : ::testing::Test {
     }
     std::vector<std::string> entries() { return m->lstCategory.items(); }
     std::string file(const std::string& name) { return readFile(h.data(name + ".csv")).value_or("<missing>"); }
-    void menu(const char* name) { forms::input::menu(h.runtime, *m->form.menuBar().find(name)); }
     const std::string& lastMessage() { return h.dialogs.messages.back().text; }
 };
 
@@ -170,7 +168,7 @@ TEST_F(Categories, DeleteAllKeepsColoursPicturesAndHelpButDropsEveryCsv) {
     for (const char* keep : {"HColor", "NoPic.jpg", "Readme.htm"}) writeFile(h.data(keep), "keep");
     writeFile(h.data("BikeBell.csv"), "/pictures/bell.jpg\r\n");
     h.selectCategory(0);
-    menu("mnuDelAllCats");
+    h.menu("mnuDelAllCats");
     EXPECT_EQ(lastMessage(),
               "WARNING: This will DELETE ALL Categories and ERASE EVERYTHING from the whole asset database. Are you sure?");
     EXPECT_EQ(m->lstCategory.ListCount(), 0);
@@ -184,7 +182,7 @@ TEST_F(Categories, DeleteAllKeepsColoursPicturesAndHelpButDropsEveryCsv) {
 
 TEST_F(Categories, DeleteAllOnAnEmptyListAsksNothing) {
     startWith({});
-    menu("mnuDelAllCats");
+    h.menu("mnuDelAllCats");
     EXPECT_TRUE(h.dialogs.messages.empty());
 }
 

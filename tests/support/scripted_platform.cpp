@@ -141,6 +141,12 @@ std::optional<std::string> ScriptedDialogs::ShowOpen(const std::string& filter) 
 
 std::optional<forms::Color> ScriptedDialogs::ShowColor() { return takeNext(colorAnswers).value_or(std::nullopt); }
 
+std::vector<std::string> ScriptedDialogs::texts() const {
+    std::vector<std::string> t;
+    for (const auto& m : messages) t.push_back(m.text);
+    return t;
+}
+
 std::shared_ptr<forms::Picture> ScriptedPictures::LoadPicture(const std::string& path) {
     loads.push_back(path);
     auto bytes = readFile(path);
@@ -192,6 +198,8 @@ void Harness::click(forms::Button& b) { forms::input::click(runtime, b); }
 void Harness::selectCategory(int index) { forms::input::selectEntry(runtime, main->lstCategory, index); }
 
 void Harness::focus(forms::Control& c) { forms::input::focus(runtime, c); }
+
+void Harness::menu(const std::string& entry) { forms::input::menu(runtime, *main->form.menuBar().find(entry)); }
 
 void Harness::writeIndex(const std::vector<std::string>& names, const std::string& count) {
     writeFile(data("NumCats.csv"), (count.empty() ? " " + std::to_string(names.size()) + " " : count) + "\r\n");
