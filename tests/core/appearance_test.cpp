@@ -15,7 +15,6 @@ struct Colours : ::testing::Test {
     void writeColours(std::initializer_list<std::pair<const char*, const char*>> files) {
         for (auto& [name, value] : files) writeFile(h.data(name), std::string(value) + "\r\n");
     }
-    void menu(const char* name) { forms::input::menu(h.runtime, *h.m().form.menuBar().find(name)); }
 };
 
 TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
@@ -37,12 +36,6 @@ TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
     EXPECT_EQ(p.shpListText.BackColor(), 32768u);
 }
 
-TEST_F(Colours, NoFilesLeaveTheDesignedColours) {
-    auto& m = h.start();
-    EXPECT_EQ(m.T1.BackColor(), 0x0000C000u);
-    EXPECT_EQ(m.propertiesIfLoaded(), nullptr);
-}
-
 TEST_F(Colours, AMissingFileStopsTheReadingThere) {
     writeColours({{"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
     auto& m = h.start(); // HColor missing: nothing at all
@@ -62,7 +55,7 @@ TEST_F(Colours, AMissingFileStopsTheReadingThere) {
 
 TEST_F(Colours, ResetRestoresTheDefaultsAndWritesAllFiveFiles) {
     auto& m = h.start();
-    menu("mnuProperties");
+    h.menu("mnuProperties");
     auto& p = m.Properties();
     EXPECT_TRUE(p.form.Visible());
     forms::input::click(h.runtime, p.cmdColorReset);
@@ -77,7 +70,7 @@ TEST_F(Colours, ResetRestoresTheDefaultsAndWritesAllFiveFiles) {
 
 TEST_F(Colours, AChosenColourAppliesAtOnceAndComesBackAfterARestart) {
     auto& m = h.start();
-    menu("mnuProperties");
+    h.menu("mnuProperties");
     h.dialogs.colorAnswers.push_back(0x00123456);
     forms::input::click(h.runtime, m.Properties().cmdSelected);
     EXPECT_EQ(m.T1.BackColor(), 0x00123456u);

@@ -29,18 +29,13 @@ struct Backup : ::testing::Test {
         m = &h.start();
         h.selectCategory(1); // Car open
     }
-    std::vector<std::string> messageTexts() {
-        std::vector<std::string> t;
-        for (const auto& msg : h.dialogs.messages) t.push_back(msg.text);
-        return t;
-    }
 };
 
 TEST_F(Backup, SaveCopiesTheIndexAndEveryCategoryToTheFloppy) {
     startWithBikeCarTools();
     writeFile(h.data("CarJack.csv"), "/pictures/jack.jpg\r\n");
     h.click(m->cmdSave);
-    EXPECT_EQ(messageTexts(), (std::vector<std::string>{kSaveStart, "Save complete."}));
+    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{kSaveStart, "Save complete."}));
     auto onFloppy = folderBytes(h.floppyDir.path());
     auto inData = folderBytes(h.dataDir.path());
     for (const char* f : {"NumCats.csv", "CatFiles.csv", "Bike.csv", "Car.csv", "Tools.csv"}) {

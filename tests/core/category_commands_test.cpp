@@ -3,7 +3,6 @@
 // messages as the user answers them are in the GUI commands test.
 #include <gtest/gtest.h>
 
-#include "forms/input.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -22,7 +21,6 @@ struct Categories : ::testing::Test {
     }
     std::vector<std::string> entries() { return m->lstCategory.items(); }
     std::string file(const std::string& name) { return readFile(h.data(name + ".csv")).value_or("<missing>"); }
-    void menu(const char* name) { forms::input::menu(h.runtime, *m->form.menuBar().find(name)); }
     const std::string& lastMessage() { return h.dialogs.messages.back().text; }
 };
 
@@ -57,14 +55,18 @@ TEST_F(Categories, AddOpensTheNewCategoryEmptyAndStoresTheIndex) {
     EXPECT_NE(file("Bike").find("Bike item"), std::string::npos); // the walks stored the others unchanged
 }
 
+// A first run left at once writes a count never assigned, an empty line: no
+// damaged index to be kept from being written.
 TEST_F(Categories, AddToAnEmptyListAfterAnEmptyCount) {
-    h.writeIndex({}, "");
+    writeFile(h.data("NumCats.csv"), "\r\n");
+    writeFile(h.data("CatFiles.csv"), "");
     m = &h.start();
     h.dialogs.inputAnswers.push_back("Mom's stuff");
     h.click(m->cmdAddCategory);
     EXPECT_EQ(entries(), (std::vector<std::string>{"Mom's stuff"}));
     EXPECT_EQ(m->CategoryCount.toInt16(), 1);
     EXPECT_EQ(readFile(h.data("NumCats.csv")), " 1 \r\n");
+    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Mom's stuff\r\n");
 }
 
 TEST_F(Categories, DuplicateNamesAreRefusedExactlyCaseAndAll) {
@@ -93,27 +95,6 @@ TEST_F(Categories, NamesThatCantBeCategoriesAreRefusedBeforeAnyWalk) {
     EXPECT_EQ(h.dialogs.messages.size(), 4u);
     EXPECT_EQ(*switches, 0);
     EXPECT_EQ(entries(), (std::vector<std::string>{"Bike"}));
-}
-
-TEST_F(Categories, ASlashInANameStaysInsideTheDataFolder) {
-    startWith({});
-    h.dialogs.inputAnswers.push_back("Tools/Hardware");
-    h.click(m->cmdAddCategory);
-    EXPECT_EQ(m->lstCategory.Text(), "Tools/Hardware");
-    EXPECT_TRUE(std::filesystem::exists(h.data("Tools\u2215Hardware.csv")));
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Tools/Hardware\r\n");
-}
-
-TEST_F(Categories, CommasQuotesAndLeadingBlanksInNamesSurviveARestart) {
-    startWith({});
-    for (const char* name : {"Tools, misc", "\"Quoted\"", "  Indented"}) {
-        h.dialogs.inputAnswers.push_back(name);
-        h.click(m->cmdAddCategory);
-    }
-    h.click(m->cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    auto& m2 = again.start();
-    EXPECT_EQ(m2.lstCategory.items(), (std::vector<std::string>{"  Indented", "\"Quoted\"", "Tools, misc"}));
 }
 
 TEST_F(Categories, RenamingTheOnlyCategoryKeepsItsItems) {
@@ -187,7 +168,7 @@ TEST_F(Categories, DeleteAllKeepsColoursPicturesAndHelpButDropsEveryCsv) {
     for (const char* keep : {"HColor", "NoPic.jpg", "Readme.htm"}) writeFile(h.data(keep), "keep");
     writeFile(h.data("BikeBell.csv"), "/pictures/bell.jpg\r\n");
     h.selectCategory(0);
-    menu("mnuDelAllCats");
+    h.menu("mnuDelAllCats");
     EXPECT_EQ(lastMessage(),
               "WARNING: This will DELETE ALL Categories and ERASE EVERYTHING from the whole asset database. Are you sure?");
     EXPECT_EQ(m->lstCategory.ListCount(), 0);
@@ -201,7 +182,7 @@ TEST_F(Categories, DeleteAllKeepsColoursPicturesAndHelpButDropsEveryCsv) {
 
 TEST_F(Categories, DeleteAllOnAnEmptyListAsksNothing) {
     startWith({});
-    menu("mnuDelAllCats");
+    h.menu("mnuDelAllCats");
     EXPECT_TRUE(h.dialogs.messages.empty());
 }
 

@@ -1,5 +1,5 @@
 // The category index: reading "NumCats.csv" and "CatFiles.csv" into the list,
-// writing them back with the walk over every category, and the list's order.
+// writing them back with the walk over every category.
 #include <gtest/gtest.h>
 
 #include "storage/value.h"
@@ -90,49 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
                  {" Spaced", "Kept", "Tools, misc"}}),
     [](const auto& info) { return "Case" + std::to_string(info.index); });
 
-// ---- the list's order ----------------------------------------------------------------
-
-TEST(IndexOrder, ListIsSortedIgnoringCaseWithTiesByExactText) {
-    Harness h;
-    h.writeIndex({"banana", "cherry", "apple", "Banana", "Apple", "app"});
-    auto& m = h.start();
-    EXPECT_EQ(entries(m), (std::vector<std::string>{"app", "Apple", "apple", "Banana", "banana", "cherry"}));
-    EXPECT_EQ(m.lstCategory.ListIndex(), -1);
-    EXPECT_FALSE(m.CurrentCategory.has_value());
-    // A later addition takes its sorted place and the selection stays on its entry.
-    h.run([&] { m.lstCategory.setText("banana"); });
-    h.run([&] { m.lstCategory.AddItem("Avocado"); });
-    EXPECT_EQ(m.lstCategory.Text(), "banana");
-    EXPECT_EQ(m.lstCategory.List(3), "Avocado");
-}
-
 // ---- SaveCategoryList -------------------------------------------------------------------
-
-TEST(IndexSave, EmptyListWritesBothFilesAndRunsNoSwitch) {
-    Harness h;
-    auto& m = h.start();
-    auto switches = countSwitches(m);
-    h.run([&] { m.SaveCategoryList(); });
-    EXPECT_EQ(readFile(h.data("NumCats.csv")), "\r\n"); // a count never assigned
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "");
-    EXPECT_FALSE(m.CurrentCategory.has_value());
-    EXPECT_EQ(*switches, 0);
-    EXPECT_FALSE(anyFileOpen(m));
-}
-
-TEST(IndexSave, CountAndNamesAsWrittenAfterAdding) {
-    Harness h;
-    auto& m = h.start();
-    h.run([&] {
-        m.lstCategory.AddItem("Mom's stuff");
-        m.CategoryCount = m.CategoryCount.plus(1);
-        m.lstCategory.AddItem("Car parts");
-        m.CategoryCount = m.CategoryCount.plus(1);
-        m.SaveCategoryList();
-    });
-    EXPECT_EQ(readFile(h.data("NumCats.csv")), std::string("\x20\x32\x20\x0D\x0A"));
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Car parts\r\nMom's stuff\r\n");
-}
 
 // Three categories whose files are in a form the walk rewrites.
 struct IndexWalk : ::testing::Test {
@@ -208,51 +166,6 @@ TEST(IndexSave, AwkwardNamesRoundTripWithTheirItems) {
     for (const auto& n : names) EXPECT_NE(std::find(sorted.begin(), sorted.end(), n), sorted.end()) << n;
     auto seen = openEveryCategory(h);
     for (const auto& n : names) EXPECT_EQ(seen[n], withHeading({{"item of " + n, "1.00"}})) << n;
-}
-
-// A first run left at once writes a count never assigned, an empty line. The
-// next run must still store a category added then: an empty count is no
-// damaged index to be kept from being written.
-TEST(IndexSave, CategoryAddedAfterAnEmptyCountIsKept) {
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        h.click(h.start().cmdExit);
-        ASSERT_EQ(readFile(h.data("NumCats.csv")), "\r\n");
-    }
-    {
-        Harness h(data.place(), floppy.place());
-        auto& m = h.start();
-        EXPECT_EQ(m.CategoryCount.asText(), "");
-        h.run([&] {
-            m.CategoryCount = m.CategoryCount.plus(1);
-            m.lstCategory.AddItem("Garage");
-        });
-        EXPECT_EQ(m.CategoryCount.toInt16(), 1);
-        h.run([&] { m.lstCategory.setText("Garage"); });
-        h.run([&] {
-            m.FG1.setRows(2);
-            m.FG1.setTextMatrix(1, 0, "Ladder");
-        });
-        h.click(m.cmdExit);
-    }
-    Harness h(data.place(), floppy.place());
-    auto& m = h.start();
-    EXPECT_EQ(entries(m), std::vector<std::string>{"Garage"});
-    EXPECT_EQ(openEveryCategory(h)["Garage"], withHeading({{"Ladder"}}));
-}
-
-TEST(IndexSave, SixteenBitCountGivesAnEmptyListThatSurvivesExit) {
-    Harness h;
-    h.writeIndex({"Alpha"}, "32768");
-    h.writeCategory("Alpha", {{"a1"}});
-    auto& m = h.start();
-    EXPECT_EQ(m.lstCategory.ListCount(), 0);
-    EXPECT_EQ(m.CategoryCount.kind(), Value::Kind::Text);
-    EXPECT_EQ(m.CategoryCount.asText(), "32768");
-    h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data("NumCats.csv")), "32768\r\n");
-    EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine, "a1,,,,,,"}));
 }
 
 // ---- selection and focus ---------------------------------------------------------------

@@ -174,19 +174,6 @@ TEST_F(Scrolling, TheEditorComesBackOverItsCellOnlyIfTheCellIsStillInView) {
     }
 }
 
-TEST_F(Scrolling, AKeyAfterTheCellWasScrolledAwayWritesThatCellAndBringsItBack) {
-    open(20, 3);
-    scrollTo(1);
-    ASSERT_TRUE(m->FG1.hasFocus());
-    forms::input::gridKey(h.runtime, m->FG1, 'X', U'x');
-    EXPECT_EQ(cell(20, 3), "x");
-    for (int r = 1; r <= 9; ++r) EXPECT_EQ(cell(r, 3), "Shop"); // the rows the user was looking at
-    EXPECT_TRUE(editorOpen());
-    EXPECT_TRUE(editorOverCurrentCell());
-    EXPECT_EQ(m->T1.Text(), "x");
-    EXPECT_EQ(m->FG1.TopRow(), 12); // just enough to show row 20
-}
-
 TEST_F(Scrolling, AClickOnAPartlyShownCellOpensTheEditorEvenIfItsTextIsTheEditors) {
     open(18, 3); // "Shop", as the cell below it
     scrollTo(10); // row 19 shows only in part

@@ -15,11 +15,10 @@ struct Info : ::testing::Test {
     Harness h;
     qm::frmMain* m = nullptr;
     void SetUp() override { m = &h.start(); }
-    void menu(const char* name) { forms::input::menu(h.runtime, *m->form.menuBar().find(name)); }
 };
 
 TEST_F(Info, HelpShowsTheReadmeOfTheDataFolderAndFillsItsWindow) {
-    menu("mnuContents");
+    h.menu("mnuContents");
     ASSERT_NE(m->howIfLoaded(), nullptr);
     auto& how = *m->howIfLoaded();
     EXPECT_EQ(how.wbsReadme.location(), h.data("Readme.htm").string());
@@ -35,8 +34,8 @@ TEST_F(Info, HelpShowsTheReadmeOfTheDataFolderAndFillsItsWindow) {
 
 // Opening and closing each window in the real face: tests/qt/small_windows_test.cpp.
 TEST_F(Info, AboutAndContactShowTheVersion) {
-    menu("mnuAbout");
-    menu("mnuContact");
+    h.menu("mnuAbout");
+    h.menu("mnuContact");
     ASSERT_NE(m->aboutIfLoaded(), nullptr);
     ASSERT_NE(m->contactIfLoaded(), nullptr);
     EXPECT_EQ(m->aboutIfLoaded()->lblVersion.Caption(), "Version 3.0.0");
@@ -44,7 +43,7 @@ TEST_F(Info, AboutAndContactShowTheVersion) {
 }
 
 TEST_F(Info, SystemInformationStartsWhereThereIsAProgramForIt) {
-    menu("mnuAbout");
+    h.menu("mnuAbout");
     forms::input::click(h.runtime, m->aboutIfLoaded()->cmdSysInfo);
     ASSERT_EQ(h.dialogs.messages.size(), 1u);
     EXPECT_EQ(h.dialogs.messages[0].text, "System Information Is Unavailable At This Time");
@@ -55,9 +54,9 @@ TEST_F(Info, SystemInformationStartsWhereThereIsAProgramForIt) {
 }
 
 TEST_F(Info, TheMenuOnAnOpenWindowChangesNothing) {
-    menu("mnuAbout");
+    h.menu("mnuAbout");
     auto* first = m->aboutIfLoaded();
-    menu("mnuAbout");
+    h.menu("mnuAbout");
     EXPECT_EQ(m->aboutIfLoaded(), first);
 }
 

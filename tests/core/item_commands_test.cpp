@@ -2,7 +2,6 @@
 // outcome leaves in the grid and on disk.
 #include <gtest/gtest.h>
 
-#include "forms/input.h"
 #include "support/scripted_platform.h"
 
 using namespace qmtest;
@@ -159,7 +158,7 @@ TEST_F(Items, DeleteAllEmptiesTheCategoryAndItsFileAtOnce) {
     Harness again(h.dataDir.place(), h.floppyDir.place());
     auto& m2 = again.start();
     again.selectCategory(0);
-    forms::input::menu(again.runtime, *m2.form.menuBar().find("mnuDelItems"));
+    again.menu("mnuDelItems");
     ASSERT_EQ(again.dialogs.messages.size(), 1u);
     EXPECT_EQ(again.dialogs.messages[0].text, "This will permanently DELETE ALL items in category 'Garage'. Are you sure?");
     EXPECT_EQ(m2.FG1.Rows(), 1);
@@ -175,7 +174,7 @@ TEST_F(Items, DeleteAllInTheOnlyCategoryStillLeavesAnEmptyHiddenGrid) {
     h.writeCategory("Garage", {{"Rake"}});
     m = &h.start();
     h.selectCategory(0);
-    forms::input::menu(h.runtime, *m->form.menuBar().find("mnuDelItems"));
+    h.menu("mnuDelItems");
     EXPECT_EQ(m->ItemRowCount, 1);
     EXPECT_FALSE(m->FG1.Visible());
     EXPECT_FALSE(m->T1.Visible());
@@ -187,22 +186,9 @@ TEST_F(Items, DeleteAllInTheOnlyCategoryStillLeavesAnEmptyHiddenGrid) {
 TEST_F(Items, DeleteAllWithNothingSelectedAsksNothing) {
     h.writeIndex({"Garage"});
     m = &h.start();
-    forms::input::menu(h.runtime, *m->form.menuBar().find("mnuDelItems"));
+    h.menu("mnuDelItems");
     ASSERT_EQ(h.dialogs.messages.size(), 1u);
     EXPECT_EQ(h.dialogs.messages[0].text, "Error deleting items: No category selected.");
-}
-
-TEST_F(Items, ItemNamesWithCommasQuotesAndLeadingBlanksComeBackUnchanged) {
-    startWith({});
-    for (const char* name : {"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}) {
-        h.dialogs.inputAnswers.push_back(name);
-        h.click(m->cmdAddAsset);
-    }
-    h.selectCategory(1);
-    h.selectCategory(0);
-    std::vector<std::string> names;
-    for (int r = 1; r < m->FG1.Rows(); ++r) names.emplace_back(m->FG1.TextMatrix(r, 0));
-    EXPECT_EQ(names, (std::vector<std::string>{"Saw, hand", "\"Big\" hammer", "  indented", "\"", ","}));
 }
 
 } // namespace

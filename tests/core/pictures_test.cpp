@@ -115,11 +115,4 @@ TEST_F(Pictures, TheWindowFitsItselfAroundThePicture) {
     EXPECT_EQ(pic.picItem.Left(), 120);
 }
 
-TEST_F(Pictures, AStockPictureThatCantBeReadShowsAPlaceholderAndTheSwitchGoesOn) {
-    std::filesystem::remove(stock);
-    h.selectCategory(1);
-    EXPECT_EQ(shown(*m), "<placeholder>");
-    EXPECT_EQ(m->lblCategory.Caption(), "Carparts");
-}
-
 } // namespace

@@ -17,11 +17,6 @@ struct Printing : ::testing::Test {
         h.writeCategory("Car parts", items);
         m = &h.start();
     }
-    std::vector<std::string> messages() {
-        std::vector<std::string> t;
-        for (auto& msg : h.dialogs.messages) t.push_back(msg.text);
-        return t;
-    }
 };
 
 TEST_F(Printing, EachFilledCellGetsALabelledLineAndEachItemARule) {
@@ -35,7 +30,7 @@ TEST_F(Printing, EachFilledCellGetsALabelledLineAndEachItemARule) {
                                      "Date Purchased: 3/1/1999", "", kRule,
                                      kRule, // a row with no filled cell
                                      "Item: Wrench", "", kRule}));
-    EXPECT_EQ(messages(), (std::vector<std::string>{"Category Printing."}));
+    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Category Printing."}));
 }
 
 TEST_F(Printing, ACategoryWithoutItemsPrintsItsTitleOnly) {
@@ -51,7 +46,7 @@ TEST_F(Printing, WithNoCategorySelectedThePageStillComesOutAfterTheError) {
     h.click(m->cmdPrint);
     ASSERT_EQ(h.printer.jobs.size(), 1u);
     EXPECT_EQ(h.printer.jobs[0], (std::vector<std::string>{"", kRule, "", ""}));
-    EXPECT_EQ(messages(), (std::vector<std::string>{"Error: No category selected to print.", "Category Printing."}));
+    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Error: No category selected to print.", "Category Printing."}));
 }
 
 TEST_F(Printing, APrinterErrorEndsTheJobWithWhatWasSent) {
@@ -61,7 +56,7 @@ TEST_F(Printing, APrinterErrorEndsTheJobWithWhatWasSent) {
     h.click(m->cmdPrint);
     ASSERT_EQ(h.printer.jobs.size(), 1u);
     EXPECT_EQ(h.printer.jobs[0], (std::vector<std::string>{"Car parts", kRule, "", "", "Item: Jack"}));
-    EXPECT_EQ(messages(), (std::vector<std::string>{"Category Printing."}));
+    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Category Printing."}));
     EXPECT_EQ(m->FG1.Rows(), 3);
 }
 

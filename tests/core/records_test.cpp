@@ -86,8 +86,6 @@ INSTANTIATE_TEST_SUITE_P(
         ReadCase{"a doubled quote inside quotes is one quote", "\"say \"\"hi\"\"\",x\r\n", {"say \"hi\"", "x"}},
         ReadCase{"a quoted empty text", "\"\",x\r\n", {"", "x"}},
         ReadCase{"blanks at the end of an unquoted field stay", "abc  ,x \r\n", {"abc  ", "x "}},
-        ReadCase{"a count as numbers are written", " 2 \r\n", {"2 "}},
-        ReadCase{"a negative count", "-3 \r\n", {"-3 "}},
         ReadCase{"blanks before a quoted field", "a,  \"b,c\"\r\n", {"a", "b,c"}},
         ReadCase{"a file of blanks only holds no field", "   \t ", {}},
         ReadCase{"an empty file holds no field", "", {}},

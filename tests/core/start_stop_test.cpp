@@ -48,16 +48,6 @@ TEST(Start, WithNoFilesTheWindowIsUsableAndEmpty) {
     EXPECT_TRUE(folderNames(h.dataDir.path()).empty());
 }
 
-TEST(Start, GoodIndexOpensNoCategory) {
-    Harness h;
-    h.writeIndex({"Beta", "Alpha"});
-    h.writeCategory("Alpha", {{"a1", "1"}});
-    auto& m = h.start();
-    EXPECT_FALSE(m.CurrentCategory.has_value()); // the sorted list with nothing selected: the GUI window test
-    EXPECT_EQ(m.CategoryCount.asText(), "2 ");
-    EXPECT_EQ(gridCells(m.FG1), Table{headingRow()});
-}
-
 // ---- Exit ---------------------------------------------------------------------------------
 
 TEST(Exit, WithNoFilesWritesAnEmptyIndexAndTheHeadingFile) {
@@ -108,19 +98,6 @@ TEST(Exit, AtOnceWithAGoodIndexLosesNothing) {
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Alpha\r\nBeta\r\nGamma\r\n");
     EXPECT_EQ(m.lstCategory.ListIndex(), 2);
     EXPECT_EQ(h.program.ends, 1);
-}
-
-TEST(Exit, StoresTheEditOfTheOnlyCategory) {
-    Harness h;
-    h.writeIndex({"Only"});
-    h.writeCategory("Only", {{"thing", "5.00"}});
-    auto& m = h.start();
-    h.selectCategory(0);
-    h.run([&] { m.FG1.setTextMatrix(1, 2, "4.50"); });
-    h.click(m.cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    again.start();
-    EXPECT_EQ(openEveryCategory(again)["Only"], withHeading({{"thing", "5.00", "4.50"}}));
 }
 
 TEST(Exit, WithTheDataFolderMissingStoresNothingAndCreatesNoFolder) {

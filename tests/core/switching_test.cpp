@@ -141,24 +141,6 @@ TEST(Switch, ToACategoryWithItemsBringsTheGridBackFromItsParkingPlace) {
     EXPECT_EQ(std::make_pair(m.lblCategory.Left(), m.lblCategory.Top()), std::make_pair(4560, 240));
 }
 
-TEST(Switch, ToACategoryWithNoFileShowsNoGridAndMakesTheFile) {
-    Harness h;
-    h.writeIndex({"Empty", "Tools"});
-    h.writeCategory("Tools", {{"Saw", "10.00"}});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(1); });
-    h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(m.ItemRowCount, 1);
-    EXPECT_FALSE(m.FG1.Visible());
-    EXPECT_EQ(m.FG1.FixedRows(), 0);
-    EXPECT_EQ(m.FG1.FixedCols(), 1);
-    EXPECT_EQ(m.txtCost.Text(), "$0.00");
-    EXPECT_EQ(m.txtValue.Text(), "$0.00");
-    EXPECT_TRUE(m.cmdAddAsset.hasFocus());
-    EXPECT_FALSE(m.T1.Visible());
-    EXPECT_EQ(readFile(h.data("Empty.csv")), crlf({kHeadingLine}));
-}
-
 TEST(Switch, ToAHeadingOnlyFileChangesNothingInIt) {
     Harness h;
     h.writeIndex({"Bare"});
@@ -180,24 +162,6 @@ TEST(Switch, FirstSwitchAfterTheStartTouchesNoCategoryButItsOwn) {
     EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
     EXPECT_EQ(readFile(h.data("Beta.csv")), lfFile("b,,,,,,"));
     EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
-}
-
-TEST(Switch, UnsavedEditsOfEachCategoryFollowItThroughManySwitches) {
-    Harness h;
-    h.writeIndex({"A", "B", "C"});
-    for (const char* n : {"A", "B", "C"}) h.writeCategory(n, {{std::string(n) + "1", "1"}});
-    auto& m = h.start();
-    for (int round = 0; round < 3; ++round)
-        for (int i = 0; i < 3; ++i) {
-            h.selectCategory(i);
-            h.run([&] { m.FG1.setTextMatrix(1, 3, std::string(m.FG1.TextMatrix(1, 3)) + std::to_string(round)); });
-        }
-    h.click(m.cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    again.start();
-    auto seen = openEveryCategory(again);
-    for (const char* n : {"A", "B", "C"})
-        EXPECT_EQ(seen[n], withHeading({{std::string(n) + "1", "1", "", "012"}})) << n;
 }
 
 // ---- a save that fails before the grid is replaced ---------------------------------------------------------

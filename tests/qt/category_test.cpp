@@ -16,7 +16,6 @@ class CategoryTest : public QObject {
 private slots:
     void clickOnEntryOpensTheCategoryAndAnEmptyOneShowsNoGrid();
     void gainOfFocusOfTheListRunsTheWalk();
-    void listFollowsTheModelNotTheMouse();
 };
 
 namespace {
@@ -83,19 +82,6 @@ void CategoryTest::gainOfFocusOfTheListRunsTheWalk() {
     QCOMPARE(h.m().CurrentCategory.value_or(""), std::string("Kitchen"));
     QCOMPARE(list->currentRow(), 1);
     QCOMPARE(h.core.runtime.focused(), &h.m().cmdAddAsset);
-}
-
-void CategoryTest::listFollowsTheModelNotTheMouse() {
-    QtHarness h;
-    writeTwoCategories(h);
-    QVERIFY(h.start());
-    auto& m = h.m();
-    h.clickListEntry(1);
-    // A selection from code shows in the widget; the widget never picks one itself.
-    h.host.dispatch([&] { m.lstCategory.setSelected(0); });
-    QCOMPARE(h.list()->currentRow(), 0);
-    QCOMPARE(h.list()->selectedItems().size(), 1);
-    QCOMPARE(m.CurrentCategory.value_or(""), std::string("Garage"));
 }
 
 QTEST_MAIN(CategoryTest)

@@ -49,7 +49,6 @@ private slots:
     void refusedNamesAreToldAndChangeNothing_data();
     void refusedNamesAreToldAndChangeNothing();
     void saveToFloppyAndLoadItBack();
-    void floppyWithoutDatabaseLeavesEverything();
 };
 
 void CommandsTest::addRenameAndDeleteThroughThePrompts() {
@@ -208,29 +207,6 @@ void CommandsTest::saveToFloppyAndLoadItBack() {
     qttest::QtHarness::settle();
     QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), saved["CatFiles.csv"]);
     QCOMPARE(h.grid()->model()->index(2, 1).data().toString(), QString("12.50"));
-}
-
-void CommandsTest::floppyWithoutDatabaseLeavesEverything() {
-    QtHarness h(qttest::RealPorts{.dialogs = true});
-    h.core.writeIndex({"Bike"});
-    h.core.writeCategory("Bike", {{"Bell", "5", "2", "Shop", "1999", "", "red"}});
-    QVERIFY(h.start());
-    h.clickListEntry(0);
-    qmtest::writeFile(h.core.floppy("NumCats.csv"), "x\r\n"); // a count that is no number
-    const auto before = readFile(h.core.data("Bike.csv"));
-
-    ModalBoxes boxes;
-    boxes.press(QMessageBox::Ok).press(QMessageBox::Ok).press(QMessageBox::Ok);
-    h.menuAction("&Load from Floppy")->trigger();
-    qttest::QtHarness::settle();
-    checkAllAnswered(boxes);
-    QCOMPARE(boxes.texts().size(), 3);
-    QVERIFY2(boxes.texts()[2].endsWith("holds no Quillmere database that can be loaded. Nothing was changed."),
-             qPrintable(boxes.texts()[2]));
-    QCOMPARE(listTexts(h), QStringList{"Bike"});
-    QCOMPARE(readFile(h.core.data("Bike.csv")), before);
-    QVERIFY(std::filesystem::exists(h.core.data("CatFiles.csv")));
-    QCOMPARE(h.grid()->model()->index(1, 0).data().toString(), QString("Bell"));
 }
 
 QTEST_MAIN(CommandsTest)

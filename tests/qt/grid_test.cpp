@@ -3,7 +3,6 @@
 // grid's first row (the user's scrolling is in the typing test), and a category
 // of 32767 rows.
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -160,11 +159,7 @@ void GridTest::categoryOf32767RowsOpens() {
     auto* model = h.grid()->gridModel();
     const int told = model->resets() + model->dataChanges();
 
-    QElapsedTimer timer;
-    timer.start();
     h.clickListEntry(0);
-    const qint64 ms = timer.elapsed();
-    qInfo("switch to a category of %d rows in the window: %lld ms", m.FG1.Rows(), static_cast<long long>(ms));
 
     QCOMPARE(m.FG1.Rows(), forms::Grid::kMaxRows);
     QCOMPARE(model->rowCount(), forms::Grid::kMaxRows);
@@ -178,12 +173,8 @@ void GridTest::categoryOf32767RowsOpens() {
     QCOMPARE(h.grid()->cellRect(m.FG1.Row(), 6), modelCellRect(h));
     QCOMPARE(h.grid()->verticalScrollBar()->value(), m.FG1.TopRow() - 1);
     QCOMPARE(h.widgetAs<QLineEdit>(m.T1)->text(), QString("SN32766"));
-    // Painting it costs no more than the rows in view.
-    timer.restart();
-    QPixmap shot = h.topWidget()->grab();
-    qInfo("painting the window with it: %lld ms", static_cast<long long>(timer.elapsed()));
-    QVERIFY(!shot.isNull());
-    QVERIFY(timer.elapsed() < 2000);
+    // It paints (its cost: bench/qt/qt_switch_bench).
+    QVERIFY(!h.topWidget()->grab().isNull());
 }
 
 QTEST_MAIN(GridTest)

@@ -86,14 +86,6 @@ struct Typing {
     bool caretAtEnd() { return t1()->cursorPosition() == t1()->text().size() && m().T1.SelStart() == m().T1.length(); }
 };
 
-// n items of a long category: "Item i", cost i, value 1, "Shop", ..., "SN" i.
-Rows longCategory(int n) {
-    Rows rows;
-    for (int i = 1; i <= n; ++i)
-        rows.push_back({"Item " + std::to_string(i), std::to_string(i), "1", "Shop", "", "", "SN" + std::to_string(i)});
-    return rows;
-}
-
 void wheel(QtHarness& h, int notches) {
     QWidget* vp = h.grid()->viewport();
     const QPointF at(vp->width() / 2.0, vp->height() / 2.0);
@@ -360,7 +352,7 @@ void TypingTest::typedTextIsInTheFileAfterASwitchAndAfterExit() {
 // place while the cell is in view. A cell scrolled out of view leaves the grid
 // with the focus, and a key then writes that cell and brings it back.
 void TypingTest::scrollingWhileEditingNeverWritesAnotherCell() {
-    Typing t(longCategory(40));
+    Typing t(qttest::itemRows(40));
     QVERIFY(t.started);
     auto& g = t.m().FG1;
     QScrollBar* bar = t.h.grid()->verticalScrollBar();

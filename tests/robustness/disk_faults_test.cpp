@@ -82,7 +82,7 @@ const FaultResults& faultResults() {
                 for (const auto& c : contents) whole[name].insert(c);
         }
         ++res.injected;
-        if (!temporaries(f.data.path()).empty()) res.problems.add(kLeftover, where);
+        if (!leftoverTemporaries(f.data.path()).empty()) res.problems.add(kLeftover, where);
         checkWholeFiles(f.data.path(), whole, res.problems, kCut, where);
         Restart r = restartOn(f.data.place(), f.floppy.place());
         if (r.list != ref.end.list) res.problems.add(kList, where + ": " + describeList(r.list));
@@ -190,7 +190,7 @@ TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
         h.selectCategory(5);
         h.click(m.cmdExit);
     }
-    EXPECT_TRUE(temporaries(data).empty());
+    EXPECT_TRUE(leftoverTemporaries(data).empty());
     EXPECT_EQ(folderContents(data), before) << "a file was changed while the disk was full";
 
     // With room again, everything is there and the program stores again.

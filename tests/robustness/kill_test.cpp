@@ -242,7 +242,7 @@ TEST(KillTest, EndSignalsLeaveWhatExitLeaves) {
             continue;
         }
         ++ended;
-        if (!temporaries(f.data.path()).empty()) problems.add("unfinished files left behind", where);
+        if (!leftoverTemporaries(f.data.path()).empty()) problems.add("unfinished files left behind", where);
         const auto contents = folderContents(f.data.path());
         const auto& expected = exitAfter(step);
         if (contents != expected) {

@@ -181,9 +181,7 @@ TEST(RoundTrip, TextsEnteredThroughTheCommandsComeBackUnchanged) {
         forms::input::paste(h.runtime, m.T1, text); // into the new item's cost cell
     }
     h.click(m.cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    again.start();
-    Table seen = openEveryCategory(again)["Typed"];
+    Table seen = categoriesAfterRestart(h)["Typed"];
     ASSERT_EQ(seen.size(), sample.size() + 1);
     for (std::size_t i = 0; i < sample.size(); ++i) {
         EXPECT_EQ(seen[i + 1][0], sample[i]) << "item name " << i;
@@ -254,9 +252,7 @@ TEST(RoundTrip, NamesThatDifferOnlyInASlashKeepTheirOwnItems) {
         h.click(m.cmdAddAsset);
     }
     h.click(m.cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    again.start();
-    auto seen = openEveryCategory(again);
+    auto seen = categoriesAfterRestart(h);
     ASSERT_EQ(seen.size(), 2u);
     for (const auto& [name, table] : seen) {
         ASSERT_EQ(table.size(), 2u) << name;

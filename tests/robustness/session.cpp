@@ -123,15 +123,6 @@ std::vector<Step> makeSteps() {
     return s;
 }
 
-class CountingInput : public forms::InputStream {
-public:
-    explicit CountingInput(std::unique_ptr<forms::InputStream> in) : in_(std::move(in)) {}
-    std::size_t read(char* buf, std::size_t n) override { return in_->read(buf, n); }
-
-private:
-    std::unique_ptr<forms::InputStream> in_;
-};
-
 class CountingOutput : public forms::OutputStream {
 public:
     CountingOutput(CountingFiles& owner, std::unique_ptr<forms::OutputStream> out, std::string path)
@@ -198,7 +189,7 @@ void CountingFiles::op(FileOp kind, const std::string& path) {
 
 std::unique_ptr<forms::InputStream> CountingFiles::openRead(const std::string& path) {
     op(FileOp::OpenRead, path);
-    return std::make_unique<CountingInput>(StdFiles::openRead(path));
+    return StdFiles::openRead(path);
 }
 
 std::unique_ptr<forms::OutputStream> CountingFiles::openReplace(const std::string& path) {
@@ -241,8 +232,6 @@ std::map<std::string, std::string> folderContents(const fs::path& dir) {
     }
     return out;
 }
-
-std::vector<std::string> temporaries(const fs::path& dir) { return qmtest::leftoverTemporaries(dir); }
 
 void checkWholeFiles(const fs::path& dir, const std::map<std::string, std::set<std::string>>& versions, Tally& tally,
                      const std::string& kind, const std::string& where) {

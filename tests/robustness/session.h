@@ -82,8 +82,6 @@ std::string stepName(std::size_t i);
 
 // Every file of a folder by name with its bytes; temporaries of unfinished writes left out.
 std::map<std::string, std::string> folderContents(const std::filesystem::path& dir);
-// Names of unfinished writes' temporaries in the folder.
-std::vector<std::string> temporaries(const std::filesystem::path& dir);
 void copyFolder(const std::filesystem::path& from, const std::filesystem::path& to);
 
 struct Tally;

@@ -114,37 +114,37 @@ void FaultyFiles::removeMatching(const std::string& folder, const std::string& s
 
 // ---- dialogs, pictures, printer ----------------------------------------------------
 
+namespace {
+// The next queued answer, if any.
+template <class T> std::optional<T> takeNext(std::deque<T>& answers) {
+    if (answers.empty()) return std::nullopt;
+    T a = std::move(answers.front());
+    answers.pop_front();
+    return a;
+}
+} // namespace
+
 int ScriptedDialogs::MsgBox(const std::string& text, int buttons, const std::string& title) {
     messages.push_back({text, buttons, title});
-    if (!msgAnswers.empty()) {
-        int a = msgAnswers.front();
-        msgAnswers.pop_front();
-        return a;
-    }
-    return buttons == forms::vbYesNo ? forms::vbYes : forms::vbOK;
+    return takeNext(msgAnswers).value_or(buttons == forms::vbYesNo ? forms::vbYes : forms::vbOK);
 }
 
 std::string ScriptedDialogs::InputBox(const std::string& prompt, const std::string& title) {
     prompts.push_back({prompt, 0, title});
-    if (inputAnswers.empty()) return "";
-    std::string a = inputAnswers.front();
-    inputAnswers.pop_front();
-    return a;
+    return takeNext(inputAnswers).value_or("");
 }
 
 std::optional<std::string> ScriptedDialogs::ShowOpen(const std::string& filter) {
     filters.push_back(filter);
-    if (openAnswers.empty()) return std::nullopt;
-    auto a = openAnswers.front();
-    openAnswers.pop_front();
-    return a;
+    return takeNext(openAnswers).value_or(std::nullopt);
 }
 
-std::optional<forms::Color> ScriptedDialogs::ShowColor() {
-    if (colorAnswers.empty()) return std::nullopt;
-    auto a = colorAnswers.front();
-    colorAnswers.pop_front();
-    return a;
+std::optional<forms::Color> ScriptedDialogs::ShowColor() { return takeNext(colorAnswers).value_or(std::nullopt); }
+
+std::vector<std::string> ScriptedDialogs::texts() const {
+    std::vector<std::string> t;
+    for (const auto& m : messages) t.push_back(m.text);
+    return t;
 }
 
 std::shared_ptr<forms::Picture> ScriptedPictures::LoadPicture(const std::string& path) {
@@ -198,6 +198,8 @@ void Harness::click(forms::Button& b) { forms::input::click(runtime, b); }
 void Harness::selectCategory(int index) { forms::input::selectEntry(runtime, main->lstCategory, index); }
 
 void Harness::focus(forms::Control& c) { forms::input::focus(runtime, c); }
+
+void Harness::menu(const std::string& entry) { forms::input::menu(runtime, *main->form.menuBar().find(entry)); }
 
 void Harness::writeIndex(const std::vector<std::string>& names, const std::string& count) {
     writeFile(data("NumCats.csv"), (count.empty() ? " " + std::to_string(names.size()) + " " : count) + "\r\n");

@@ -90,6 +90,8 @@ public:
     std::vector<Message> messages;
     std::vector<Message> prompts; // input boxes: text, 0, title
     std::vector<std::string> filters;
+    // The texts of the message boxes shown, in order.
+    std::vector<std::string> texts() const;
 };
 
 class FakePicture : public forms::Picture {
@@ -164,6 +166,7 @@ public:
     void click(forms::Button& b);
     void selectCategory(int index);       // a click on a list entry: the list gains the focus, then the selection
     void focus(forms::Control& c);        // the user moves the focus (Tab or mouse)
+    void menu(const std::string& entry);  // a click on the main window's menu entry of this name
     void run(const std::function<void()>& f) { runtime.dispatch(f); }
 
     // Writes an index and category files into the data folder.
