@@ -155,7 +155,9 @@ TEST_P(UnreadableFile, IsNeverWrittenOver) {
     if (!fired) GTEST_SKIP() << "the switch reads fewer times than " << failAt + 1;
     EXPECT_EQ(m.CurrentCategory, "X");
     const int shown = m.FG1.Rows();
-    if (failAt < 0) EXPECT_EQ(shown, 1);
+    if (failAt < 0) {
+        EXPECT_EQ(shown, 1);
+    }
     ASSERT_LE(shown, static_cast<int>(rows.size()));
     EXPECT_EQ(gridCells(m.FG1), Table(rows.begin(), rows.begin() + shown)) << "rows of the file, each whole";
     h.run([&] { m.SaveCategoryFile(); });

@@ -170,7 +170,9 @@ TEST_F(Scrolling, TheEditorComesBackOverItsCellOnlyIfTheCellIsStillInView) {
         EXPECT_TRUE(at(20, 3));
         EXPECT_EQ(m->T1.Visible(), c.reopens);
         EXPECT_EQ(h.runtime.focused(), c.focus);
-        if (c.reopens) EXPECT_TRUE(editorOverCurrentCell());
+        if (c.reopens) {
+            EXPECT_TRUE(editorOverCurrentCell());
+        }
     }
 }
 

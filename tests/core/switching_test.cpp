@@ -208,7 +208,9 @@ TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
         EXPECT_EQ(h.dialogs.messages[i].title, "Quillmere");
     }
     ASSERT_EQ(static_cast<int>(texts.size()), c.messages) << ::testing::PrintToString(texts);
-    if (c.messages) EXPECT_NE(texts[0].find("\"B\" could not be saved"), std::string::npos) << texts[0];
+    if (c.messages) {
+        EXPECT_NE(texts[0].find("\"B\" could not be saved"), std::string::npos) << texts[0];
+    }
 
     if (!m.ended()) h.click(m.cmdExit);
     Harness again(h.dataDir.place(), h.floppyDir.place());
