@@ -262,10 +262,11 @@ TEST_F(Forms, GridTextsFollowAPlainTableThroughAnyEdits) {
         }
         default: break;
         }
-        if (step % 97 == 0 || step > 19900)
+        if (step % 97 == 0 || step > 19900) {
             for (int i = 0; i < grid.Rows(); ++i)
                 for (int j = 0; j < grid.Cols(); ++j)
                     ASSERT_EQ(grid.TextMatrix(i, j), model[i][j]) << "step " << step << ", cell " << i << "," << j;
+        }
     }
 }
 
