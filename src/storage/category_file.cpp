@@ -137,25 +137,14 @@ void frmMain::LoadCategoryFile() {
                     FG1.AddItem(std::string_view(number, static_cast<std::size_t>(std::to_chars(number, number + sizeof number, r).ptr - number)));
                 }
                 lineEnded = true;
-                // The usual line, taken in one go; the same moves and texts follow.
-                std::string_view line[kFieldsPerRow];
-                if (files.ReadPlainLine(LoadFileNumber, line, kFieldsPerRow)) {
+                for (int c = 0; c < kFieldsPerRow; ++c) {
+                    // The field stays in the file's buffer until the next read:
+                    // the cell handlers that run in between read no file.
+                    const std::string_view field = files.ReadLineField(LoadFileNumber, c == kFieldsPerRow - 1);
                     lineEnded = false;
-                    for (int c = 0; c < kFieldsPerRow; ++c) {
-                        FG1.setCol(c);
-                        FG1.setRow(r);
-                        FG1.setText(line[c]);
-                    }
-                } else {
-                    for (int c = 0; c < kFieldsPerRow; ++c) {
-                        // The field stays in the file's buffer until the next read:
-                        // the cell handlers that run in between read no file.
-                        const std::string_view field = files.ReadLineField(LoadFileNumber, c == kFieldsPerRow - 1);
-                        lineEnded = false;
-                        FG1.setCol(c);
-                        FG1.setRow(r);
-                        FG1.setText(field);
-                    }
+                    FG1.setCol(c);
+                    FG1.setRow(r);
+                    FG1.setText(field);
                 }
                 ++r;
                 if (!room) {

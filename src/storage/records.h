@@ -101,30 +101,6 @@ public:
     // last field), read as ReadFieldView reads it; besides, it notes whether the
     // bytes lie in the file exactly as EncodeField and WriteRawLine put them.
     std::string_view ReadLineField(int n, bool last) { return readView(get(n), last ? kLineEnd : kComma); }
-    // The next `count` fields at once, the last one ending its line, when they
-    // lie in the piece read exactly as WriteRawLine puts a line of plain texts
-    // (no quotes, no blanks in front, commas between, CR LF behind): then they
-    // are what ReadLineField would give one by one, valid until the next read.
-    // Else false, and nothing is read. A big category's lines are nearly all so.
-    bool ReadPlainLine(int n, std::string_view* fields, int count) {
-        Open& f = get(n);
-        if (!f.in) return false;
-        const char* p = f.buf.data() + f.pos;
-        const char* const end = f.buf.data() + f.len; // the sentinel
-        for (int i = 0; i < count; ++i) {
-            if (p >= end || scan::kSpecialFirst.is[static_cast<unsigned char>(*p)]) return false;
-            const char* d = scan::findDelimiter(p);
-            if (i + 1 < count) {
-                if (d >= end || *d != ',') return false;
-            } else if (d + 1 >= end || d[0] != '\r' || d[1] != '\n') {
-                return false;
-            }
-            fields[i] = std::string_view(p, static_cast<std::size_t>(d - p));
-            p = d + 1;
-        }
-        f.pos = static_cast<std::size_t>(p + 1 - f.buf.data());
-        return true;
-    }
     // Whether every field ReadLineField gave from this file so far lay there
     // exactly as written, and so did the end of the file if a read met it.
     bool ReadExactly(int n) { return get(n).exact; }

@@ -178,9 +178,8 @@ INSTANTIATE_TEST_SUITE_P(CategoryFile, UnreadableFile, ::testing::Range(-1L, 17L
 
 // ---- the grid's limit ------------------------------------------------------------------------------
 
-// Plain lines are taken whole, lines of any other form and lines across the
-// edge of a piece read from the file field by field: the grid is the same
-// either way, that of the file's fields read one by one, seven to a row.
+// Lines of every form, on and across the edges of the pieces read from the
+// file, give the grid of the file's fields read one by one, seven to a row.
 TEST(CategoryFile, LinesOfEveryFormLoadAsTheirFieldsReadOneByOne) {
     const std::vector<std::string> kinds = {",1.00,2.00,Shop,1/1/2000,2/2/2002,SN\r\n", ",1,2,3,4,5,6\n", ",\"a,b\",2,3,4,5,6\r\n",
                                             ", 1,2,3,4,5,6\r\n", ",1,2\r\n", ",1,2,3,4,5,6\r", ",\"\",,,,,\r\n"};
