@@ -19,14 +19,6 @@ bool anyFileOpen(const qm::frmMain& m) {
     return false;
 }
 
-// A category file in a form the program never writes (LF line ends), so that a
-// rewrite shows.
-void writeLfCategory(Harness& h, const std::string& name, const std::vector<std::string>& itemLines) {
-    std::string text = std::string(kHeadingLine) + "\n";
-    for (const auto& l : itemLines) text += l + "\n";
-    writeFile(h.data(name + ".csv"), text);
-}
-
 bool rewritten(Harness& h, const std::string& name) {
     return readFile(h.data(name + ".csv")).value_or("").find("\r\n") != std::string::npos;
 }
@@ -97,9 +89,9 @@ struct IndexWalk : ::testing::Test {
     Harness h;
     void SetUp() override {
         h.writeIndex({"Alpha", "Beta", "Gamma"});
-        writeLfCategory(h, "Alpha", {"a1,1,,,,,"});
-        writeLfCategory(h, "Beta", {"b1,2,,,,,"});
-        writeLfCategory(h, "Gamma", {"g1,3,,,,,"});
+        writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
+        writeFile(h.data("Beta.csv"), lfCategory({"b1,2,,,,,"}));
+        writeFile(h.data("Gamma.csv"), lfCategory({"g1,3,,,,,"}));
     }
 };
 
@@ -120,7 +112,7 @@ TEST_F(IndexWalk, WithNoSelectionEndsOnTheLastEntry) {
 TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
     auto& m = h.start();
     h.run([&] { m.lstCategory.setSelected(1); });
-    writeLfCategory(h, "Beta", {"b1,2,,,,,"}); // undo the switch's own rewrite
+    writeFile(h.data("Beta.csv"), lfCategory({"b1,2,,,,,"})); // undo the switch's own rewrite
     h.run([&] { m.FG1.setTextMatrix(1, 3, "garage"); });
     h.run([&] { m.SaveCategoryList(); });
     EXPECT_EQ(m.lstCategory.ListIndex(), 1);
@@ -203,8 +195,8 @@ TEST(IndexSelection, WalkOverASingleSelectedCategoryStillWritesTheIndex) {
 TEST(IndexSelection, EveryGainOfFocusStoresTheWholeDatabase) {
     Harness h;
     h.writeIndex({"Alpha", "Beta"});
-    writeLfCategory(h, "Alpha", {"a1,1,,,,,"});
-    writeLfCategory(h, "Beta", {"b1,2,,,,,"});
+    writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
+    writeFile(h.data("Beta.csv"), lfCategory({"b1,2,,,,,"}));
     auto& m = h.start();
     h.focus(m.lstCategory);
     EXPECT_TRUE(rewritten(h, "Alpha"));
@@ -215,7 +207,7 @@ TEST(IndexSelection, EveryGainOfFocusStoresTheWholeDatabase) {
     EXPECT_EQ(m.CurrentCategory, "Beta");
     EXPECT_FALSE(m.lstCategory.hasFocus());
     // A user's click on the first entry: another walk, then the switch to it.
-    writeLfCategory(h, "Alpha", {"a1,1,,,,,"});
+    writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
     h.selectCategory(0);
     EXPECT_TRUE(rewritten(h, "Alpha"));
     EXPECT_EQ(m.CurrentCategory, "Alpha");

@@ -10,17 +10,13 @@ using namespace qmtest;
 
 namespace {
 
-// Category files in a form the program never writes (LF line ends), so that
-// any file a step rewrites shows.
-std::string lfFile(const std::string& item) { return std::string(kHeadingLine) + "\n" + item + "\n"; }
-
 struct Places : ::testing::Test {
     Harness h;
     void seed() {
-        writeFile(h.data("A.csv"), lfFile("a-data,1,,,,,"));
-        writeFile(h.data("B.csv"), lfFile("b-data,2,,,,,"));
-        writeFile(h.floppy("A.csv"), lfFile("a-floppy,3,,,,,"));
-        writeFile(h.floppy("B.csv"), lfFile("b-floppy,4,,,,,"));
+        writeFile(h.data("A.csv"), lfCategory({"a-data,1,,,,,"}));
+        writeFile(h.data("B.csv"), lfCategory({"b-data,2,,,,,"}));
+        writeFile(h.floppy("A.csv"), lfCategory({"a-floppy,3,,,,,"}));
+        writeFile(h.floppy("B.csv"), lfCategory({"b-floppy,4,,,,,"}));
     }
     void SetUp() override {
         h.writeIndex({"A", "B"});
@@ -47,10 +43,10 @@ TEST_P(SwitchPlaces, EachSaveAndLoadTouchesItsPlace) {
     m.WriteToFloppy = c.writeToFloppy;
     m.ReadFromFloppy = c.readFromFloppy;
     h.run([&] { m.lstCategory.setSelected(1); });
-    EXPECT_EQ(readFile(h.data("A.csv")), c.dataA.value_or(lfFile("a-data,1,,,,,")));
-    EXPECT_EQ(readFile(h.data("B.csv")), c.dataB.value_or(lfFile("b-data,2,,,,,")));
-    EXPECT_EQ(readFile(h.floppy("A.csv")), c.floppyA.value_or(lfFile("a-floppy,3,,,,,")));
-    EXPECT_EQ(readFile(h.floppy("B.csv")), c.floppyB.value_or(lfFile("b-floppy,4,,,,,")));
+    EXPECT_EQ(readFile(h.data("A.csv")), c.dataA.value_or(lfCategory({"a-data,1,,,,,"})));
+    EXPECT_EQ(readFile(h.data("B.csv")), c.dataB.value_or(lfCategory({"b-data,2,,,,,"})));
+    EXPECT_EQ(readFile(h.floppy("A.csv")), c.floppyA.value_or(lfCategory({"a-floppy,3,,,,,"})));
+    EXPECT_EQ(readFile(h.floppy("B.csv")), c.floppyB.value_or(lfCategory({"b-floppy,4,,,,,"})));
     EXPECT_EQ(m.FG1.TextMatrix(1, 0), c.itemShown);
     EXPECT_EQ(m.CurrentCategory, "B");
 }
@@ -80,8 +76,8 @@ TEST_F(Places, WalkWithWriteToFloppyCopiesTheDatabaseAndLeavesTheDataFolder) {
     EXPECT_EQ(readFile(h.floppy("B.csv")), crlf({kHeadingLine, "b-data,2,,,,,"}));
     EXPECT_EQ(readFile(h.floppy("CatFiles.csv")), "A\r\nB\r\n");
     EXPECT_EQ(readFile(h.floppy("NumCats.csv")), "2 \r\n"); // the count as it was read
-    EXPECT_EQ(readFile(h.data("A.csv")), lfFile("a-data,1,,,,,"));
-    EXPECT_EQ(readFile(h.data("B.csv")), lfFile("b-data,2,,,,,"));
+    EXPECT_EQ(readFile(h.data("A.csv")), lfCategory({"a-data,1,,,,,"}));
+    EXPECT_EQ(readFile(h.data("B.csv")), lfCategory({"b-data,2,,,,,"}));
     EXPECT_EQ(readFile(h.data("NumCats.csv")), indexBefore);
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), namesBefore);
 }
@@ -92,8 +88,8 @@ TEST_F(Places, WalkWithReadFromFloppyBringsEveryCategoryIntoTheDataFolder) {
     h.run([&] { m.SaveCategoryList(); });
     EXPECT_EQ(readFile(h.data("A.csv")), crlf({kHeadingLine, "a-floppy,3,,,,,"}));
     EXPECT_EQ(readFile(h.data("B.csv")), crlf({kHeadingLine, "b-floppy,4,,,,,"}));
-    EXPECT_EQ(readFile(h.floppy("A.csv")), lfFile("a-floppy,3,,,,,"));
-    EXPECT_EQ(readFile(h.floppy("B.csv")), lfFile("b-floppy,4,,,,,"));
+    EXPECT_EQ(readFile(h.floppy("A.csv")), lfCategory({"a-floppy,3,,,,,"}));
+    EXPECT_EQ(readFile(h.floppy("B.csv")), lfCategory({"b-floppy,4,,,,,"}));
 }
 
 // A category that could not be read whole (here: more rows than the grid
@@ -108,7 +104,7 @@ TEST_F(Places, CategoryReadOnlyInPartIsNotCopiedInPart_SuspectedBug) {
     m.WriteToFloppy = true;
     h.run([&] { m.SaveCategoryList(); });
     const auto copy = readFile(h.floppy("A.csv"));
-    EXPECT_TRUE(copy == big || copy == lfFile("a-floppy,3,,,,,")) << "a copy of " << copy.value_or("").size() << " bytes";
+    EXPECT_TRUE(copy == big || copy == lfCategory({"a-floppy,3,,,,,"})) << "a copy of " << copy.value_or("").size() << " bytes";
     EXPECT_EQ(readFile(h.data("A.csv")), big);
 }
 
@@ -156,11 +152,11 @@ TEST(Switch, ToAHeadingOnlyFileChangesNothingInIt) {
 TEST(Switch, FirstSwitchAfterTheStartTouchesNoCategoryButItsOwn) {
     Harness h;
     h.writeIndex({"Alpha", "Beta"});
-    writeFile(h.data("Beta.csv"), lfFile("b,,,,,,"));
+    writeFile(h.data("Beta.csv"), lfCategory({"b,,,,,,"}));
     auto& m = h.start();
     h.run([&] { m.lstCategory.setSelected(0); });
     EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
-    EXPECT_EQ(readFile(h.data("Beta.csv")), lfFile("b,,,,,,"));
+    EXPECT_EQ(readFile(h.data("Beta.csv")), lfCategory({"b,,,,,,"}));
     EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
 }
 

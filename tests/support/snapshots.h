@@ -65,6 +65,14 @@ inline std::vector<std::string> leftoverTemporaries(const std::filesystem::path&
     return found;
 }
 
+// A category file in a form the program never writes (LF line ends), so that
+// any rewrite of it shows.
+inline std::string lfCategory(const std::vector<std::string>& itemLines) {
+    std::string s = std::string(kHeadingLine) + "\n";
+    for (const auto& l : itemLines) s += l + "\n";
+    return s;
+}
+
 // Lines joined with CR LF after each.
 inline std::string crlf(const std::vector<std::string>& lines) {
     std::string s;
