@@ -326,21 +326,4 @@ TEST(CategoryHeading, FontSizeFollowsTheLengthInCharacters) {
     }
 }
 
-TEST(CategoryHeading, SwitchesSetTheSizeByTheCategorysName) {
-    const std::string a14 = "Fourteen chars", a15 = "Fifteen chars!!", a16 = "Sixteen chars!!!";
-    Harness h;
-    h.writeIndex({a14, a15, a16});
-    auto& m = h.start();
-    auto select = [&](const std::string& name) { h.run([&] { m.lstCategory.setText(name); }); };
-    select(a16);
-    EXPECT_EQ(m.lblCategory.font().size, 20);
-    select(a15);
-    EXPECT_EQ(m.lblCategory.font().size, 20);
-    select(a14);
-    EXPECT_EQ(m.lblCategory.font().size, 36);
-    select(a15);
-    EXPECT_EQ(m.lblCategory.font().size, 36);
-    EXPECT_EQ(m.lblCategory.Caption(), a15);
-}
-
 } // namespace
