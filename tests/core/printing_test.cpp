@@ -33,14 +33,6 @@ TEST_F(Printing, EachFilledCellGetsALabelledLineAndEachItemARule) {
     EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Category Printing."}));
 }
 
-TEST_F(Printing, ACategoryWithoutItemsPrintsItsTitleOnly) {
-    startWith({});
-    h.selectCategory(0);
-    h.click(m->cmdPrint);
-    ASSERT_EQ(h.printer.jobs.size(), 1u);
-    EXPECT_EQ(h.printer.jobs[0], (std::vector<std::string>{"Car parts", kRule, "", ""}));
-}
-
 TEST_F(Printing, WithNoCategorySelectedThePageStillComesOutAfterTheError) {
     startWith({{"Jack"}});
     h.click(m->cmdPrint);
