@@ -260,19 +260,4 @@ TEST(RoundTrip, NamesThatDifferOnlyInASlashKeepTheirOwnItems) {
     }
 }
 
-// The refusal is a message, and nothing is made.
-TEST(RoundTrip, ANameTooLongForAFileIsRefusedWithAMessage) {
-    Harness h;
-    h.writeIndex({"Kept"});
-    h.writeCategory("Kept", {{"a", "1"}});
-    qm::frmMain& m = h.start();
-    const auto before = robust::folderContents(h.dataDir.path());
-    h.dialogs.inputAnswers.push_back(std::string(10000, 'n'));
-    h.click(m.cmdAddCategory);
-    ASSERT_FALSE(h.dialogs.messages.empty());
-    EXPECT_EQ(h.dialogs.messages.back().text, "That name is too long for a file name. Please choose a shorter name.");
-    EXPECT_EQ(m.lstCategory.items(), std::vector<std::string>{"Kept"});
-    EXPECT_EQ(robust::folderContents(h.dataDir.path()), before);
-}
-
 } // namespace
