@@ -137,21 +137,7 @@ const KillResults& killResults() {
             if (!contents.count(storage::FileStem(name) + ".csv")) res.problems.add(kMissingFile, where + ": [" + name + "]");
         const auto& before = ref.lists[step];
         const auto& after = ref.lists[step + 1];
-        if (r.list != before && r.list != after) {
-            // Names of either list that are not shown, and shown names of neither.
-            auto in = [](const std::vector<std::string>& l, const std::string& n) { return std::find(l.begin(), l.end(), n) != l.end(); };
-            std::string lost, added;
-            for (const auto& n : before)
-                if (in(after, n) && !in(r.list, n)) lost += " [" + n + "]";
-            for (const auto& n : r.list)
-                if (!in(before, n) && !in(after, n)) added += " [" + n + "]";
-            // A rename: the category under neither its old name nor its new one.
-            for (const auto& old : before)
-                for (const auto& renamed : after)
-                    if (!in(after, old) && !in(before, renamed) && !in(r.list, old) && !in(r.list, renamed))
-                        lost += " [" + old + "] or [" + renamed + "]";
-            res.problems.add(kOtherList, where + ": " + std::to_string(r.list.size()) + " names" + (lost.empty() ? "" : "; lost" + lost) + (added.empty() ? "" : "; unknown" + added));
-        }
+        if (r.list != before && r.list != after) res.problems.add(kOtherList, where + ": " + describeList(r.list));
         auto count = storage::Value::text(r.count).toInt16();
         if (!count || *count != static_cast<int>(r.list.size()))
             res.problems.add(kCount, where + ": count [" + r.count + "], " + std::to_string(r.list.size()) + " names");

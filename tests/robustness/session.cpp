@@ -225,11 +225,8 @@ void runSession(Harness& h, qm::frmMain& m, const std::function<bool(std::size_t
 }
 
 std::map<std::string, std::string> folderContents(const fs::path& dir) {
-    std::map<std::string, std::string> out;
-    for (const auto& name : qmtest::folderNames(dir)) {
-        if (forms::StdFiles::isTemporaryName(name)) continue;
-        out[name] = qmtest::readFile(dir / name).value_or("<unreadable>");
-    }
+    auto out = qmtest::folderBytes(dir);
+    std::erase_if(out, [](const auto& e) { return forms::StdFiles::isTemporaryName(e.first); });
     return out;
 }
 
