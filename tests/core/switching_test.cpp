@@ -108,18 +108,6 @@ TEST_F(Places, CategoryReadOnlyInPartIsNotCopiedInPart_SuspectedBug) {
     EXPECT_EQ(readFile(h.data("A.csv")), big);
 }
 
-TEST_F(Places, ListIsReadFromTheFloppyRootWhenAsked) {
-    writeFile(h.floppy("NumCats.csv"), " 1 \r\n");
-    writeFile(h.floppy("CatFiles.csv"), "OnFloppy\r\n");
-    auto& m = h.start();
-    h.run([&] {
-        m.lstCategory.Clear();
-        m.ReadFromFloppy = true;
-        m.LoadCategoryList();
-    });
-    EXPECT_EQ(m.lstCategory.items(), std::vector<std::string>{"OnFloppy"});
-}
-
 // ---- the window after a switch ----------------------------------------------------------------------
 
 // The caption, totals, grid and editor a click shows: the GUI category and typing tests.
