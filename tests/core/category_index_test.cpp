@@ -286,18 +286,6 @@ INSTANTIATE_TEST_SUITE_P(
                       PairCase{"NoLength", " 3 \r\nA\r\nB\r\nC\r\n", " 2 \r\n"}),
     [](const auto& info) { return std::string(info.param.what); });
 
-// A change of the count and the names leaves both written and no pair file.
-TEST(IndexPair, ASaveLeavesBothFilesAndNoPairFile) {
-    Harness h;
-    h.writeIndex({"A"});
-    auto& m = h.start();
-    h.dialogs.inputAnswers.push_back("B");
-    h.click(m.cmdAddCategory);
-    EXPECT_EQ(readFile(h.data("NumCats.csv")), " 2 \r\n");
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "A\r\nB\r\n");
-    EXPECT_FALSE(std::filesystem::exists(h.data(".quillmere-index")));
-}
-
 // ---- an index that exists but can't be read --------------------------------------------------
 
 class UnreadableIndex : public ::testing::TestWithParam<const char*> {};
