@@ -20,7 +20,7 @@ std::uint64_t newRevisionBase() {
 } // namespace
 
 Grid::Grid(Form& form, Control* container, std::string name)
-    : Control(form, container, std::move(name), Kind::Grid), revision_(newRevisionBase()) {
+    : Control(form, container, std::move(name), Kind::Grid), revision_(newRevisionBase()), issued_(revision_) {
     growCells(static_cast<std::size_t>(rows_) * cols_);
     colWidth_.assign(static_cast<std::size_t>(cols_), kDefaultColWidth);
     rowHeight_.assign(static_cast<std::size_t>(rows_), -1);
@@ -66,7 +66,7 @@ void Grid::setRows(int n) {
     rowHeight_.resize(static_cast<std::size_t>(n), -1);
     rows_ = n;
     ++shape_;
-    ++revision_;
+    revision_ = ++issued_;
     compactIfWasteful();
     if (fixedRows_ > n - 1) fixedRows_ = n - 1;
     clampCurrent();
@@ -84,6 +84,54 @@ void Grid::renewRows() {
     ++shape_;
     row_ = rowSel_ = topRow_ = 0;
     clampCurrent();
+    notifyLayout();
+}
+
+Grid::Texts Grid::takeTexts() {
+    Texts first;
+    first.cols_ = cols_;
+    first.rows_ = 1;
+    first.revision_ = ++issued_;
+    std::size_t bytes = 0;
+    for (int c = 0; c < cols_; ++c) bytes += spans_[static_cast<std::size_t>(c)].len;
+    first.room_ = std::max<std::size_t>(bytes, 64);
+    first.arena_.reset(new char[first.room_]);
+    first.spans_.resize(static_cast<std::size_t>(cols_));
+    for (int c = 0; c < cols_; ++c) {
+        const Span s = spans_[static_cast<std::size_t>(c)];
+        if (s.len) std::memcpy(first.arena_.get() + first.used_, arena_.get() + s.at, s.len);
+        first.spans_[static_cast<std::size_t>(c)] = Span{static_cast<std::uint32_t>(first.used_), s.len};
+        first.used_ += s.len;
+    }
+    first.live_ = first.used_;
+    first.dirty_ = first.spans_.size();
+    swapTexts(first);
+    return first;
+}
+
+void Grid::swapTexts(Texts& t) {
+    if (t.cols_ != cols_) throw Failure("invalid column value");
+    settleTag(); // it refers to bytes that go
+    std::swap(arena_, t.arena_);
+    std::swap(arenaUsed_, t.used_);
+    std::swap(arenaRoom_, t.room_);
+    std::swap(live_, t.live_);
+    std::swap(dirty_, t.dirty_);
+    std::swap(spans_, t.spans_);
+    std::swap(rows_, t.rows_);
+    std::swap(revision_, t.revision_);
+    // The styles go with the cells that stay; the rows below the first lose theirs.
+    back_.resize(spans_.size(), 0);
+    align_.resize(spans_.size(), AlignGeneral);
+    rowHeight_.resize(static_cast<std::size_t>(rows_), -1);
+    const auto from = static_cast<std::ptrdiff_t>(cols_), used = static_cast<std::ptrdiff_t>(usedCells());
+    std::fill(back_.begin() + from, back_.begin() + used, 0);
+    std::fill(align_.begin() + from, align_.begin() + used, AlignGeneral);
+    std::fill(rowHeight_.begin() + 1, rowHeight_.end(), -1);
+    if (fixedRows_ > rows_ - 1) fixedRows_ = rows_ - 1;
+    ++shape_;
+    clampCurrent();
+    for (auto* l : listeners_) l->textsSwapped(t.revision_, revision_);
     notifyLayout();
 }
 
@@ -118,7 +166,7 @@ void Grid::setCols(int n) {
     colWidth_.resize(static_cast<std::size_t>(n), kDefaultColWidth);
     cols_ = n;
     ++shape_;
-    ++revision_;
+    revision_ = ++issued_;
     compactIfWasteful();
     if (fixedCols_ > n - 1) fixedCols_ = n - 1;
     clampCurrent();
@@ -159,7 +207,7 @@ void Grid::invalidCell() { throw Failure("invalid row or column value"); }
 void Grid::setTextMatrix(int r, int c, std::string_view t) {
     checkCell(r, c);
     store(index(r, c), t);
-    ++revision_;
+    revision_ = ++issued_;
     for (auto* l : listeners_) l->cellChanged(r, c);
 }
 
@@ -236,7 +284,7 @@ void Grid::AddItem(std::string_view text) {
     rowHeight_.push_back(-1);
     ++rows_;
     ++shape_;
-    ++revision_;
+    revision_ = ++issued_;
     store(at, text);
     for (auto* l : listeners_) l->rowsInserted(rows_ - 1, 1);
 }
@@ -260,7 +308,7 @@ void Grid::RemoveItem(int r) {
     rowHeight_.erase(rowHeight_.begin() + r);
     --rows_;
     ++shape_;
-    ++revision_;
+    revision_ = ++issued_;
     compactIfWasteful();
     if (row_ > r) --row_;
     if (rowSel_ > r) --rowSel_;

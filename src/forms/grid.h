@@ -23,6 +23,9 @@ public:
     virtual void layoutChanged() = 0;
     // Every cell may have changed (the number of columns changed).
     virtual void gridReset() = 0;
+    // The grid took other texts in exchange for those it had (Grid::swapTexts):
+    // the revisions of those that went and of those that came.
+    virtual void textsSwapped(std::uint64_t /*out*/, std::uint64_t /*in*/) { gridReset(); }
     // Asked once, when the listener is added: false spares it layoutChanged,
     // which a load sends twice for every field it reads.
     virtual bool wantsLayout() const { return true; }
@@ -31,6 +34,11 @@ public:
 // A table of text cells with a current cell, fixed heading rows and columns and
 // the cell events of a spreadsheet-like grid.
 class Grid : public Control {
+    // Where a cell's text lies in arena_.
+    struct Span {
+        std::uint32_t at = 0, len = 0;
+    };
+
 public:
     // Row numbers and Rows itself stay signed 16-bit.
     static constexpr int kMaxRows = 32767;
@@ -70,7 +78,7 @@ public:
     std::string_view Text() const { return cell(row_, col_); }
     void setText(std::string_view t) {
         store(index(row_, col_), t);
-        ++revision_;
+        revision_ = ++issued_;
         for (auto* l : listeners_) l->cellChanged(row_, col_);
     }
     std::string_view TextMatrix(int r, int c) const {
@@ -90,6 +98,29 @@ public:
     // they hold leaves, without touching a text: those rows lose their colours,
     // alignment and heights, and the current cell goes to row 0 with no event.
     void renewRows();
+
+    // The texts of all cells and the number of rows, as they stood when taken
+    // out of a grid, with the revision they had there.
+    class Texts {
+    public:
+        std::uint64_t revision() const { return revision_; }
+        // The memory they hold.
+        std::size_t bytes() const { return room_ + spans_.capacity() * sizeof(Span); }
+
+    private:
+        friend class Grid;
+        std::unique_ptr<char[]> arena_;
+        std::size_t used_ = 0, room_ = 0, live_ = 0, dirty_ = 0;
+        std::vector<Span> spans_;
+        int rows_ = 0, cols_ = 0;
+        std::uint64_t revision_ = 0;
+    };
+    // Takes the texts out, leaving what Rows = 1 would: the first row's texts.
+    Texts takeTexts();
+    // Gives the grid these texts (taken from a grid of as many columns), with
+    // their rows and revision, in exchange for its own: the rows below the
+    // first come as a reload brings them, without colours, alignment or heights.
+    void swapTexts(Texts& texts);
 
     int ColWidth(int c) const;
     void setColWidth(int c, int twips);
@@ -157,10 +188,6 @@ protected:
     std::string_view lazyTag() const override { return {arena_.get() + tagSpan_.at, tagSpan_.len}; }
 
 private:
-    // Where a cell's text lies in arena_.
-    struct Span {
-        std::uint32_t at = 0, len = 0;
-    };
     std::size_t index(int r, int c) const { return static_cast<std::size_t>(r) * cols_ + c; }
     std::string_view text(std::size_t i) const { return {arena_.get() + spans_[i].at, spans_[i].len}; }
     std::string_view cell(int r, int c) const { return text(index(r, c)); }
@@ -224,6 +251,7 @@ private:
     [[gnu::noinline]] void newCellBackColor(std::uint8_t& slot, Color c);
 
     std::uint64_t revision_;
+    std::uint64_t issued_; // the highest revision given out: texts swapped in bring back an older one
     int rows_ = 1, cols_ = 2;
     int fixedRows_ = 0, fixedCols_ = 0;
     int row_ = 0, col_ = 0;

@@ -260,6 +260,20 @@ TEST_F(Forms, GridTextsFollowAPlainTableThroughAnyEdits) {
             for (auto& row : model) row.resize(static_cast<std::size_t>(n));
             break;
         }
+        case 7: { // the texts go out, the first row's stay; edits meanwhile go when they come back
+            const std::uint64_t revision = grid.Revision();
+            Grid::Texts texts = grid.takeTexts();
+            ASSERT_EQ(grid.Rows(), 1);
+            for (int j = 0; j < grid.Cols(); ++j) ASSERT_EQ(grid.TextMatrix(0, j), model[0][j]);
+            grid.setTextMatrix(0, c, someText());
+            const std::uint64_t meanwhile = grid.Revision();
+            grid.swapTexts(texts);
+            ASSERT_EQ(grid.Revision(), revision);
+            ASSERT_EQ(texts.revision(), meanwhile);
+            grid.setTextMatrix(r, c, model[r][c]);
+            ASSERT_GT(grid.Revision(), meanwhile) << "a revision given out twice";
+            break;
+        }
         default: break;
         }
         if (step % 97 == 0 || step > 19900) {
@@ -278,6 +292,18 @@ TEST_F(Forms, CellStylesBelongToSingleCells) {
     EXPECT_EQ(grid.CellAlignment(1, 0), Grid::AlignGeneral);
     EXPECT_EQ(grid.CellBackColor(2, 0), syscolor::Window);
     EXPECT_EQ(grid.CellBackColor(1, 0), grid.BackColor());
+    // Texts swapped in come as a reload brings rows: the first row keeps its styles, the others lose them.
+    input([&] { grid.setRow(0); });
+    grid.setCellBackColor(syscolor::Window);
+    grid.setRowHeight(0, 500);
+    grid.setRowHeight(2, 600);
+    Grid::Texts texts = grid.takeTexts();
+    grid.swapTexts(texts);
+    EXPECT_EQ(grid.CellBackColor(0, 0), syscolor::Window);
+    EXPECT_EQ(grid.RowHeight(0), 500);
+    EXPECT_EQ(grid.CellBackColor(2, 0), grid.BackColor());
+    EXPECT_EQ(grid.CellAlignment(2, 0), Grid::AlignGeneral);
+    EXPECT_EQ(grid.RowHeight(2), grid.RowHeight(1));
 }
 
 TEST_F(Forms, ReadingTheCellRectangleScrollsTheCellIntoViewAndRunsScroll) {
