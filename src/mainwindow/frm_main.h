@@ -11,6 +11,7 @@
 #include "forms/listbox.h"
 #include "mainwindow/platform.h"
 #include "mainwindow/totals.h"
+#include "storage/kept_categories.h"
 #include "storage/records.h"
 #include "storage/value.h"
 
@@ -79,6 +80,8 @@ public:
 
     // Category files that exist but could not be read whole in this run: never written over.
     std::set<std::string> UnreadableFiles;
+    // Categories the grid held before, kept for a switch back to them.
+    storage::KeptCategories keptCategories;
     // Whether the last SaveCategoryFile met a failure, so that a caller about to
     // replace the grid can keep what did not reach the disk.
     bool SaveFailed = false;

@@ -65,6 +65,7 @@ public:
     void layoutChanged() override {}
     bool wantsLayout() const override { return false; }
     void gridReset() override;
+    void textsSwapped(std::uint64_t out, std::uint64_t in) override;
 
 private:
     std::vector<Entry>& column(int col) { return col == kCostCol ? cost_ : value_; }
@@ -74,6 +75,14 @@ private:
     forms::Grid& grid_;
     double scale_ = 100;
     std::vector<Entry> cost_, value_;
+    // The entries of texts the grid gave away, under their revision (which
+    // names those texts alone), so that the texts coming back find theirs.
+    struct Kept {
+        std::uint64_t revision;
+        double scale;
+        std::vector<Entry> cost, value;
+    };
+    std::vector<Kept> kept_; // oldest first
 };
 
 } // namespace qm

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 #include <charconv>
 #include <string_view>
 #include <vector>
@@ -110,10 +111,19 @@ void frmMain::LoadCategoryFile() {
     } catch (const Failure&) {
         unreadable = true;
     }
-    // The grid holds what this file gave it and the file is as it was then:
-    // the cells pass through the current cell as a reading would take them,
-    // without being read again.
-    if (opened && FG1.Cols() == kFieldsPerRow && files.ReadsAs(LoadFileNumber, FG1.Revision()) && passCells(FG1)) {
+    const auto describes = [this](std::uint64_t revision) { return files.Describes(revision); };
+    // The grid, or a category kept from before, holds what this file gave it
+    // (or what was written to it), and the file is as it was then: the cells
+    // pass through the current cell as a reading would take them, without
+    // being read again.
+    const std::optional<std::uint64_t> held = opened && FG1.Cols() == kFieldsPerRow ? files.LoadsAs(LoadFileNumber) : std::nullopt;
+    if (held && *held != FG1.Revision()) {
+        if (std::optional<forms::Grid::Texts> kept = keptCategories.take(*held)) {
+            FG1.swapTexts(*kept);
+            keptCategories.keep(std::move(*kept), describes);
+        }
+    }
+    if (held && *held == FG1.Revision() && passCells(FG1)) {
         files.Close(LoadFileNumber);
         ItemRowCount = FG1.Rows();
         UnreadableFiles.erase(path);
@@ -121,6 +131,8 @@ void frmMain::LoadCategoryFile() {
         return;
     }
     // All rows but row 0 go, whatever the file holds; row 0 keeps its texts.
+    // The texts that go are kept while a file holds them, for a switch back.
+    if (FG1.Rows() > 1 && files.Describes(FG1.Revision())) keptCategories.keep(FG1.takeTexts(), describes);
     FG1.setRows(1);
 
     int r = 0;

@@ -339,15 +339,22 @@ bool FileTable::WouldWriteSame(const std::string& path, std::uint64_t revision) 
     return stillHolds(path, k);
 }
 
-bool FileTable::ReadsAs(int n, std::uint64_t revision) {
+std::optional<std::uint64_t> FileTable::LoadsAs(int n) {
     Open& f = get(n);
     // Not read yet, and in the state known at the open.
-    if (!f.in || !f.before || f.len != 0 || f.eof) return false;
+    if (!f.in || !f.before || f.len != 0 || f.eof) return std::nullopt;
     auto it = known_.find(f.path);
-    if (it == known_.end()) return false;
+    if (it == known_.end()) return std::nullopt;
     Known& k = it->second;
-    if (!k.image || !k.image->loads || k.image->revision != revision || !k.state.sameState(*f.before)) return false;
-    return stillHolds(f.path, k);
+    if (!k.image || !k.image->loads || !k.state.sameState(*f.before) || !stillHolds(f.path, k)) return std::nullopt;
+    return k.image->revision;
+}
+
+bool FileTable::Describes(std::uint64_t revision) const {
+    return std::any_of(known_.begin(), known_.end(), [&](const auto& entry) {
+        const std::optional<Image>& image = entry.second.image;
+        return image && image->loads && image->revision == revision;
+    });
 }
 
 bool FileTable::stillHolds(const std::string& path, Known& k) {

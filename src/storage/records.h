@@ -117,9 +117,13 @@ public:
     // Whether writing the holder at this revision to path would give the bytes
     // the file holds now; any doubt answers false.
     bool WouldWriteSame(const std::string& path, std::uint64_t revision);
-    // Whether the file open for reading holds what reading it gave the holder
-    // at this revision, so that reading it again would give the same; any doubt answers false.
-    bool ReadsAs(int n, std::uint64_t revision);
+    // For a file open for reading and not read yet: the revision of the holder
+    // that holds what reading it would give, because that is what it gave the
+    // holder or what the holder wrote to it, and the file is as it was then.
+    // Nothing when in any doubt.
+    std::optional<std::uint64_t> LoadsAs(int n);
+    // Whether some file is known to give, when read, the holder's content at this revision.
+    bool Describes(std::uint64_t revision) const;
 
     // One value and a line end: a text encoded by EncodeField, a number with a
     // blank on either side (a minus sign in place of the first), nothing as nothing.

@@ -339,6 +339,72 @@ TEST(UnchangedCategories, LoadOfWhatTheGridHoldsLeavesWhatAReadingLeaves) {
     EXPECT_TRUE(replayed == read) << "current cell, selection, view, fixed rows or ItemRowCount differ";
 }
 
+// A switch back to a category shown before takes its texts from the store of
+// categories kept, without reading its file: the window ends as a reading of
+// the file leaves it (the same file read with nothing kept).
+TEST(KeptCategories, SwitchBackLeavesWhatAReadingLeaves) {
+    std::optional<LoadedState> states[2];
+    std::string totals[2];
+    for (bool keeping : {true, false}) {
+        Harness h;
+        auto& m = startSettled(h);
+        if (!keeping) m.keptCategories.setLimit(0);
+        h.run([&] { m.lstCategory.setSelected(0); });
+        h.run([&] { m.FG1.setRowHeight(3, 600); });
+        h.run([&] { m.lstCategory.setSelected(1); });
+        h.files.arm(FaultyFiles::Read, -1);
+        h.run([&] { m.lstCategory.setSelected(0); });
+        EXPECT_EQ(h.files.counted() == 0, keeping) << "reads of the file: " << h.files.counted();
+        h.files.disarm();
+        states[keeping] = loadedState(m);
+        totals[keeping] = std::string(m.txtCost.Text()) + " / " + std::string(m.txtValue.Text());
+    }
+    EXPECT_EQ(states[1]->cells, withHeading(items(40, "attic")));
+    EXPECT_TRUE(*states[1] == *states[0]) << "the cells, their styles, the current cell or the focus differ";
+    EXPECT_EQ(totals[1], totals[0]);
+}
+
+// After the switch back, edits give the grid revisions that no file's content
+// was ever known by: as many edits as the other category's load took would
+// otherwise make the grid pass for that category.
+TEST(KeptCategories, EditsAfterASwitchBackNeverPassForAnotherCategory) {
+    Harness h;
+    auto& m = startSettled(h);
+    h.run([&] { m.lstCategory.setSelected(0); });
+    h.run([&] { m.lstCategory.setSelected(1); });
+    const std::uint64_t garage = m.FG1.Revision();
+    h.run([&] { m.lstCategory.setSelected(0); });
+    ASSERT_LT(m.FG1.Revision(), garage);
+    h.run([&] {
+        for (int i = 0; m.FG1.Revision() < garage; ++i) m.FG1.setTextMatrix(1 + i % 40, 6, "edit " + std::to_string(i));
+    });
+    h.run([&] { m.lstCategory.setSelected(1); });
+    EXPECT_EQ(gridCells(m.FG1), withHeading(items(3000, "garage")));
+    h.run([&] { m.lstCategory.setSelected(0); });
+    EXPECT_EQ(m.FG1.TextMatrix(1, 6).substr(0, 5), "edit ");
+}
+
+// The totals of a category switched back to are its own, also among
+// categories of as many rows.
+TEST(KeptCategories, TotalsComeBackWithTheirCategory) {
+    Harness h;
+    const std::vector<std::string> names = {"Attic", "Cellar", "Garage"};
+    h.writeIndex(names);
+    for (std::size_t k = 0; k < names.size(); ++k) {
+        Table t;
+        for (int i = 0; i < 5; ++i) t.push_back({"thing", std::to_string(100 * (k + 1) + i) + ".25", "1", "", "", "", ""});
+        h.writeCategory(names[k], t);
+        settle(h.data(names[k] + ".csv"));
+    }
+    auto& m = h.start();
+    const std::string cost[] = {"$511.25", "$1,011.25", "$1,511.25"};
+    for (int k : {0, 1, 2, 0, 2, 1, 0}) {
+        h.run([&] { m.lstCategory.setSelected(k); });
+        EXPECT_EQ(m.txtCost.Text(), cost[k]) << names[static_cast<std::size_t>(k)];
+        EXPECT_EQ(m.txtValue.Text(), "$5.00");
+    }
+}
+
 // Between two loads the file changes, goes, or can no longer be read: the
 // second load reads (or fails to read) the file as it is.
 struct Between {
@@ -350,18 +416,24 @@ struct Between {
 
 class ChangeBetweenLoads : public ::testing::TestWithParam<Between> {};
 
+// The same while the category is kept and the grid shows another one.
 TEST_P(ChangeBetweenLoads, IsReadForReal) {
-    Harness h;
-    auto& m = startSettled(h);
-    h.run([&] { m.lstCategory.setSelected(0); });
-    const fs::path path = h.data("Attic.csv");
-    GetParam().apply(h, path);
-    h.run([&] { m.LoadCategoryFile(); });
-    EXPECT_EQ(m.FG1.Rows(), GetParam().rows);
-    EXPECT_EQ(m.ItemRowCount, GetParam().rows);
-    EXPECT_EQ(m.UnreadableFiles.count(path.string()), GetParam().unreadable ? 1u : 0u);
-    if (GetParam().rows > 1) {
-        EXPECT_EQ(m.FG1.TextMatrix(1, 0), "changed");
+    for (bool kept : {false, true}) {
+        SCOPED_TRACE(kept ? "kept" : "in the grid");
+        Harness h;
+        auto& m = startSettled(h);
+        h.run([&] { m.lstCategory.setSelected(0); });
+        if (kept) h.run([&] { m.lstCategory.setSelected(1); });
+        const fs::path path = h.data("Attic.csv");
+        GetParam().apply(h, path);
+        if (kept) h.run([&] { m.lstCategory.setSelected(0); });
+        else h.run([&] { m.LoadCategoryFile(); });
+        EXPECT_EQ(m.FG1.Rows(), GetParam().rows);
+        EXPECT_EQ(m.ItemRowCount, GetParam().rows);
+        EXPECT_EQ(m.UnreadableFiles.count(path.string()), GetParam().unreadable ? 1u : 0u);
+        if (GetParam().rows > 1) {
+            EXPECT_EQ(m.FG1.TextMatrix(1, 0), "changed");
+        }
     }
 }
 
