@@ -13,11 +13,8 @@ struct Items : ::testing::Test {
     qm::frmMain* m = nullptr;
 
     void startWith(const std::vector<std::vector<std::string>>& items) {
-        h.writeIndex({"Garage", "Kitchen"});
-        h.writeCategory("Garage", items);
-        h.writeCategory("Kitchen", {{"Kettle", "30"}});
-        m = &h.start();
-        h.selectCategory(0);
+        h.writeCategories({{"Garage", items}, {"Kitchen", {{"Kettle", "30"}}}});
+        m = &h.startAndClick(0);
     }
     std::string file(const std::string& name) { return readFile(h.data(name + ".csv")).value_or("<missing>"); }
 };
@@ -172,10 +169,8 @@ TEST_F(Items, DeleteAllEmptiesTheCategoryAndItsFileAtOnce) {
 }
 
 TEST_F(Items, DeleteAllInTheOnlyCategoryStillLeavesAnEmptyHiddenGrid) {
-    h.writeIndex({"Garage"});
-    h.writeCategory("Garage", {{"Rake"}});
-    m = &h.start();
-    h.selectCategory(0);
+    h.writeCategories({{"Garage", {{"Rake"}}}});
+    m = &h.startAndClick(0);
     h.menu("mnuDelItems");
     EXPECT_EQ(m->ItemRowCount, 1);
     EXPECT_FALSE(m->FG1.Visible());

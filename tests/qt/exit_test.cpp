@@ -21,9 +21,7 @@ private slots:
 namespace {
 
 void writeData(QtHarness& h) {
-    h.core.writeIndex({"Garage", "Kitchen"});
-    h.core.writeCategory("Garage", {{"Drill", "120", "80", "", "", "", "SN1"}});
-    h.core.writeCategory("Kitchen", {{"Pan", "10", "5", "", "", "", ""}});
+    h.core.writeCategories({{"Garage", {{"Drill", "120", "80", "", "", "", "SN1"}}}, {"Kitchen", {{"Pan", "10", "5", "", "", "", ""}}}});
 }
 
 std::string fileText(QtHarness& h, const std::string& name) { return qmtest::readFile(h.core.data(name)).value_or("<missing>"); }

@@ -221,4 +221,31 @@ void Harness::writeCategory(const std::string& name, const std::vector<std::vect
     writeFile(data(name + ".csv"), text);
 }
 
+void Harness::writeCategories(const std::vector<Category>& categories) {
+    std::vector<std::string> names;
+    for (const auto& c : categories) {
+        names.push_back(c.name);
+        writeCategory(c.name, c.items);
+    }
+    writeIndex(names);
+}
+
+qm::frmMain& Harness::startAndOpen(int entry) {
+    start();
+    run([&] { main->lstCategory.setSelected(entry); });
+    return *main;
+}
+
+qm::frmMain& Harness::startAndClick(int entry) {
+    start();
+    selectCategory(entry);
+    return *main;
+}
+
+std::unique_ptr<Harness> Harness::restart() const {
+    auto again = std::make_unique<Harness>(platform.places.dataFolder, platform.places.floppyRoot);
+    again->start();
+    return again;
+}
+
 } // namespace qmtest

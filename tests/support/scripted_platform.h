@@ -172,6 +172,18 @@ public:
     // Writes an index and category files into the data folder.
     void writeIndex(const std::vector<std::string>& names, const std::string& count = "");
     void writeCategory(const std::string& name, const std::vector<std::vector<std::string>>& items);
+    struct Category {
+        std::string name;
+        std::vector<std::vector<std::string>> items; // up to seven cells each
+    };
+    // The index of these categories, in this order, and a file for each.
+    void writeCategories(const std::vector<Category>& categories);
+    // start(), then entry k of the list selected as the program selects it (no gain of focus).
+    qm::frmMain& startAndOpen(int entry);
+    // start(), then a user's click on entry k (selectCategory).
+    qm::frmMain& startAndClick(int entry);
+    // A program started anew on the same folders, with the files this one left.
+    std::unique_ptr<Harness> restart() const;
 
 private:
     std::string dataOverride_, floppyOverride_;
