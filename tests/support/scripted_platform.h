@@ -31,6 +31,10 @@ private:
     std::filesystem::path path_;
 };
 
+// Rows as a category file holds them: the fields of each (as many as it has,
+// but at least `width`) encoded and joined by commas, CR LF after each row.
+std::string recordLines(const std::vector<std::vector<std::string>>& rows, std::size_t width = 0);
+
 // Bytes of a file, or nothing if it isn't there.
 std::optional<std::string> readFile(const std::filesystem::path& p);
 void writeFile(const std::filesystem::path& p, const std::string& bytes);
