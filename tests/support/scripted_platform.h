@@ -165,6 +165,8 @@ public:
     // Paths in the places the program was given (the temporary folders unless others were named).
     std::filesystem::path data(const std::string& name) const { return std::filesystem::path(platform.places.dataFolder) / name; }
     std::filesystem::path floppy(const std::string& name) const { return std::filesystem::path(platform.places.floppyRoot) / name; }
+    // The bytes of a file in the data folder, "<missing>" if it isn't there.
+    std::string text(const std::string& name) const { return readFile(data(name)).value_or("<missing>"); }
 
     // User input, each as one event with its focus events after it.
     void click(forms::Button& b);
