@@ -225,8 +225,7 @@ TEST(IndexReadFaults, EveryReadFaultLeavesTheIndexWhole) {
     for (long k = 0; k < 100; ++k) {
         SCOPED_TRACE("fault at read " + std::to_string(k));
         Harness h;
-        h.writeIndex(names);
-        for (const auto& n : names) h.writeCategory(n, {{n + " item"}});
+        h.writeCategories({{"Alpha", {{"Alpha item"}}}, {"Beta", {{"Beta item"}}}, {"Gamma", {{"Gamma item"}}}});
         h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
         auto& m = h.start();
         const bool fired = h.files.fired();

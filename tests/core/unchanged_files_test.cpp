@@ -181,9 +181,7 @@ Table items(int n, const std::string& where) {
 
 // Both categories on disk with their times far back, the program started.
 qm::frmMain& startSettled(Harness& h, bool settled = true) {
-    h.writeIndex(kNames);
-    h.writeCategory("Attic", items(40, "attic"));
-    h.writeCategory("Garage", items(3000, "garage"));
+    h.writeCategories({{"Attic", items(40, "attic")}, {"Garage", items(3000, "garage")}});
     if (settled)
         for (const auto& n : kNames) settle(h.data(n + ".csv"));
     return h.start();
