@@ -10,15 +10,17 @@ using namespace qmtest;
 
 namespace {
 
+// Colour files, one value each, as the program writes them.
+void writeColours(Harness& h, std::initializer_list<std::pair<const char*, const char*>> files) {
+    for (auto& [name, value] : files) writeFile(h.data(name), std::string(value) + "\r\n");
+}
+
 struct Colours : ::testing::Test {
     Harness h;
-    void writeColours(std::initializer_list<std::pair<const char*, const char*>> files) {
-        for (auto& [name, value] : files) writeFile(h.data(name), std::string(value) + "\r\n");
-    }
 };
 
 TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
-    writeColours({{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
+    writeColours(h, {{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
     auto& m = h.start();
     EXPECT_EQ(m.lblCategory.ForeColor(), 255u);
     EXPECT_EQ(m.lstCategory.BackColor(), 65535u);
@@ -37,15 +39,14 @@ TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
 }
 
 TEST_F(Colours, AMissingFileStopsTheReadingThere) {
-    writeColours({{"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
+    writeColours(h, {{"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
     auto& m = h.start(); // HColor missing: nothing at all
     EXPECT_EQ(m.lstCategory.BackColor(), forms::syscolor::Window);
     EXPECT_EQ(m.T1.BackColor(), 0x0000C000u);
 
     Harness h2;
-    for (auto [name, value] : {std::pair{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}})
-        writeFile(h2.data(name), std::string(value) + "\r\n");
-    writeFile(h2.data("ListBoxText"), "not a colour\r\n");
+    writeColours(h2, {{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"},
+                      {"ListBoxText", "not a colour"}});
     auto& m2 = h2.start(); // four of five
     EXPECT_EQ(m2.T1.ForeColor(), 128u);
     EXPECT_EQ(m2.lstCategory.ForeColor(), forms::syscolor::WindowText);
@@ -83,8 +84,7 @@ TEST_F(Colours, AChosenColourAppliesAtOnceAndComesBackAfterARestart) {
     h.click(m.cmdExit);
 
     Harness again(h.dataDir.place(), h.floppyDir.place());
-    writeFile(again.data("HColor"), "0\r\n");
-    writeFile(again.data("CatColor"), "16777215\r\n");
+    writeColours(again, {{"HColor", "0"}, {"CatColor", "16777215"}});
     auto& m2 = again.start();
     EXPECT_EQ(m2.T1.BackColor(), 0x00123456u);
 }

@@ -22,12 +22,10 @@ struct Backup : ::testing::Test {
     qm::frmMain* m = nullptr;
 
     void startWithBikeCarTools() {
-        h.writeIndex({"Bike", "Car", "Tools"});
-        h.writeCategory("Bike", {{"Bell", "5", "4"}, {"Pump", "20", "15", "Shop, main st"}});
-        h.writeCategory("Car", {{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}});
-        h.writeCategory("Tools", {});
-        m = &h.start();
-        h.selectCategory(1); // Car open
+        h.writeCategories({{"Bike", {{"Bell", "5", "4"}, {"Pump", "20", "15", "Shop, main st"}}},
+                           {"Car", {{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}}},
+                           {"Tools", {}}});
+        m = &h.startAndClick(1); // Car open
     }
 };
 
@@ -61,10 +59,8 @@ TEST_F(Backup, CancelAtTheStartWritesNothing) {
 TEST_F(Backup, SaveWithNoDiskStillEndsWithItsMessageAndHarmsNothing) {
     TempDir data;
     Harness nodisk(data.place(), (data.path() / "no-such-floppy").string() + "/");
-    nodisk.writeIndex({"Bike"});
-    nodisk.writeCategory("Bike", {{"Bell"}});
-    auto& mm = nodisk.start();
-    nodisk.selectCategory(0);
+    nodisk.writeCategories({{"Bike", {{"Bell"}}}});
+    auto& mm = nodisk.startAndClick(0);
     auto before = folderBytes(data.path());
     nodisk.click(mm.cmdSave);
     EXPECT_EQ(nodisk.dialogs.messages.back().text, "Save complete.");

@@ -20,7 +20,6 @@ struct Categories : ::testing::Test {
         m = &h.start();
     }
     std::vector<std::string> entries() { return m->lstCategory.items(); }
-    std::string file(const std::string& name) { return readFile(h.data(name + ".csv")).value_or("<missing>"); }
     const std::string& lastMessage() { return h.dialogs.messages.back().text; }
 };
 
@@ -48,11 +47,11 @@ TEST_F(Categories, AddOpensTheNewCategoryEmptyAndStoresTheIndex) {
     EXPECT_FALSE(m->FG1.Visible());
     EXPECT_EQ(m->txtCost.Text(), "$0.00");
     EXPECT_TRUE(m->cmdAddAsset.hasFocus());
-    EXPECT_EQ(file("Car"), crlf({kHeadingLine}));
+    EXPECT_EQ(h.text("Car.csv"), crlf({kHeadingLine}));
     EXPECT_EQ(readFile(h.data("NumCats.csv")), " 3 \r\n");
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Bike\r\nCar\r\nTools\r\n");
     EXPECT_EQ(m->NewCategoryName, "");
-    EXPECT_NE(file("Bike").find("Bike item"), std::string::npos); // the walks stored the others unchanged
+    EXPECT_NE(h.text("Bike.csv").find("Bike item"), std::string::npos); // the walks stored the others unchanged
 }
 
 // A first run left at once writes a count never assigned, an empty line: no
@@ -104,8 +103,8 @@ TEST_F(Categories, RenamingTheOnlyCategoryKeepsItsItems) {
     h.click(m->cmdRenameCat);
     EXPECT_EQ(entries(), (std::vector<std::string>{"Bicycle"}));
     EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Bike item");
-    EXPECT_EQ(file("Bike"), "<missing>");
-    EXPECT_NE(file("Bicycle").find("Bike item"), std::string::npos);
+    EXPECT_EQ(h.text("Bike.csv"), "<missing>");
+    EXPECT_NE(h.text("Bicycle.csv").find("Bike item"), std::string::npos);
     EXPECT_EQ(readFile(h.data("NumCats.csv")), " 1 \r\n");
 }
 
@@ -133,7 +132,7 @@ TEST_F(Categories, ACategoryWhoseFileCantBeReadIsNotRenamed) {
     h.click(m->cmdRenameCat);
     EXPECT_TRUE(h.dialogs.prompts.empty());
     EXPECT_EQ(entries(), (std::vector<std::string>{"Bike", "Car"}));
-    EXPECT_NE(file("Bike").find("Bike item"), std::string::npos);
+    EXPECT_NE(h.text("Bike.csv").find("Bike item"), std::string::npos);
 }
 
 TEST_F(Categories, DeleteNeedsASelectionAndEndsOnTheLastEntry) {
@@ -144,7 +143,7 @@ TEST_F(Categories, DeleteNeedsASelectionAndEndsOnTheLastEntry) {
     h.click(m->cmdDeleteCategory);
     EXPECT_EQ(entries(), (std::vector<std::string>{"Bike", "Tools"}));
     EXPECT_EQ(m->lstCategory.Text(), "Tools"); // the walk ends on the last entry
-    EXPECT_EQ(file("Car"), "<missing>");
+    EXPECT_EQ(h.text("Car.csv"), "<missing>");
     EXPECT_EQ(readFile(h.data("NumCats.csv")), " 2 \r\n");
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Bike\r\nTools\r\n");
 }
@@ -160,7 +159,7 @@ TEST_F(Categories, AfterTheLastCategoryNothingIsOpenAndNothingIsWrittenUnderItsN
     EXPECT_EQ(m->lblCategory.Caption(), "");
     EXPECT_EQ(m->txtCost.Text(), "");
     h.click(m->cmdExit);
-    EXPECT_EQ(file("Bike"), "<missing>");
+    EXPECT_EQ(h.text("Bike.csv"), "<missing>");
 }
 
 TEST_F(Categories, DeleteAllKeepsColoursPicturesAndHelpButDropsEveryCsv) {
@@ -176,8 +175,7 @@ TEST_F(Categories, DeleteAllKeepsColoursPicturesAndHelpButDropsEveryCsv) {
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), "");
     for (const char* gone : {"Bike.csv", "Car.csv", "BikeBell.csv"}) EXPECT_FALSE(std::filesystem::exists(h.data(gone))) << gone;
     for (const char* keep : {"HColor", "NoPic.jpg", "Readme.htm"}) EXPECT_EQ(readFile(h.data(keep)), "keep");
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    EXPECT_EQ(again.start().lstCategory.ListCount(), 0);
+    EXPECT_EQ(h.restart()->m().lstCategory.ListCount(), 0);
 }
 
 TEST_F(Categories, DeleteAllOnAnEmptyListAsksNothing) {

@@ -19,21 +19,14 @@ void setGrid(qm::frmMain& m, const Table& t) {
             m.FG1.setTextMatrix(static_cast<int>(r), static_cast<int>(c), c < t[r].size() ? t[r][c] : "");
 }
 
-// Starts the program on an index of these names and opens the first one by a click.
-qm::frmMain& startAndOpenFirst(Harness& h, const std::vector<std::string>& names) {
-    if (!names.empty()) h.writeIndex(names);
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
-    return m;
-}
-
 // The worked example: the grid is written as these bytes, Exit leaves them so,
 // and a new start loads them into the same cells and writes them back the same.
 TEST(CategoryFile, WorkedExampleByteForByte) {
     const std::string bytes = crlf({kHeadingLine, "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234", "Wrench,,,,,,"});
     const Table grid = withHeading({{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}, {"Wrench"}});
     Harness h;
-    auto& m = startAndOpenFirst(h, {"Car parts"});
+    h.writeIndex({"Car parts"});
+    auto& m = h.startAndOpen(0);
     h.run([&] {
         setGrid(m, grid);
         m.SaveCategoryFile();
@@ -62,7 +55,8 @@ class LoadCategoryFileTable : public ::testing::TestWithParam<LoadCase> {};
 TEST_P(LoadCategoryFileTable, LeavesTheGridAsTold) {
     const LoadCase& c = GetParam();
     Harness h;
-    auto& m = startAndOpenFirst(h, {"C"});
+    h.writeIndex({"C"});
+    auto& m = h.startAndOpen(0);
     if (c.bytes) writeFile(h.data("C.csv"), *c.bytes);
     else std::filesystem::remove(h.data("C.csv"));
     h.run([&] {
@@ -113,7 +107,8 @@ TEST(CategoryFile, CellsAndNamesRoundTripThroughExitAndStart) {
         {"Caf\xC3\xA9", "\xE2\x82\xAC" "5", "", "", "", "", "\xC3\xA9"},
     };
     Harness h;
-    auto& m = startAndOpenFirst(h, {name});
+    h.writeIndex({name});
+    auto& m = h.startAndOpen(0);
     h.run([&] { setGrid(m, withHeading(items)); });
     h.click(m.cmdExit);
     auto bytes = readFile(h.data(name + ".csv")).value_or("");
@@ -184,7 +179,8 @@ TEST(CategoryFile, LinesOfEveryFormLoadAsTheirFieldsReadOneByOne) {
     const std::vector<std::string> kinds = {",1.00,2.00,Shop,1/1/2000,2/2/2002,SN\r\n", ",1,2,3,4,5,6\n", ",\"a,b\",2,3,4,5,6\r\n",
                                             ", 1,2,3,4,5,6\r\n", ",1,2\r\n", ",1,2,3,4,5,6\r", ",\"\",,,,,\r\n"};
     Harness h;
-    auto& m = startAndOpenFirst(h, {"C"});
+    h.writeIndex({"C"});
+    auto& m = h.startAndOpen(0);
     forms::StdFiles real;
     storage::FileTable reference(real);
     for (std::size_t pad = 0; pad < 60; ++pad) {
@@ -244,8 +240,7 @@ TEST(CategoryFile, NameWithAFolderPartNeverReachesAnotherFolder) {
     writeFile(victim, "not a category\nkeep me\n");
     Harness h(root.place() + "data/", root.place() + "floppy/");
     h.writeIndex({"../victim"});
-    auto& m = h.start();
-    h.selectCategory(0);
+    auto& m = h.startAndClick(0);
     EXPECT_EQ(m.ItemRowCount, 1) << "read another folder's file";
     h.run([&] { setGrid(m, withHeading({{"kept", "1"}})); });
     h.click(m.cmdExit);

@@ -128,35 +128,30 @@ TEST(IndexSave, CountLargerThanTheListIsWrittenBackAsRead) {
     auto& m = h.start();
     EXPECT_EQ(m.lstCategory.ListCount(), 2);
     h.run([&] { m.SaveCategoryList(); });
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    auto& m2 = again.start();
-    EXPECT_EQ(m2.CategoryCount.toInt16(), 5);
-    EXPECT_EQ(entries(m2), (std::vector<std::string>{"Alpha", "Beta"}));
+    auto again = h.restart();
+    EXPECT_EQ(again->m().CategoryCount.toInt16(), 5);
+    EXPECT_EQ(entries(again->m()), (std::vector<std::string>{"Alpha", "Beta"}));
 }
 
 // Names that hold what the record format uses come back as they were typed, and
 // their categories keep their items.
 TEST(IndexSave, AwkwardNamesRoundTripWithTheirItems) {
     const std::vector<std::string> names = {"Tools, misc", " Spaced", "\"Quoted\" name", "5\" disks", "Caf\xC3\xA9"};
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        auto& m = h.start();
-        for (const auto& n : names) {
-            h.writeCategory(n, {{"item of " + n, "1.00"}});
-            h.run([&] {
-                m.lstCategory.AddItem(n);
-                m.CategoryCount = m.CategoryCount.plus(1);
-            });
-        }
-        h.click(m.cmdExit);
-    }
-    Harness h(data.place(), floppy.place());
+    Harness h;
     auto& m = h.start();
-    std::vector<std::string> sorted = entries(m);
+    for (const auto& n : names) {
+        h.writeCategory(n, {{"item of " + n, "1.00"}});
+        h.run([&] {
+            m.lstCategory.AddItem(n);
+            m.CategoryCount = m.CategoryCount.plus(1);
+        });
+    }
+    h.click(m.cmdExit);
+    auto again = h.restart();
+    std::vector<std::string> sorted = entries(again->m());
     EXPECT_EQ(sorted.size(), names.size());
     for (const auto& n : names) EXPECT_NE(std::find(sorted.begin(), sorted.end(), n), sorted.end()) << n;
-    auto seen = openEveryCategory(h);
+    auto seen = openEveryCategory(*again);
     for (const auto& n : names) EXPECT_EQ(seen[n], withHeading({{"item of " + n, "1.00"}})) << n;
 }
 
@@ -180,10 +175,8 @@ TEST(IndexSelection, SelectingTheSelectedEntryRunsNoSwitch) {
 
 TEST(IndexSelection, WalkOverASingleSelectedCategoryStillWritesTheIndex) {
     Harness h;
-    h.writeIndex({"Alpha"});
-    h.writeCategory("Alpha", {{"a1", "5"}});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    h.writeCategories({{"Alpha", {{"a1", "5"}}}});
+    auto& m = h.startAndOpen(0);
     h.run([&] { m.FG1.setTextMatrix(1, 1, "6"); });
     std::filesystem::remove(h.data("CatFiles.csv"));
     h.run([&] { m.SaveCategoryList(); });
@@ -231,24 +224,17 @@ TEST(IndexReadFaults, EveryReadFaultLeavesTheIndexWhole) {
     int faults = 0;
     for (long k = 0; k < 100; ++k) {
         SCOPED_TRACE("fault at read " + std::to_string(k));
-        TempDir data, floppy;
-        bool fired = false;
-        {
-            Harness h(data.place(), floppy.place());
-            h.writeIndex(names);
-            for (const auto& n : names) h.writeCategory(n, {{n + " item"}});
-            h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
-            auto& m = h.start();
-            fired = h.files.fired();
-            h.files.disarm();
-            EXPECT_FALSE(anyFileOpen(m));
-            EXPECT_FALSE(m.CurrentCategory.has_value());
-            h.click(m.cmdExit);
-        }
-        faults += fired;
-        Harness h(data.place(), floppy.place());
+        Harness h;
+        h.writeCategories({{"Alpha", {{"Alpha item"}}}, {"Beta", {{"Beta item"}}}, {"Gamma", {{"Gamma item"}}}});
+        h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
         auto& m = h.start();
-        EXPECT_EQ(entries(m), names);
+        const bool fired = h.files.fired();
+        h.files.disarm();
+        EXPECT_FALSE(anyFileOpen(m));
+        EXPECT_FALSE(m.CurrentCategory.has_value());
+        h.click(m.cmdExit);
+        faults += fired;
+        EXPECT_EQ(entries(h.restart()->m()), names);
         if (!fired || HasFailure()) break;
     }
     EXPECT_GT(faults, 2);
@@ -293,20 +279,13 @@ class UnreadableIndex : public ::testing::TestWithParam<const char*> {};
 // An index file that can't be read at start leaves an empty list; writing that
 // list at exit would drop every category from the program.
 TEST_P(UnreadableIndex, IndexThatCouldNotBeReadIsNotWrittenOver) {
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        h.writeIndex({"Alpha", "Beta"});
-        h.writeCategory("Alpha", {{"a1"}});
-        h.writeCategory("Beta", {{"b1"}});
-        h.files.unreadable.insert(h.data(GetParam()).string());
-        auto& m = h.start();
-        EXPECT_EQ(m.lstCategory.ListCount(), 0);
-        h.click(m.cmdExit);
-    }
-    Harness h(data.place(), floppy.place());
+    Harness h;
+    h.writeCategories({{"Alpha", {{"a1"}}}, {"Beta", {{"b1"}}}});
+    h.files.unreadable.insert(h.data(GetParam()).string());
     auto& m = h.start();
-    EXPECT_EQ(entries(m), (std::vector<std::string>{"Alpha", "Beta"}));
+    EXPECT_EQ(m.lstCategory.ListCount(), 0);
+    h.click(m.cmdExit);
+    EXPECT_EQ(entries(h.restart()->m()), (std::vector<std::string>{"Alpha", "Beta"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Index, UnreadableIndex, ::testing::Values("NumCats.csv", "CatFiles.csv"),

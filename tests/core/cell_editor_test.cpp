@@ -17,12 +17,11 @@ struct Editor : ::testing::Test {
     qm::frmMain* m = nullptr;
 
     void SetUp() override {
-        h.writeIndex({"Tools"});
-        h.writeCategory("Tools", {{"Hammer", "12", "10", "Store", "1/1/2000", "1/1/2001", "abc"},
-                                  {"Saw", "20", "15", "", "", "", ""},
-                                  {"Drill", "100", "80", "", "", "", "x"}});
-        m = &h.start();
-        h.selectCategory(0);
+        h.writeCategories({{"Tools",
+                            {{"Hammer", "12", "10", "Store", "1/1/2000", "1/1/2001", "abc"},
+                             {"Saw", "20", "15", "", "", "", ""},
+                             {"Drill", "100", "80", "", "", "", "x"}}}});
+        m = &h.startAndClick(0);
     }
     void press(int code, char32_t ch = 0) { forms::input::key(h.runtime, m->T1, code, 0, ch); }
     // Opens the editor on a cell the way a click does.
@@ -128,10 +127,8 @@ struct Scrolling : Editor {
         std::vector<std::vector<std::string>> rows;
         for (int i = 1; i <= 30; ++i)
             rows.push_back({"Item " + std::to_string(i), std::to_string(i), "1", "Shop", "", "", "SN" + std::to_string(i)});
-        h.writeIndex({"Long"});
-        h.writeCategory("Long", rows);
-        m = &h.start();
-        h.selectCategory(0);
+        h.writeCategories({{"Long", rows}});
+        m = &h.startAndClick(0);
     }
     void scrollTo(int top) { forms::input::scrollGrid(h.runtime, m->FG1, top, m->FG1.LeftCol()); }
     bool editorOverCurrentCell() {

@@ -13,13 +13,9 @@ struct Items : ::testing::Test {
     qm::frmMain* m = nullptr;
 
     void startWith(const std::vector<std::vector<std::string>>& items) {
-        h.writeIndex({"Garage", "Kitchen"});
-        h.writeCategory("Garage", items);
-        h.writeCategory("Kitchen", {{"Kettle", "30"}});
-        m = &h.start();
-        h.selectCategory(0);
+        h.writeCategories({{"Garage", items}, {"Kitchen", {{"Kettle", "30"}}}});
+        m = &h.startAndClick(0);
     }
-    std::string file(const std::string& name) { return readFile(h.data(name + ".csv")).value_or("<missing>"); }
 };
 
 TEST_F(Items, AddingTheFirstItemToAnEmptyCategoryBringsTheGridBack) {
@@ -38,12 +34,12 @@ TEST_F(Items, AddingTheFirstItemToAnEmptyCategoryBringsTheGridBack) {
     EXPECT_EQ(m->FG1.Row(), 1);
     EXPECT_EQ(m->FG1.Col(), 1);
     EXPECT_TRUE(m->T1.Visible() && m->T1.hasFocus());
-    EXPECT_EQ(file("Garage"), std::string(kHeadingLine) + "\r\nMower,,,,,,\r\n");
+    EXPECT_EQ(h.text("Garage.csv"), std::string(kHeadingLine) + "\r\nMower,,,,,,\r\n");
 }
 
 TEST_F(Items, CancelAddsNothingWritesNothingAndGoesToColumnOneOfTheLastRow) {
     startWith({{"Mower", "100"}, {"Rake", "10"}});
-    auto before = file("Garage");
+    auto before = h.text("Garage.csv");
     std::filesystem::remove(h.data("Garage.csv"));
     h.click(m->cmdAddAsset); // no answer queued: Cancel
     EXPECT_EQ(m->FG1.Rows(), 3);
@@ -87,7 +83,7 @@ TEST_F(Items, AFullCategoryRefusesAnotherItemWithAMessage) {
 
 TEST_F(Items, RenameChangesTheNameCellOnlyInTheGrid) {
     startWith({{"Rake", "10"}, {"Hoe", "5"}});
-    auto before = file("Garage");
+    auto before = h.text("Garage.csv");
     h.dialogs.inputAnswers.push_back("Leaf rake");
     h.run([&] { m->FG1.setRow(1); });
     h.click(m->cmdRenameItem);
@@ -95,7 +91,7 @@ TEST_F(Items, RenameChangesTheNameCellOnlyInTheGrid) {
     EXPECT_EQ(h.dialogs.prompts[0].text, "What would you like to change Rake to?");
     EXPECT_EQ(h.dialogs.prompts[0].title, "");
     EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Leaf rake");
-    EXPECT_EQ(file("Garage"), before);
+    EXPECT_EQ(h.text("Garage.csv"), before);
     h.click(m->cmdRenameItem); // an empty answer changes nothing
     EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Leaf rake");
 }
@@ -140,9 +136,9 @@ TEST_F(Items, DeletingTheLastItemLeavesAnEmptyDisabledGridOnShow) {
     EXPECT_EQ(m->FG1.TextMatrix(0, 0), "Item");
     EXPECT_EQ(m->FG1.ColWidth(6), 3100);
     // The file keeps the item until the next save.
-    EXPECT_NE(file("Garage").find("Rake"), std::string::npos);
+    EXPECT_NE(h.text("Garage.csv").find("Rake"), std::string::npos);
     h.selectCategory(1);
-    EXPECT_EQ(file("Garage"), std::string(kHeadingLine) + "\r\n");
+    EXPECT_EQ(h.text("Garage.csv"), std::string(kHeadingLine) + "\r\n");
 }
 
 TEST_F(Items, DeleteInAnEmptyCategoryNamesTheHeadingAndFindsNoItem) {
@@ -172,10 +168,8 @@ TEST_F(Items, DeleteAllEmptiesTheCategoryAndItsFileAtOnce) {
 }
 
 TEST_F(Items, DeleteAllInTheOnlyCategoryStillLeavesAnEmptyHiddenGrid) {
-    h.writeIndex({"Garage"});
-    h.writeCategory("Garage", {{"Rake"}});
-    m = &h.start();
-    h.selectCategory(0);
+    h.writeCategories({{"Garage", {{"Rake"}}}});
+    m = &h.startAndClick(0);
     h.menu("mnuDelItems");
     EXPECT_EQ(m->ItemRowCount, 1);
     EXPECT_FALSE(m->FG1.Visible());

@@ -27,11 +27,8 @@ struct Pictures : ::testing::Test {
         writeFile(jack, "PIC 1440 720");
         writeFile(wrench, "PIC 2880 1440");
         writeFile(stock, "PIC 4365 2475");
-        h.writeIndex({"Car parts", "Carparts"});
-        h.writeCategory("Car parts", {{"Jack", "25"}, {"Wrench", "5"}, {"", "1"}});
-        h.writeCategory("Carparts", {{"x"}});
-        m = &h.start();
-        h.selectCategory(0);
+        h.writeCategories({{"Car parts", {{"Jack", "25"}, {"Wrench", "5"}, {"", "1"}}}, {"Carparts", {{"x"}}}});
+        m = &h.startAndClick(0);
     }
     void open(int row, int col) { forms::input::clickCell(h.runtime, m->FG1, row, col); }
     // The user ticks the check box if the window isn't up, then uses its button.

@@ -13,8 +13,7 @@ struct Printing : ::testing::Test {
     Harness h;
     qm::frmMain* m = nullptr;
     void startWith(const std::vector<std::vector<std::string>>& items) {
-        h.writeIndex({"Car parts"});
-        h.writeCategory("Car parts", items);
+        h.writeCategories({{"Car parts", items}});
         m = &h.start();
     }
 };

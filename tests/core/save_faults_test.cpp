@@ -48,44 +48,38 @@ TEST_P(SaveFaults, OldFilesStandWholeAtEveryFault) {
     int faults = 0;
     for (long k = 0; k < 1000; ++k) {
         SCOPED_TRACE(saveName(save) + ", fault at operation " + std::to_string(k));
-        TempDir data, floppy;
-        std::map<std::string, std::string> before;
-        bool fired = false;
-        {
-            Harness h(data.place(), floppy.place());
-            h.writeIndex(kNames);
-            for (const auto& [name, items] : kItems) h.writeCategory(name, items);
-            for (const auto& n : folderNames(data.path())) before[n] = readFile(data.path() / n).value();
-            auto& m = h.start();
-            h.run([&] { m.lstCategory.setText(kEdited); });
-            h.run([&] { m.FG1.setTextMatrix(1, 2, "175.00"); });
-            h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
-            switch (save) {
-            case Save::CategoryList: h.run([&] { m.SaveCategoryList(); }); break;
-            case Save::Exit: h.click(m.cmdExit); break;
-            }
-            fired = h.files.fired();
-            h.files.disarm();
+        Harness h;
+        const std::filesystem::path data = h.dataDir.path();
+        h.writeIndex(kNames);
+        for (const auto& [name, items] : kItems) h.writeCategory(name, items);
+        auto before = folderBytes(data);
+        auto& m = h.start();
+        h.run([&] { m.lstCategory.setText(kEdited); });
+        h.run([&] { m.FG1.setTextMatrix(1, 2, "175.00"); });
+        h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
+        switch (save) {
+        case Save::CategoryList: h.run([&] { m.SaveCategoryList(); }); break;
+        case Save::Exit: h.click(m.cmdExit); break;
         }
+        const bool fired = h.files.fired();
+        h.files.disarm();
         faults += fired;
 
         // On disk: nothing cut, nothing left over, only the edited category may have changed.
-        EXPECT_TRUE(leftoverTemporaries(data.path()).empty());
-        for (const auto& n : folderNames(data.path())) {
-            const std::string now = readFile(data.path() / n).value_or("<unreadable>");
+        EXPECT_TRUE(leftoverTemporaries(data).empty());
+        for (const auto& [n, now] : folderBytes(data)) {
             if (n == ".csv") continue; // the grid of no category, from the first switch
             ASSERT_TRUE(before.count(n)) << "unexpected file " << n;
             if (n == kEdited + ".csv" || n == "NumCats.csv") continue; // checked below
             EXPECT_EQ(now, before[n]) << n;
         }
-        const std::string count = readFile(data.path() / "NumCats.csv").value_or("<missing>");
+        const std::string count = readFile(data / "NumCats.csv").value_or("<missing>");
         EXPECT_TRUE(count == " 4 \r\n" || count == "4 \r\n") << count;
 
         // What a new start shows.
-        Harness fresh(data.place(), floppy.place());
-        auto& m = fresh.start();
-        EXPECT_EQ(m.lstCategory.items(), kNames);
-        auto seen = openEveryCategory(fresh);
+        auto fresh = h.restart();
+        EXPECT_EQ(fresh->m().lstCategory.items(), kNames);
+        auto seen = openEveryCategory(*fresh);
         for (const auto& [name, items] : kItems) {
             const bool edited = name == kEdited && seen[name] == editedTable();
             EXPECT_TRUE(edited || seen[name] == withHeading(items)) << name;

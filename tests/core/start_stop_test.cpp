@@ -71,8 +71,8 @@ TEST(Exit, WithNoCategoriesWritesAnEmptyIndexAndTheHeadingFile) {
         EXPECT_FALSE(m.form.Visible());
         EXPECT_EQ(folderBytes(h.dataDir.path()),
                   (std::map<std::string, std::string>{{".csv", crlf({kHeadingLine})}, {"CatFiles.csv", ""}, {"NumCats.csv", c.numCatsAfter}}));
-        Harness again(h.dataDir.place(), h.floppyDir.place());
-        auto& m2 = again.start();
+        auto again = h.restart();
+        auto& m2 = again->m();
         EXPECT_EQ(m2.lstCategory.ListCount(), 0);
         EXPECT_EQ(m2.CategoryCount.asText(), c.countAfter);
         EXPECT_EQ(m2.CategoryCount.plus(1).toInt16(), 1); // an empty count adds up as 0
@@ -171,9 +171,7 @@ class EndRoads : public ::testing::TestWithParam<Road> {};
 TEST_P(EndRoads, LeaveTheSameFilesAsExit) {
     auto run = [](Road road, std::map<std::string, std::string>& files, int& ends, long& writesAfter) {
         Harness h;
-        h.writeIndex({"Alpha", "Beta"});
-        h.writeCategory("Alpha", {{"a1", "1"}});
-        h.writeCategory("Beta", {{"b1", "2"}});
+        h.writeCategories({{"Alpha", {{"a1", "1"}}}, {"Beta", {{"b1", "2"}}}});
         auto& m = h.start();
         h.selectCategory(0);
         h.run([&] { m.FG1.setTextMatrix(1, 1, "7"); });

@@ -36,8 +36,7 @@ class SwitchPlaces : public Places, public ::testing::WithParamInterface<FlagCas
 
 TEST_P(SwitchPlaces, EachSaveAndLoadTouchesItsPlace) {
     const FlagCase& c = GetParam();
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    auto& m = h.startAndOpen(0);
     h.run([&] { m.FG1.setTextMatrix(1, 3, "edited"); });
     seed();
     m.WriteToFloppy = c.writeToFloppy;
@@ -99,8 +98,7 @@ TEST_F(Places, CategoryReadOnlyInPartIsNotCopiedInPart_SuspectedBug) {
     std::string big = std::string(kHeadingLine) + "\r\n";
     for (int i = 1; i <= 32800; ++i) big += "item " + std::to_string(i) + ",,,,,,\r\n";
     writeFile(h.data("A.csv"), big);
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    auto& m = h.startAndOpen(0);
     m.WriteToFloppy = true;
     h.run([&] { m.SaveCategoryList(); });
     const auto copy = readFile(h.floppy("A.csv"));
@@ -113,10 +111,8 @@ TEST_F(Places, CategoryReadOnlyInPartIsNotCopiedInPart_SuspectedBug) {
 // The caption, totals, grid and editor a click shows: the GUI category and typing tests.
 TEST(Switch, ToACategoryWithItemsBringsTheGridBackFromItsParkingPlace) {
     Harness h;
-    h.writeIndex({"Tools"});
-    h.writeCategory("Tools", {{"Saw", "10.00", "8.00"}, {"Drill", "2.50", "1.25", "", "", "", "SN 9"}});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    h.writeCategories({{"Tools", {{"Saw", "10.00", "8.00"}, {"Drill", "2.50", "1.25", "", "", "", "SN 9"}}}});
+    auto& m = h.startAndOpen(0);
     EXPECT_EQ(m.ItemRowCount, 3);
     EXPECT_EQ(m.FG1.FixedRows(), 1);
     EXPECT_EQ(m.FG1.FixedCols(), 1);
@@ -129,8 +125,7 @@ TEST(Switch, ToAHeadingOnlyFileChangesNothingInIt) {
     Harness h;
     h.writeIndex({"Bare"});
     writeFile(h.data("Bare.csv"), crlf({"N,C,V,L,D,W,S"}));
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    auto& m = h.startAndOpen(0);
     EXPECT_EQ(m.ItemRowCount, 1);
     EXPECT_FALSE(m.FG1.Visible());
     EXPECT_EQ(readFile(h.data("Bare.csv")), crlf({"N,C,V,L,D,W,S"}));
@@ -141,8 +136,7 @@ TEST(Switch, FirstSwitchAfterTheStartTouchesNoCategoryButItsOwn) {
     Harness h;
     h.writeIndex({"Alpha", "Beta"});
     writeFile(h.data("Beta.csv"), lfCategory({"b,,,,,,"}));
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    h.startAndOpen(0);
     EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
     EXPECT_EQ(readFile(h.data("Beta.csv")), lfCategory({"b,,,,,,"}));
     EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
@@ -167,10 +161,8 @@ TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
     const KeptCase& c = GetParam();
     Harness h;
     const std::vector<std::string> names = {"A", "B", "C"};
-    h.writeIndex(names);
-    for (const auto& n : names) h.writeCategory(n, {{n + "1", "1"}});
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(1); });
+    h.writeCategories({{"A", {{"A1", "1"}}}, {"B", {{"B1", "1"}}}, {"C", {{"C1", "1"}}}});
+    auto& m = h.startAndOpen(1);
     h.run([&] { m.FG1.setTextMatrix(1, 3, "edited"); });
     const std::size_t told = h.dialogs.messages.size();
     h.files.persistent = true;
@@ -197,10 +189,9 @@ TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
     }
 
     if (!m.ended()) h.click(m.cmdExit);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    again.start();
-    EXPECT_EQ(again.m().lstCategory.items(), names);
-    EXPECT_EQ(openEveryCategory(again)["B"], withHeading(c.expectedB));
+    auto again = h.restart();
+    EXPECT_EQ(again->m().lstCategory.items(), names);
+    EXPECT_EQ(openEveryCategory(*again)["B"], withHeading(c.expectedB));
 }
 
 const Table kEditedB = {{"B1", "1", "", "edited"}};
@@ -253,8 +244,7 @@ TEST(SwitchPicture, StockPictureIsShownAndFrmPicMadeHidden) {
     Harness h;
     h.writeIndex({"Empty"});
     writeFile(h.data("NoPic.jpg"), "PIC 1000 800");
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    auto& m = h.startAndOpen(0);
     ASSERT_TRUE(m.hasPic());
     EXPECT_FALSE(m.Pic().form.Visible());
     auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
@@ -267,11 +257,10 @@ class UnreadableStockPicture : public ::testing::TestWithParam<const char*> {};
 // A stock picture that is missing or no picture gives a plain placeholder, and the switch goes on.
 TEST_P(UnreadableStockPicture, DoesNotStopTheSwitch) {
     Harness h;
-    h.writeIndex({"Empty", "Tools"});
+    h.writeIndex({"Empty", "Tools"}); // no file for "Empty"
     h.writeCategory("Tools", {{"Saw", "10.00"}});
     if (*GetParam()) writeFile(h.data("NoPic.jpg"), GetParam());
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
+    auto& m = h.startAndOpen(0);
     auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
     ASSERT_NE(pic, nullptr);
     EXPECT_EQ(pic->path, "<placeholder>");

@@ -144,8 +144,7 @@ struct TotalsTest : ::testing::Test {
         for (const auto& r : money) lines.push_back("item,\"" + r.at(0) + "\",\"" + r.at(1) + "\",,,,");
         h.writeIndex({"Cat"});
         writeFile(h.data("Cat.csv"), crlf(lines));
-        m = &h.start();
-        h.run([&] { m->lstCategory.setSelected(0); });
+        m = &h.startAndOpen(0);
     }
     void update() {
         h.run([&] { m->UpdateTotals(); });

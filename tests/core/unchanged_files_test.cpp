@@ -181,25 +181,10 @@ Table items(int n, const std::string& where) {
 
 // Both categories on disk with their times far back, the program started.
 qm::frmMain& startSettled(Harness& h, bool settled = true) {
-    h.writeIndex(kNames);
-    h.writeCategory("Attic", items(40, "attic"));
-    h.writeCategory("Garage", items(3000, "garage"));
+    h.writeCategories({{"Attic", items(40, "attic")}, {"Garage", items(3000, "garage")}});
     if (settled)
         for (const auto& n : kNames) settle(h.data(n + ".csv"));
     return h.start();
-}
-
-std::string fileOf(const Table& cells) {
-    std::string s;
-    for (const Row& row : cells) {
-        std::string line;
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            if (c) line += ',';
-            storage::AppendField(line, row[c]);
-        }
-        s += line + "\r\n";
-    }
-    return s;
 }
 
 TEST(UnchangedCategories, SwitchesLeaveTheirFilesInPlaceAndOpenNoneForWriting) {
@@ -234,7 +219,7 @@ TEST_P(EditAfterLoad, NextSaveWritesTheGrid) {
         m.SaveCategoryFile();
     });
     EXPECT_FALSE(m.SaveFailed);
-    EXPECT_EQ(readFile(h.data("Garage.csv")).value(), fileOf(gridCells(m.FG1)));
+    EXPECT_EQ(readFile(h.data("Garage.csv")).value(), recordLines(gridCells(m.FG1)));
     EXPECT_NE(gridCells(m.FG1), withHeading(items(3000, "garage")));
 }
 
@@ -258,7 +243,7 @@ TEST_P(IrregularFile, IsWrittenInTheGridsForm) {
     settle(h.data("Attic.csv"));
     auto& m = h.start();
     h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(readFile(h.data("Attic.csv")).value(), fileOf(gridCells(m.FG1)));
+    EXPECT_EQ(readFile(h.data("Attic.csv")).value(), recordLines(gridCells(m.FG1)));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -21,10 +21,10 @@ private slots:
 namespace {
 
 void writeTwoCategories(QtHarness& h) {
-    h.core.writeIndex({"Garage", "Kitchen"});
-    h.core.writeCategory("Garage", {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
-                                    {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"}});
-    h.core.writeCategory("Kitchen", {});
+    h.core.writeCategories({{"Garage",
+                             {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
+                              {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"}}},
+                            {"Kitchen", {}}});
 }
 
 } // namespace
@@ -32,10 +32,8 @@ void writeTwoCategories(QtHarness& h) {
 void CategoryTest::clickOnEntryOpensTheCategoryAndAnEmptyOneShowsNoGrid() {
     QtHarness h;
     writeTwoCategories(h);
-    QVERIFY(h.start());
+    QVERIFY(h.startAndClick(0));
     auto& m = h.m();
-
-    h.clickListEntry(0);
 
     QCOMPARE(m.CurrentCategory.value_or(""), std::string("Garage"));
     QCOMPARE(h.list()->currentRow(), 0);

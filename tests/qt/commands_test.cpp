@@ -53,8 +53,7 @@ private slots:
 
 void CommandsTest::addRenameAndDeleteThroughThePrompts() {
     QtHarness h(qttest::RealPorts{.dialogs = true});
-    h.core.writeIndex({"Garage"});
-    h.core.writeCategory("Garage", {{"Drill", "120", "80", "Shop", "2001", "", "SN1"}});
+    h.core.writeCategories({{"Garage", {{"Drill", "120", "80", "Shop", "2001", "", "SN1"}}}});
     QVERIFY(h.start());
     auto& m = h.m();
 
@@ -128,9 +127,7 @@ void CommandsTest::refusedNamesAreToldAndChangeNothing() {
     QFETCH(QString, name);
     QFETCH(QString, message);
     QtHarness h(qttest::RealPorts{.dialogs = true});
-    h.core.writeIndex({"Garage", "Kitchen"});
-    h.core.writeCategory("Garage", {{"Drill", "120", "80", "Shop", "2001", "", "SN1"}});
-    h.core.writeCategory("Kitchen", {});
+    h.core.writeCategories({{"Garage", {{"Drill", "120", "80", "Shop", "2001", "", "SN1"}}}, {"Kitchen", {}}});
     QVERIFY(h.start());
     const auto indexBefore = readFile(h.core.data("CatFiles.csv"));
 
@@ -154,13 +151,11 @@ void CommandsTest::refusedNamesAreToldAndChangeNothing() {
 
 void CommandsTest::saveToFloppyAndLoadItBack() {
     QtHarness h(qttest::RealPorts{.dialogs = true});
-    h.core.writeIndex({"Bike", "Car", "Tools"});
-    h.core.writeCategory("Bike", {{"Bell", "5", "2", "Shop", "1999", "", "red"}, {"Lamp", "12.50", "10", "", "", "", ""}});
-    h.core.writeCategory("Car", {});
-    h.core.writeCategory("Tools", qttest::itemRows(3));
-    QVERIFY(h.start());
+    h.core.writeCategories({{"Bike", {{"Bell", "5", "2", "Shop", "1999", "", "red"}, {"Lamp", "12.50", "10", "", "", "", ""}}},
+                            {"Car", {}},
+                            {"Tools", qttest::itemRows(3)}});
+    QVERIFY(h.startAndClick(1));
     auto& m = h.m();
-    h.clickListEntry(1);
 
     {   // Save: the prompt, then the end.
         ModalBoxes boxes;

@@ -20,14 +20,6 @@ private slots:
 
 namespace {
 
-void writeData(QtHarness& h) {
-    h.core.writeIndex({"Garage", "Kitchen"});
-    h.core.writeCategory("Garage", {{"Drill", "120", "80", "", "", "", "SN1"}});
-    h.core.writeCategory("Kitchen", {{"Pan", "10", "5", "", "", "", ""}});
-}
-
-std::string fileText(QtHarness& h, const std::string& name) { return qmtest::readFile(h.core.data(name)).value_or("<missing>"); }
-
 // A category open by a click on its entry, with the cell editor (on the item's
 // last cell) holding the focus.
 QLineEdit* openCellEditor(QtHarness& h, int entry) {
@@ -56,7 +48,7 @@ void ExitTest::everyWayOutStoresAndEndsOnce() {
     QFETCH(QString, file);
     QFETCH(QString, line);
     QtHarness h;
-    writeData(h);
+    h.core.writeCategories({{"Garage", {{"Drill", "120", "80", "", "", "", "SN1"}}}, {"Kitchen", {{"Pan", "10", "5", "", "", "", ""}}}});
     QVERIFY(h.start());
     auto& m = h.m();
     QLineEdit* t1 = nullptr;
@@ -86,10 +78,10 @@ void ExitTest::everyWayOutStoresAndEndsOnce() {
     // The index and both categories were written by the exit.
     QCOMPARE(h.core.program.ends, 1);
     QVERIFY(m.ended());
-    QCOMPARE(fileText(h, "CatFiles.csv"), std::string("Garage\r\nKitchen\r\n"));
-    QVERIFY(fileText(h, "NumCats.csv").find('2') != std::string::npos);
+    QCOMPARE(h.core.text("CatFiles.csv"), std::string("Garage\r\nKitchen\r\n"));
+    QVERIFY(h.core.text("NumCats.csv").find('2') != std::string::npos);
     QVERIFY(!h.topWidget()->isVisible());
-    if (!file.isEmpty()) QVERIFY(fileText(h, file.toStdString()).find(line.toStdString() + "\r\n") != std::string::npos);
+    if (!file.isEmpty()) QVERIFY(h.core.text(file.toStdString()).find(line.toStdString() + "\r\n") != std::string::npos);
     // A second request finds the exit done.
     h.topWidget()->close();
     QCOMPARE(h.core.program.ends, 1);
@@ -111,7 +103,7 @@ void ExitTest::menuKeysReachTheMenuFromTextBoxes() {
     QFETCH(int, modifiers);
     QFETCH(QString, entry);
     QtHarness h;
-    writeData(h);
+    h.core.writeCategories({{"Garage", {{"Drill", "120", "80", "", "", "", "SN1"}}}, {"Kitchen", {{"Pan", "10", "5", "", "", "", ""}}}});
     QVERIFY(h.start());
     QLineEdit* t1 = openCellEditor(h, 0);
     QVERIFY(t1);

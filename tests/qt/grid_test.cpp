@@ -33,11 +33,8 @@ QRect modelCellRect(QtHarness& h) {
 
 // A category of n items, opened by a click on its entry.
 bool openShelf(QtHarness& h, int n) {
-    h.core.writeIndex({"Shelf"});
-    h.core.writeCategory("Shelf", qttest::itemRows(n));
-    if (!h.start()) return false;
-    h.clickListEntry(0);
-    return true;
+    h.core.writeCategories({{"Shelf", qttest::itemRows(n)}});
+    return h.startAndClick(0);
 }
 
 // A form with a bare grid, for the adapter alone.
@@ -150,12 +147,9 @@ void GridTest::cellsLieWhereTheGridsNumbersPutThem() {
 
 void GridTest::categoryOf32767RowsOpens() {
     QtHarness h;
-    h.core.writeIndex({"Big", "Small"});
-    h.core.writeCategory("Big", qttest::itemRows(forms::Grid::kMaxRows - 1));
-    h.core.writeCategory("Small", qttest::itemRows(3));
-    QVERIFY(h.start());
+    h.core.writeCategories({{"Big", qttest::itemRows(forms::Grid::kMaxRows - 1)}, {"Small", qttest::itemRows(3)}});
+    QVERIFY(h.startAndClick(1));
     auto& m = h.m();
-    h.clickListEntry(1);
     auto* model = h.grid()->gridModel();
     const int told = model->resets() + model->dataChanges();
 

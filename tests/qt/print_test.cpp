@@ -127,10 +127,8 @@ void PrintTest::categoryPrintsAsLabelledLines() {
         {"Saw", "", "999.99", "", "2002", "", "blade, 24 teeth"},
         {"", "", "", "", "", "", ""},
     };
-    h.core.writeIndex({"Garage"});
-    h.core.writeCategory("Garage", items);
-    QVERIFY(h.start());
-    h.clickListEntry(0);
+    h.core.writeCategories({{"Garage", items}});
+    QVERIFY(h.startAndClick(0));
     h.click(h.m().cmdPrint);
 
     QCOMPARE(h.core.dialogs.messages.size(), std::size_t(1));
@@ -156,10 +154,8 @@ void PrintTest::longCategoryRunsOnOverPages() {
     HomeAt home;
     QtHarness h(qttest::RealPorts{.printer = true});
     const auto items = qttest::itemRows(40);
-    h.core.writeIndex({"Stock"});
-    h.core.writeCategory("Stock", items);
-    QVERIFY(h.start());
-    h.clickListEntry(0);
+    h.core.writeCategories({{"Stock", items}});
+    QVERIFY(h.startAndClick(0));
     h.click(h.m().cmdPrint);
 
     const QList<QStringList> pages = pdfPages(QDir(home.documents()).filePath("Stock.pdf"));

@@ -97,9 +97,7 @@ void SmallWindowsTest::opensAndClosesAgain() {
     QFETCH(bool, byWindowManager);
     const SmallWindow& w = kWindows[window];
     QtHarness h;
-    h.core.writeIndex({"Garage", "Kitchen"});
-    h.core.writeCategory("Garage", qttest::itemRows(2));
-    h.core.writeCategory("Kitchen", {});
+    h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
     // The help page as the program ships it.
     std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
                                h.core.data("Readme.htm"));

@@ -31,11 +31,8 @@ struct Typing {
     bool started = false;
 
     explicit Typing(const Rows& items = kGarage) {
-        h.core.writeIndex({"Garage", "Kitchen"});
-        h.core.writeCategory("Garage", items);
-        h.core.writeCategory("Kitchen", {});
-        if (!h.start()) return;
-        h.clickListEntry(0);
+        h.core.writeCategories({{"Garage", items}, {"Kitchen", {}}});
+        if (!h.startAndClick(0)) return;
         QtHarness::settle(); // the view lays out its scroll bars when the loop runs
         started = true;
     }
@@ -341,8 +338,7 @@ void TypingTest::typedTextIsInTheFileAfterASwitchAndAfterExit() {
 
     // What the program reads back from the file at its next start.
     qmtest::Harness again(t.h.core.dataDir.place(), t.h.core.floppyDir.place());
-    auto& m2 = again.start();
-    again.selectCategory(0);
+    auto& m2 = again.startAndClick(0);
     QCOMPARE(m2.FG1.TextMatrix(2, 5), std::string("Warranty 5y"));
     QCOMPARE(m2.FG1.TextMatrix(3, 4), std::string(" a, \"b\" "));
     QCOMPARE(m2.FG1.TextMatrix(1, 6), std::string("SN1-b"));

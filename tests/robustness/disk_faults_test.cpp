@@ -179,8 +179,7 @@ TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
     std::map<std::string, std::string> before;
     {
         Harness h(place, floppy.place());
-        qm::frmMain& m = h.start();
-        h.selectCategory(3); // stores the whole database once, as it stands
+        qm::frmMain& m = h.startAndClick(3); // stores the whole database once, as it stands
         before = folderContents(data);
         fillUp(fs.path() / "filler");
         forms::input::clickCell(h.runtime, m.FG1, 1, 1);
@@ -199,8 +198,7 @@ TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
     EXPECT_EQ(r.list.size(), 24u);
     {
         Harness h(place, floppy.place());
-        qm::frmMain& m = h.start();
-        h.selectCategory(3);
+        qm::frmMain& m = h.startAndClick(3);
         forms::input::clickCell(h.runtime, m.FG1, 1, 1);
         forms::input::text(h.runtime, m.T1, U"7");
         h.click(m.cmdExit);

@@ -37,9 +37,7 @@ TEST(HostileFiles, NulBytesAndBrokenUtf8InCellsComeBackByteForByte) {
 TEST(HostileFiles, BrokenUtf8InACategoryNameKeepsItsOwnFile) {
     Harness h;
     const std::string name = "Bad \xff\xc3(";
-    h.writeIndex({name, "Good"});
-    h.writeCategory(name, {{"odd item", "1"}});
-    h.writeCategory("Good", {{"good item", "2"}});
+    h.writeCategories({{name, {{"odd item", "1"}}}, {"Good", {{"good item", "2"}}}});
     useAndExit(h);
     auto seen = categoriesAfterRestart(h);
     EXPECT_EQ(seen[name], withHeading({{"odd item", "1"}}));
@@ -96,10 +94,9 @@ TEST(HostileFiles, ANameOf10000CharactersStaysListedAndHarmsNothing) {
     h.writeIndex({longName, "Good"});
     h.writeCategory("Good", {{"good item", "2"}});
     useAndExit(h);
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    qm::frmMain& m = again.start();
-    EXPECT_EQ(m.lstCategory.items(), (std::vector<std::string>{"Good", longName}));
-    EXPECT_EQ(openEveryCategory(again)["Good"], withHeading({{"good item", "2"}}));
+    auto again = h.restart();
+    EXPECT_EQ(again->m().lstCategory.items(), (std::vector<std::string>{"Good", longName}));
+    EXPECT_EQ(openEveryCategory(*again)["Good"], withHeading({{"good item", "2"}}));
 }
 
 } // namespace

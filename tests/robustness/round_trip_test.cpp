@@ -133,35 +133,27 @@ void expectAllTables(Harness& h, const char* when) {
 }
 
 TEST(RoundTrip, EveryTextAsACellAndAnItemNameComesBackUnchanged) {
-    TempDir data, floppy;
-    {
-        Harness h(data.place(), floppy.place());
-        std::vector<std::string> names;
-        for (int b = 0; b < kBatches; ++b) names.push_back(batchName(b));
-        h.writeIndex(names);
-        qm::frmMain& m = h.start();
-        for (int b = 0; b < kBatches; ++b) {
-            h.run([&] { m.lstCategory.setText(batchName(b)); });
-            const Table t = expectedTable(b);
-            h.run([&] {
-                m.FG1.setRows(static_cast<int>(t.size()));
-                for (std::size_t r = 1; r < t.size(); ++r)
-                    for (std::size_t c = 0; c < 7; ++c) m.FG1.setTextMatrix(static_cast<int>(r), static_cast<int>(c), t[r][c]);
-                m.ItemRowCount = m.FG1.Rows();
-            });
-        }
-        h.click(m.cmdExit);
+    Harness h;
+    std::vector<std::string> names;
+    for (int b = 0; b < kBatches; ++b) names.push_back(batchName(b));
+    h.writeIndex(names);
+    qm::frmMain& m = h.start();
+    for (int b = 0; b < kBatches; ++b) {
+        h.run([&] { m.lstCategory.setText(batchName(b)); });
+        const Table t = expectedTable(b);
+        h.run([&] {
+            m.FG1.setRows(static_cast<int>(t.size()));
+            for (std::size_t r = 1; r < t.size(); ++r)
+                for (std::size_t c = 0; c < 7; ++c) m.FG1.setTextMatrix(static_cast<int>(r), static_cast<int>(c), t[r][c]);
+            m.ItemRowCount = m.FG1.Rows();
+        });
     }
-    {
-        Harness h(data.place(), floppy.place());
-        h.start();
-        expectAllTables(h, "after a restart");
-        throughTheFloppy(h);
-        h.click(h.m().cmdExit);
-    }
-    Harness h(data.place(), floppy.place());
-    h.start();
-    expectAllTables(h, "after the floppy");
+    h.click(m.cmdExit);
+    auto again = h.restart();
+    expectAllTables(*again, "after a restart");
+    throughTheFloppy(*again);
+    again->click(again->m().cmdExit);
+    expectAllTables(*again->restart(), "after the floppy");
     RecordProperty("texts", kTexts);
 }
 
@@ -173,8 +165,7 @@ TEST(RoundTrip, TextsEnteredThroughTheCommandsComeBackUnchanged) {
         if (!t[i].empty()) sample.push_back(t[i]);
     Harness h;
     h.writeIndex({"Typed"});
-    qm::frmMain& m = h.start();
-    h.selectCategory(0);
+    qm::frmMain& m = h.startAndClick(0);
     for (const auto& text : sample) {
         h.dialogs.inputAnswers.push_back(text);
         h.click(m.cmdAddAsset);

@@ -1,5 +1,6 @@
 #include "support/scripted_platform.h"
 
+#include <algorithm>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -27,6 +28,18 @@ TempDir::~TempDir() {
     std::error_code ec;
     fs::permissions(path_, fs::perms::owner_all, fs::perm_options::add, ec);
     fs::remove_all(path_, ec);
+}
+
+std::string recordLines(const std::vector<std::vector<std::string>>& rows, std::size_t width) {
+    std::string text;
+    for (const auto& row : rows) {
+        for (std::size_t c = 0; c < std::max(width, row.size()); ++c) {
+            if (c) text += ',';
+            if (c < row.size()) storage::AppendField(text, row[c]);
+        }
+        text += "\r\n";
+    }
+    return text;
 }
 
 std::optional<std::string> readFile(const fs::path& p) {
@@ -209,16 +222,34 @@ void Harness::writeIndex(const std::vector<std::string>& names, const std::strin
 }
 
 void Harness::writeCategory(const std::string& name, const std::vector<std::vector<std::string>>& items) {
-    std::string text = std::string(kHeadingLine) + "\r\n";
-    for (const auto& row : items) {
-        std::string line;
-        for (std::size_t c = 0; c < 7; ++c) {
-            if (c) line += ',';
-            if (c < row.size()) storage::AppendField(line, row[c]);
-        }
-        text += line + "\r\n";
+    writeFile(data(name + ".csv"), std::string(kHeadingLine) + "\r\n" + recordLines(items, 7));
+}
+
+void Harness::writeCategories(const std::vector<Category>& categories) {
+    std::vector<std::string> names;
+    for (const auto& c : categories) {
+        names.push_back(c.name);
+        writeCategory(c.name, c.items);
     }
-    writeFile(data(name + ".csv"), text);
+    writeIndex(names);
+}
+
+qm::frmMain& Harness::startAndOpen(int entry) {
+    start();
+    run([&] { main->lstCategory.setSelected(entry); });
+    return *main;
+}
+
+qm::frmMain& Harness::startAndClick(int entry) {
+    start();
+    selectCategory(entry);
+    return *main;
+}
+
+std::unique_ptr<Harness> Harness::restart() const {
+    auto again = std::make_unique<Harness>(platform.places.dataFolder, platform.places.floppyRoot);
+    again->start();
+    return again;
 }
 
 } // namespace qmtest

@@ -31,6 +31,10 @@ private:
     std::filesystem::path path_;
 };
 
+// Rows as a category file holds them: the fields of each (as many as it has,
+// but at least `width`) encoded and joined by commas, CR LF after each row.
+std::string recordLines(const std::vector<std::vector<std::string>>& rows, std::size_t width = 0);
+
 // Bytes of a file, or nothing if it isn't there.
 std::optional<std::string> readFile(const std::filesystem::path& p);
 void writeFile(const std::filesystem::path& p, const std::string& bytes);
@@ -161,6 +165,8 @@ public:
     // Paths in the places the program was given (the temporary folders unless others were named).
     std::filesystem::path data(const std::string& name) const { return std::filesystem::path(platform.places.dataFolder) / name; }
     std::filesystem::path floppy(const std::string& name) const { return std::filesystem::path(platform.places.floppyRoot) / name; }
+    // The bytes of a file in the data folder, "<missing>" if it isn't there.
+    std::string text(const std::string& name) const { return readFile(data(name)).value_or("<missing>"); }
 
     // User input, each as one event with its focus events after it.
     void click(forms::Button& b);
@@ -172,6 +178,18 @@ public:
     // Writes an index and category files into the data folder.
     void writeIndex(const std::vector<std::string>& names, const std::string& count = "");
     void writeCategory(const std::string& name, const std::vector<std::vector<std::string>>& items);
+    struct Category {
+        std::string name;
+        std::vector<std::vector<std::string>> items; // up to seven cells each
+    };
+    // The index of these categories, in this order, and a file for each.
+    void writeCategories(const std::vector<Category>& categories);
+    // start(), then entry k of the list selected as the program selects it (no gain of focus).
+    qm::frmMain& startAndOpen(int entry);
+    // start(), then a user's click on entry k (selectCategory).
+    qm::frmMain& startAndClick(int entry);
+    // A program started anew on the same folders, with the files this one left.
+    std::unique_ptr<Harness> restart() const;
 
 private:
     std::string dataOverride_, floppyOverride_;

@@ -104,10 +104,6 @@ inline std::map<std::string, Table> openEveryCategory(Harness& h) {
 }
 
 // What a new start of the program on the same folders shows in every category.
-inline std::map<std::string, Table> categoriesAfterRestart(const Harness& h) {
-    Harness again(h.platform.places.dataFolder, h.platform.places.floppyRoot);
-    again.start();
-    return openEveryCategory(again);
-}
+inline std::map<std::string, Table> categoriesAfterRestart(const Harness& h) { return openEveryCategory(*h.restart()); }
 
 } // namespace qmtest

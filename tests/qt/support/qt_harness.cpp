@@ -46,6 +46,12 @@ bool QtHarness::start() {
     return true;
 }
 
+bool QtHarness::startAndClick(int entry) {
+    if (!start()) return false;
+    clickListEntry(entry);
+    return true;
+}
+
 void QtHarness::clickListEntry(int index) {
     QListWidget* l = list();
     const QRect r = l->visualItemRect(l->item(index));

@@ -52,6 +52,8 @@ public:
 
     // Makes frmMain, starts it as the program does and waits for its window to be active.
     bool start();
+    // start(), then a user's click on entry k of the list.
+    bool startAndClick(int entry);
     qm::frmMain& m() { return *main; }
 
     qtface::FormWindow* window() const { return host.window(main->form); }
