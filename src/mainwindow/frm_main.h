@@ -9,9 +9,9 @@
 #include "forms/form.h"
 #include "forms/grid.h"
 #include "forms/listbox.h"
+#include "forms/revision_store.h"
 #include "mainwindow/platform.h"
 #include "mainwindow/totals.h"
-#include "storage/kept_categories.h"
 #include "storage/records.h"
 #include "storage/value.h"
 
@@ -80,8 +80,11 @@ public:
 
     // Category files that exist but could not be read whole in this run: never written over.
     std::set<std::string> UnreadableFiles;
-    // Categories the grid held before, kept for a switch back to them.
-    storage::KeptCategories keptCategories;
+    // The texts of categories the grid held before, kept while a file is
+    // known to hold them: a switch back takes them instead of reading and
+    // splitting the file again. Every click on the list runs a walk over all
+    // categories, so this spares reading the whole database each time.
+    forms::RevisionStore<forms::Grid::Texts> keptCategories{64u << 20};
     // Whether the last SaveCategoryFile met a failure, so that a caller about to
     // replace the grid can keep what did not reach the disk.
     bool SaveFailed = false;

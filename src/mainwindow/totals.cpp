@@ -218,20 +218,9 @@ void TotalsCache::gridReset() {
 }
 
 void TotalsCache::textsSwapped(std::uint64_t out, std::uint64_t in) {
-    // As many as a few big categories: beyond that, a switch reads the numbers again.
-    constexpr std::size_t kLimit = 16u << 20;
-    auto it = std::find_if(kept_.begin(), kept_.end(), [&](const Kept& k) { return k.revision == in; });
-    std::optional<Kept> back;
-    if (it != kept_.end()) {
-        back = std::move(*it);
-        kept_.erase(it);
-    }
-    if (!cost_.empty()) kept_.push_back({out, scale_, std::move(cost_), std::move(value_)});
-    std::size_t bytes = 0;
-    for (const Kept& k : kept_) bytes += (k.cost.size() + k.value.size()) * sizeof(Entry);
-    auto oldest = kept_.begin();
-    for (; bytes > kLimit && oldest != kept_.end(); ++oldest) bytes -= (oldest->cost.size() + oldest->value.size()) * sizeof(Entry);
-    kept_.erase(kept_.begin(), oldest);
+    std::optional<Kept> back = kept_.take(in);
+    const std::size_t bytes = (cost_.size() + value_.size()) * sizeof(Entry);
+    kept_.keep(out, Kept{scale_, std::move(cost_), std::move(value_)}, bytes);
     if (!back || back->cost.size() != static_cast<std::size_t>(grid_.Rows())) return gridReset();
     cost_ = std::move(back->cost);
     value_ = std::move(back->value);

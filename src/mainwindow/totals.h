@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "forms/grid.h"
+#include "forms/revision_store.h"
 #include "forms/ports.h"
 
 namespace qm {
@@ -75,14 +76,13 @@ private:
     forms::Grid& grid_;
     double scale_ = 100;
     std::vector<Entry> cost_, value_;
-    // The entries of texts the grid gave away, under their revision (which
-    // names those texts alone), so that the texts coming back find theirs.
+    // The entries of texts the grid gave away, for when those texts come back
+    // (as many as a few big categories hold).
     struct Kept {
-        std::uint64_t revision;
         double scale;
         std::vector<Entry> cost, value;
     };
-    std::vector<Kept> kept_; // oldest first
+    forms::RevisionStore<Kept> kept_{16u << 20};
 };
 
 } // namespace qm

@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <optional>
 #include <charconv>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -111,19 +111,26 @@ void frmMain::LoadCategoryFile() {
     } catch (const Failure&) {
         unreadable = true;
     }
-    const auto describes = [this](std::uint64_t revision) { return files.Describes(revision); };
+    // Texts the grid gives up are kept while a file is known to hold them.
+    const auto keep = [this](forms::Grid::Texts texts) {
+        const std::uint64_t revision = texts.revision();
+        const std::size_t bytes = texts.bytes();
+        if (files.Describes(revision))
+            keptCategories.keep(revision, std::move(texts), bytes, [this](std::uint64_t r) { return !files.Describes(r); });
+    };
     // The grid, or a category kept from before, holds what this file gave it
     // (or what was written to it), and the file is as it was then: the cells
     // pass through the current cell as a reading would take them, without
     // being read again.
-    const std::optional<std::uint64_t> held = opened && FG1.Cols() == kFieldsPerRow ? files.LoadsAs(LoadFileNumber) : std::nullopt;
+    const auto heldHere = [this](std::uint64_t revision) { return revision == FG1.Revision() || keptCategories.holds(revision); };
+    const std::optional<std::uint64_t> held =
+        opened && FG1.Cols() == kFieldsPerRow ? files.LoadsAs(LoadFileNumber, heldHere) : std::nullopt;
     if (held && *held != FG1.Revision()) {
-        if (std::optional<forms::Grid::Texts> kept = keptCategories.take(*held)) {
-            FG1.swapTexts(*kept);
-            keptCategories.keep(std::move(*kept), describes);
-        }
+        forms::Grid::Texts texts = std::move(*keptCategories.take(*held));
+        FG1.swapTexts(texts);
+        keep(std::move(texts));
     }
-    if (held && *held == FG1.Revision() && passCells(FG1)) {
+    if (held && passCells(FG1)) {
         files.Close(LoadFileNumber);
         ItemRowCount = FG1.Rows();
         UnreadableFiles.erase(path);
@@ -132,7 +139,7 @@ void frmMain::LoadCategoryFile() {
     }
     // All rows but row 0 go, whatever the file holds; row 0 keeps its texts.
     // The texts that go are kept while a file holds them, for a switch back.
-    if (FG1.Rows() > 1 && files.Describes(FG1.Revision())) keptCategories.keep(FG1.takeTexts(), describes);
+    if (FG1.Rows() > 1 && files.Describes(FG1.Revision())) keep(FG1.takeTexts());
     FG1.setRows(1);
 
     int r = 0;

@@ -339,14 +339,15 @@ bool FileTable::WouldWriteSame(const std::string& path, std::uint64_t revision) 
     return stillHolds(path, k);
 }
 
-std::optional<std::uint64_t> FileTable::LoadsAs(int n) {
+std::optional<std::uint64_t> FileTable::LoadsAs(int n, const std::function<bool(std::uint64_t)>& held) {
     Open& f = get(n);
     // Not read yet, and in the state known at the open.
     if (!f.in || !f.before || f.len != 0 || f.eof) return std::nullopt;
     auto it = known_.find(f.path);
     if (it == known_.end()) return std::nullopt;
     Known& k = it->second;
-    if (!k.image || !k.image->loads || !k.state.sameState(*f.before) || !stillHolds(f.path, k)) return std::nullopt;
+    if (!k.image || !k.image->loads || !held(k.image->revision) || !k.state.sameState(*f.before) || !stillHolds(f.path, k))
+        return std::nullopt;
     return k.image->revision;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 #include <array>
+#include <functional>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -120,8 +121,9 @@ public:
     // For a file open for reading and not read yet: the revision of the holder
     // that holds what reading it would give, because that is what it gave the
     // holder or what the holder wrote to it, and the file is as it was then.
-    // Nothing when in any doubt.
-    std::optional<std::uint64_t> LoadsAs(int n);
+    // Only a revision held(revision) wants is looked into (a recent file is
+    // read back to prove it). Nothing when in any doubt.
+    std::optional<std::uint64_t> LoadsAs(int n, const std::function<bool(std::uint64_t)>& held);
     // Whether some file is known to give, when read, the holder's content at this revision.
     bool Describes(std::uint64_t revision) const;
 
