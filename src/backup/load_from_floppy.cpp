@@ -14,8 +14,11 @@ bool frmMain::FloppyIndexReadable() {
     try {
         n = files.FreeFile();
         files.OpenInput(n, root + "NumCats.csv");
-        std::optional<int> count = storage::Value::text(files.ReadField(n)).toInt16();
+        const std::string countText = files.ReadField(n);
+        std::optional<int> count = storage::Value::text(countText).toInt16();
         files.Close(n);
+        // An empty count is what a database that never had a category writes.
+        if (!count && countText.find_first_not_of(" \t") == std::string::npos) count = 0;
         if (!count || *count < 0) return false;
         files.OpenInput(n, root + "CatFiles.csv");
         for (int i = 0; i < *count; ++i) (void)files.ReadField(n);
@@ -61,8 +64,6 @@ void frmMain::cmdLoad_Click() {
         ReadFromFloppy = true;
         LoadCategoryList();
         loadEveryCategory();
-        Message("Load complete.");
-        ReadFromFloppy = false;
     } catch (const Failure&) {
         // The second pass: an empty data folder, where the delete finds nothing,
         // ends up here and is loaded in full.
@@ -71,10 +72,19 @@ void frmMain::cmdLoad_Click() {
             lstCategory.Clear();
             LoadCategoryList();
             loadEveryCategory();
-            Message("Load complete.");
         } catch (const Failure&) {
         }
-        ReadFromFloppy = false;
+    }
+    ReadFromFloppy = false;
+    // The index at once: the data folder holds the categories now, and a start
+    // before the next walk must find them listed.
+    StoreIndex(platform.places.dataFolder, false);
+    const std::vector<std::string> missing = NotLoadedFromStick();
+    if (missing.empty()) {
+        Message("Load complete.");
+    } else {
+        Message("The load from the disk is not complete. Not loaded whole: " + NamedList(missing) +
+                ". Please check the disk and load again.");
     }
 }
 

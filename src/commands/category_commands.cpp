@@ -19,6 +19,7 @@ std::string frmMain::CategoryNameProblem(const std::string& name) const {
 // Adds a category after a walk has made sure no entry has the same name: the
 // new entry is opened (its file made with the heading line) and the index stored.
 void frmMain::cmdAddCategory_Click() {
+    if (RefuseKeptIndex()) return;
     NewCategoryName =
         platform.dialogs.InputBox("Please enter name of category.  (ie: Mom's stuff, Car parts, etc.)", "Add Category");
     if (NewCategoryName.empty()) return;
@@ -66,6 +67,7 @@ void frmMain::cmdRenameCat_Click() {
         Message("Error renaming category: No category selected.");
         return;
     }
+    if (RefuseKeptIndex()) return;
     // The new name would get what the grid shows of a file that can't be read,
     // and the file itself would be deleted.
     if (UnreadableFiles.count(CategoryPath(platform.places.dataFolder, old))) {
@@ -104,6 +106,7 @@ void frmMain::cmdDeleteCategory_Click() {
         Message("Error deleting category: No category selected.");
         return;
     }
+    if (RefuseKeptIndex()) return;
     if (Message("This will permanently DELETE all contents of '" + name + "'. Are you sure?", forms::vbYesNo) != forms::vbYes)
         return;
     RemoveSelectedCategory();

@@ -13,6 +13,7 @@ void frmMain::cmdAddAsset_Click() {
         std::string answer;
         if (lstCategory.Text().empty()) {
             Message("You must select a category in order to add an item.");
+        } else if (RefuseUnreadable()) {
         } else if (ItemRowCount >= forms::Grid::kMaxRows) {
             Message("This category is full: it holds " + std::to_string(forms::Grid::kMaxRows - 1) +
                     " items, the most a category can hold. Nothing was added.");
@@ -43,12 +44,14 @@ void frmMain::cmdAddAsset_Click() {
 
 // Renames the item of the selected row in the grid only; the file follows at the next save.
 void frmMain::cmdRenameItem_Click() {
+    if (RefuseUnreadable()) return;
     const int row = FG1.RowSel();
     std::string answer = platform.dialogs.InputBox("What would you like to change " + std::string(FG1.TextMatrix(row, 0)) + " to?", "");
     if (FG1.Visible() && !answer.empty()) FG1.setTextMatrix(row, 0, answer);
 }
 
 void frmMain::cmdDeleteAsset_Click() {
+    if (RefuseUnreadable()) return;
     try {
         const int row = FG1.RowSel();
         if (Message("This will permanently DELETE the item: " + std::string(FG1.TextMatrix(row, 0)) +
@@ -82,6 +85,7 @@ void frmMain::mnuDelItems_Click() {
         Message("Error deleting items: No category selected.");
         return;
     }
+    if (RefuseUnreadable()) return;
     if (Message("This will permanently DELETE ALL items in category '" + category + "'. Are you sure?", forms::vbYesNo) ==
         forms::vbNo)
         return;

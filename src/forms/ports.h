@@ -38,19 +38,27 @@ public:
 };
 
 // What tells one state of a file from another without reading it: the same
-// path showing the same fingerprint holds the same bytes, unless someone wrote
-// it in place and set its time back.
+// path showing the same fingerprint holds the same bytes. The change time is
+// part of it because nobody can set it back: a write in place whose
+// modification time was put back as it was still moves it.
 struct FileFingerprint {
     std::uint64_t device = 0, inode = 0, size = 0;
-    std::int64_t mtimeNs = 0;
-    // The modification time lay so far back when this was taken that any later
-    // change of the file moves it; a change within the clock's last tick might not.
+    std::int64_t mtimeNs = 0, ctimeNs = 0;
+    // Both times lay so far back when this was taken that any later change of
+    // the file moves them; a change within the file system's last time step might not.
     bool settled = false;
 
     bool sameState(const FileFingerprint& o) const {
-        return device == o.device && inode == o.inode && size == o.size && mtimeNs == o.mtimeNs;
+        return device == o.device && inode == o.inode && size == o.size && mtimeNs == o.mtimeNs && ctimeNs == o.ctimeNs;
     }
 };
+
+// Whether a file's times (nanoseconds of the real-time clock) are older than
+// the step of the clock that gave them, at the time now. Times in whole
+// seconds come from a file system that keeps no finer ones, and FAT steps by
+// two seconds; finer times come from the kernel's coarse clock, a few
+// milliseconds a tick, given here a tenth of a second.
+bool TimesSettled(std::int64_t mtimeNs, std::int64_t ctimeNs, std::int64_t nowNs);
 
 class FilesPort {
 public:

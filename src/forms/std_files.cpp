@@ -1,5 +1,6 @@
 #include "forms/std_files.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -21,9 +22,7 @@ namespace {
 
 constexpr const char* kTempMark = "quillmere-tmp-";
 
-// File times come from the kernel's coarse clock, a few milliseconds a tick:
-// a time older than this can't be given again to a later change.
-constexpr std::int64_t kSettledNs = 100'000'000;
+std::int64_t nanoseconds(const timespec& t) { return static_cast<std::int64_t>(t.tv_sec) * 1'000'000'000 + t.tv_nsec; }
 
 [[noreturn]] void fail(const std::string& what, const std::string& path, int err) {
     throw Failure(what + " " + path + ": " + std::strerror(err));
@@ -169,10 +168,17 @@ std::optional<FileFingerprint> StdFiles::fingerprint(const std::string& path) {
     fp.device = static_cast<std::uint64_t>(st.st_dev);
     fp.inode = static_cast<std::uint64_t>(st.st_ino);
     fp.size = static_cast<std::uint64_t>(st.st_size);
-    fp.mtimeNs = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec;
-    const std::int64_t nowNs = static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
-    fp.settled = fp.mtimeNs < nowNs - kSettledNs;
+    fp.mtimeNs = nanoseconds(st.st_mtim);
+    fp.ctimeNs = nanoseconds(st.st_ctim);
+    fp.settled = TimesSettled(fp.mtimeNs, fp.ctimeNs, nanoseconds(now) + clockAheadNs);
     return fp;
+}
+
+bool TimesSettled(std::int64_t mtimeNs, std::int64_t ctimeNs, std::int64_t nowNs) {
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    const bool wholeSeconds = mtimeNs % kSecond == 0 && ctimeNs % kSecond == 0;
+    const std::int64_t step = wholeSeconds ? 2 * kSecond : kSecond / 10;
+    return std::max(mtimeNs, ctimeNs) < nowNs - step;
 }
 
 void StdFiles::remove(const std::string& path) {

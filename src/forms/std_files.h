@@ -28,6 +28,10 @@ public:
     // before startedAt (seconds of the real-time clock), of a process that no
     // longer runs. Gives how many went.
     static int removeLeftoverTemporaries(const std::string& folder, std::int64_t startedAt);
+
+    // How far ahead of the real-time clock fingerprints judge the files'
+    // times: tests that need states proven by their time alone set it far ahead.
+    std::int64_t clockAheadNs = 0;
 };
 
 } // namespace forms

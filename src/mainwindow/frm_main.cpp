@@ -92,6 +92,8 @@ frmContact& frmMain::Contact() { return loaded(contact_, *this); }
 void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
+    if (place == platform.places.floppyRoot && place != platform.places.dataFolder)
+        return place + storage::StickStem(name) + ".csv";
     return place + storage::FileStem(name) + ".csv";
 }
 

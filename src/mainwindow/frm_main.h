@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "forms/controls.h"
 #include "forms/form.h"
@@ -80,6 +81,8 @@ public:
 
     // Category files that exist but could not be read whole in this run: never written over.
     std::set<std::string> UnreadableFiles;
+    // Categories whose unreadable file the user has been told of.
+    std::set<std::string> UnreadableTold;
     // The texts of categories the grid held before, kept while a file is
     // known to hold them: a switch back takes them instead of reading and
     // splitting the file again. Every click on the list runs a walk over all
@@ -107,8 +110,12 @@ public:
     // ---- storage (storage/category_index.cpp, storage/category_file.cpp) --
     void LoadCategoryList();
     void SaveCategoryList();
+    void StoreIndex(const std::string& place, bool walk);
+    // Whether the data folder's index could not be read and is kept as it is.
+    bool IndexKept() const;
     void SaveCategoryFile();
     void LoadCategoryFile();
+    void openCategoryFile(const std::string& path);
     std::string CategoryPath(const std::string& place, const std::string& name) const;
     // "NumCats.csv" or "CatFiles.csv" in either place.
     bool IsIndexFile(const std::string& path) const;
@@ -129,6 +136,17 @@ public:
     // Tells the user, once per event and never while the program ends, that a
     // category could not be saved and stays in the window.
     void ReportUnsaved(const std::string& name);
+    // Whether the open category's file exists but can't be read: nothing typed
+    // in it can be stored, and the commands that change its items refuse.
+    bool OpenCategoryUnreadable() const;
+    std::string UnreadableMessage(const std::string& name) const;
+    // Tells it once, when the event has ended, until the file is read again.
+    void ReportUnreadable(const std::string& name);
+    // Tells it now and answers true when the open category is unreadable.
+    bool RefuseUnreadable();
+    // The same for the data folder's index when it could not be read.
+    std::string IndexKeptMessage() const;
+    bool RefuseKeptIndex();
 
     // ---- cell editor (mainwindow/cell_editor.cpp) --------------------------
     void BeginCellEdit();
@@ -153,6 +171,12 @@ public:
     void cmdLoad_Click();
     // Whether the floppy root holds an index that a load can read whole.
     bool FloppyIndexReadable();
+    // What did not arrive whole at the other place, named for the user: the
+    // list of categories, and categories by their names in quotes.
+    std::vector<std::string> NotCopiedToStick();
+    std::vector<std::string> NotLoadedFromStick();
+    // Up to ten of them, then "and N more".
+    static std::string NamedList(const std::vector<std::string>& items);
 
     // ---- pictures (pictures/frm_pic.cpp) --------------------------------------
     void chkPic_Click();

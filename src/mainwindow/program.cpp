@@ -11,6 +11,10 @@ void frmMain::Start() {
     platform.runtime.dispatch([this] {
         auto order = form.tabOrder();
         if (!order.empty()) order.front()->TrySetFocus();
+        // Told once the window is up.
+        if (IndexKept()) platform.runtime.post([this] {
+            if (!ended_) Message(IndexKeptMessage());
+        });
     });
 }
 

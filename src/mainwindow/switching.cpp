@@ -50,6 +50,9 @@ void frmMain::lstCategory_Click() {
     }
     CurrentCategory = lstCategory.Text();
     LoadCategoryFile();
+    // A load from the backup disk tells what did not come across at its end.
+    if (!ReadFromFloppy && OpenCategoryUnreadable()) ReportUnreadable(lstCategory.Text());
+    else UnreadableTold.erase(lstCategory.Text());
     FG1.setVisible(FG1.Rows() >= 2);
     T1.setVisible(false);
     // The window is on the screen at every switch but the ones of a start-up
@@ -93,7 +96,9 @@ void frmMain::lstCategory_GotFocus() {
 }
 
 bool frmMain::MustKeepGrid() const {
-    if (!SaveFailed || !CurrentCategory) return false;
+    // A copy to the backup disk walks categories that are already stored on
+    // this computer: one the disk refuses is told at its end.
+    if (!SaveFailed || !CurrentCategory || WriteToFloppy) return false;
     // A category no longer in the list (deleted, or renamed and saved under
     // its new name) has nothing left to keep.
     const auto& items = lstCategory.items();
@@ -112,6 +117,42 @@ void frmMain::ReportUnsaved(const std::string& name) {
                 "\" could not be saved. Its items are still in the window. Please check the disk (is it full?) and try "
                 "again.");
     });
+}
+
+bool frmMain::OpenCategoryUnreadable() const {
+    const std::string name = lstCategory.Text();
+    return !name.empty() && UnreadableFiles.count(CategoryPath(platform.places.dataFolder, name));
+}
+
+std::string frmMain::UnreadableMessage(const std::string& name) const {
+    return "The file of the category \"" + name +
+           "\" can't be read, so nothing typed in this category can be stored until the file can be read. The file "
+           "is left as it is.";
+}
+
+void frmMain::ReportUnreadable(const std::string& name) {
+    if (!UnreadableTold.insert(name).second) return;
+    platform.runtime.post([this, name] {
+        if (!ended_) Message(UnreadableMessage(name));
+    });
+}
+
+bool frmMain::RefuseUnreadable() {
+    if (!OpenCategoryUnreadable()) return false;
+    Message(UnreadableMessage(lstCategory.Text()));
+    return true;
+}
+
+std::string frmMain::IndexKeptMessage() const {
+    return "The list of categories (NumCats.csv and CatFiles.csv in " + platform.places.dataFolder +
+           ") can't be read. It will not be written over, so categories can't be added, renamed or deleted until it "
+           "can be read.";
+}
+
+bool frmMain::RefuseKeptIndex() {
+    if (!IndexKept()) return false;
+    Message(IndexKeptMessage());
+    return true;
 }
 
 void frmMain::lblCategory_Change() {

@@ -88,6 +88,19 @@ void frmMain::SaveCategoryFile() {
     }
 }
 
+// Opens a category's file under LoadFileNumber. A backup disk written before
+// names were escaped for removable disks holds the file under the data
+// folder's form of the name.
+void frmMain::openCategoryFile(const std::string& path) {
+    try {
+        files.OpenInput(LoadFileNumber, path);
+    } catch (const forms::FileNotFound&) {
+        const std::string older = platform.places.floppyRoot + storage::FileStem(lstCategory.Text()) + ".csv";
+        if (!ReadFromFloppy || older == path) throw;
+        files.OpenInput(LoadFileNumber, older);
+    }
+}
+
 // Fills the grid from the file of the selected entry, field by field through
 // the current cell, until a read fails: the end of the file is found only that
 // way. The grid is left without fixed rows or columns.
@@ -104,7 +117,9 @@ void frmMain::LoadCategoryFile() {
     // before a failed open as they would after it.
     try {
         LoadFileNumber = files.FreeFile();
-        files.OpenInput(LoadFileNumber, path);
+        // A category named like an index file would show the index as its items.
+        if (IsIndexFile(path)) throw Failure("an index file is no category file: " + path);
+        openCategoryFile(path);
         opened = true;
     } catch (const forms::FileNotFound&) {
         // A new category: no file yet.

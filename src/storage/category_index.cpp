@@ -5,6 +5,7 @@
 
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
+#include "storage/whole_file.h"
 
 namespace qm {
 
@@ -20,26 +21,13 @@ constexpr const char* kNamesFile = "CatFiles.csv";
 // Hidden, and not ending in ".csv": the database's wildcard never takes it.
 constexpr const char* kPairFile = ".quillmere-index";
 
-// A whole file's bytes, or nothing when it is missing; fails when it can't be read.
-std::optional<std::string> readWhole(forms::FilesPort& port, const std::string& path) {
-    std::unique_ptr<forms::InputStream> in;
-    try {
-        in = port.openRead(path);
-    } catch (const forms::FileNotFound&) {
-        return std::nullopt;
-    }
-    std::string bytes;
-    char buf[16 * 1024];
-    while (std::size_t got = in->read(buf, sizeof buf)) bytes.append(buf, got);
-    return bytes;
-}
 } // namespace
 
 // The pair file holds the length of the count's bytes on a line of its own,
 // the count's bytes, then the names' bytes.
 void frmMain::CompleteIndexPair(const std::string& place) {
     try {
-        const std::optional<std::string> pair = readWhole(files.files(), place + kPairFile);
+        const std::optional<std::string> pair = storage::ReadWholeFile(files.files(), place + kPairFile);
         if (!pair) return;
         const std::size_t eol = pair->find("\r\n");
         std::size_t countSize = 0;
@@ -52,7 +40,7 @@ void frmMain::CompleteIndexPair(const std::string& place) {
         if (whole) {
             const std::string_view count = std::string_view(*pair).substr(eol + 2, countSize);
             const std::string_view names = std::string_view(*pair).substr(eol + 2 + countSize);
-            if (readWhole(files.files(), place + kNamesFile) == std::optional<std::string>(names)) {
+            if (storage::ReadWholeFile(files.files(), place + kNamesFile) == std::optional<std::string>(names)) {
                 const int n = files.FreeFile();
                 files.OpenOutput(n, place + kCountFile);
                 files.WriteBytes(n, count);
@@ -69,7 +57,7 @@ void frmMain::CompleteIndexPair(const std::string& place) {
 void frmMain::CommitIndexPair(const std::string& place, int n, const std::string& countLine, const std::string& names) {
     std::optional<std::string> count;
     try {
-        count = readWhole(files.files(), place + kCountFile);
+        count = storage::ReadWholeFile(files.files(), place + kCountFile);
     } catch (const Failure&) {
     }
     if (count == countLine) {
@@ -101,8 +89,10 @@ void frmMain::CommitIndexPair(const std::string& place, int n, const std::string
 // Fills the list from "NumCats.csv" and "CatFiles.csv": exactly as many names
 // as the count says. It adds to the list and never selects an entry; any
 // failure ends it with what was done so far, and its file closed. An index
-// that exists but can't be read (a read error, a count that is no 16-bit
-// number of entries) is kept from being written over for the rest of the run.
+// that exists but can't be read whole (a read error, a count that is no 16-bit
+// number of entries, a names file missing or short of names, names with no
+// count) is kept from being written over for the rest of the run. A missing
+// index is a new database.
 void frmMain::LoadCategoryList() {
     const std::string& place = ReadFromFloppy ? platform.places.floppyRoot : platform.places.dataFolder;
     CompleteIndexPair(place);
@@ -110,29 +100,42 @@ void frmMain::LoadCategoryList() {
     int n = 0;
     try {
         n = files.FreeFile();
-        files.OpenInput(n, place + kCountFile);
-        CategoryCount = storage::Value::text(files.ReadField(n));
+        // No count at all: a new database, unless there are names it would lose.
+        const auto noCount = [&] {
+            files.Close(n);
+            const std::optional<std::string> names = storage::ReadWholeFile(files.files(), place + kNamesFile);
+            if (names && names->find_first_not_of(" \t\r\n") != std::string::npos) keepIndex(place);
+        };
+        try {
+            files.OpenInput(n, place + kCountFile);
+            CategoryCount = storage::Value::text(files.ReadField(n));
+        } catch (const forms::FileNotFound&) {
+            return noCount();
+        } catch (const forms::EndOfFile&) {
+            return noCount();
+        }
         files.Close(n);
-        files.OpenInput(n, place + kNamesFile);
         std::optional<int> count = CategoryCount.toInt16();
         if (!count || *count < 0) {
             // An empty count is what an exit with no category ever made leaves:
             // nothing to keep. Any other count that is no count is kept as found.
-            files.Close(n);
             if (CategoryCount.asText().find_first_not_of(" \t") != std::string::npos) keepIndex(place);
             return;
         }
+        if (*count == 0) return;
+        files.OpenInput(n, place + kNamesFile);
         for (int i = 0; i < *count; ++i) lstCategory.AddItem(files.ReadField(n));
-        files.Close(n);
-    } catch (const forms::FileNotFound&) {
-        files.Close(n);
-    } catch (const forms::EndOfFile&) {
         files.Close(n);
     } catch (const Failure&) {
         files.Close(n);
         unreadable = true;
     }
     if (unreadable) keepIndex(place);
+}
+
+bool frmMain::IndexKept() const {
+    const std::string& place = platform.places.dataFolder;
+    return UnreadableFiles.count(place + kCountFile) || UnreadableFiles.count(place + kNamesFile);
 }
 
 void frmMain::keepIndex(const std::string& place) {
@@ -142,36 +145,41 @@ void frmMain::keepIndex(const std::string& place) {
 
 // Writes the count and the names. It reads the names by selecting each entry
 // in turn, so every category passes through the switch and is stored again:
-// the walk. The selection goes back to where it was at the end. The two files
-// are replaced together, after the walk.
+// the walk. The selection goes back to where it was at the end.
 void frmMain::SaveCategoryList() {
     const std::string remembered = lstCategory.Text();
-    const std::string& place = WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder;
+    StoreIndex(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder, true);
+    lstCategory.setText(remembered);
+}
+
+// The index of the list as it stands, after the walk if one is asked for. The
+// two files are replaced together, after the walk; an index that can't be
+// read is never written over.
+void frmMain::StoreIndex(const std::string& place, bool walk) {
     const bool keepIndex = UnreadableFiles.count(place + kCountFile) || UnreadableFiles.count(place + kNamesFile);
     int n = 0;
     try {
-        std::string names;
         if (!keepIndex) {
             n = files.FreeFile();
             files.OpenOutput(n, place + kNamesFile);
         }
         const int count = lstCategory.ListCount();
+        if (walk)
+            for (int i = 0; i < count; ++i) lstCategory.setSelected(i);
+        if (keepIndex) return;
+        // The entries' own texts: a switch that had to keep an unsaved
+        // category leaves the selection on that one.
+        std::string names;
         for (int i = 0; i < count; ++i) {
-            lstCategory.setSelected(i);
-            if (keepIndex) continue;
-            // The entry's own text: a switch that had to keep an unsaved
-            // category leaves the selection on that one.
-            const std::string& name = lstCategory.List(i);
-            files.WriteLine(n, std::string_view(name));
-            storage::AppendField(names, name);
+            storage::AppendField(names, lstCategory.List(i));
             names += "\r\n";
         }
-        if (!keepIndex) CommitIndexPair(place, n, storage::EncodeValue(CategoryCount) + "\r\n", names);
+        files.WriteBytes(n, names);
+        CommitIndexPair(place, n, storage::EncodeValue(CategoryCount) + "\r\n", names);
     } catch (const Failure&) {
         // An index that could not be written whole is dropped: the old one stands.
         files.Abandon(n);
     }
-    lstCategory.setText(remembered);
 }
 
 } // namespace qm

@@ -1,6 +1,9 @@
 #include "storage/places.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -34,6 +37,33 @@ std::string FileStem(const std::string& name) {
         } else {
             out += name[i];
         }
+    }
+    return out;
+}
+
+std::string StickStem(const std::string& name) {
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    const auto plain = [](unsigned char c) {
+        return c >= 0x20 && c < 0x7F && !std::strchr("\\/:*?\"<>|%", c);
+    };
+    std::string out;
+    out.reserve(name.size());
+    const auto escape = [&](unsigned char c) {
+        out += '%';
+        out += kHex[c >> 4];
+        out += kHex[c & 15];
+    };
+    // The disk ignores letter case: "numcats.csv" would be the index itself.
+    const auto sameLetters = [&](const char* index) {
+        return name.size() == std::strlen(index) &&
+               std::equal(name.begin(), name.end(), index, [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); });
+    };
+    const bool likeIndex = sameLetters("numcats") || sameLetters("catfiles");
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const auto c = static_cast<unsigned char>(name[i]);
+        const bool last = i + 1 == name.size();
+        if (!plain(c) || (likeIndex && i == 0) || (last && (c == '.' || c == ' '))) escape(c);
+        else out += static_cast<char>(c);
     }
     return out;
 }

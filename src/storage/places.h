@@ -20,6 +20,15 @@ Places shippedPlaces();
 // division slash U+2215, and no name reaches a folder outside its place.
 std::string FileStem(const std::string& name);
 
+// A name as it stands in a file name on the backup disk. Removable disks are
+// nearly always FAT or exFAT, which refuse \ / : * ? " < > | and, with some
+// drivers, every character beyond ASCII: each byte of those (and "%" itself)
+// is written as "%" and two hex digits, so any name fits and no two names
+// share a file. A stem that would end in a dot or a blank, or that only the
+// letter case tells from an index file's, has its last or first byte written
+// that way too.
+std::string StickStem(const std::string& name);
+
 // The longest file name the file systems we meet accept, in bytes.
 inline constexpr std::size_t kMaxFileName = 255;
 

@@ -274,21 +274,63 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---- an index that exists but can't be read --------------------------------------------------
 
-class UnreadableIndex : public ::testing::TestWithParam<const char*> {};
+// An index that exists but can't be read whole is told at start and never
+// written over: the category commands answer with the same message and change
+// nothing, so no category is left without its entry. A missing index is a new
+// database and is told nothing.
+struct IndexState {
+    const char* what;
+    std::optional<std::string> numCats, catFiles; // nothing: no file
+    const char* unreadable;                       // a file with a read error, or ""
+    bool kept;
+};
 
-// An index file that can't be read at start leaves an empty list; writing that
-// list at exit would drop every category from the program.
-TEST_P(UnreadableIndex, IndexThatCouldNotBeReadIsNotWrittenOver) {
+class UnreadableIndex : public ::testing::TestWithParam<IndexState> {};
+
+TEST_P(UnreadableIndex, IsToldAndNeverWrittenOver) {
+    const IndexState& c = GetParam();
     Harness h;
-    h.writeCategories({{"Alpha", {{"a1"}}}, {"Beta", {{"b1"}}}});
-    h.files.unreadable.insert(h.data(GetParam()).string());
+    h.writeCategory("Alpha", {{"a1"}});
+    h.writeCategory("Beta", {{"b1"}});
+    if (c.numCats) writeFile(h.data("NumCats.csv"), *c.numCats);
+    if (c.catFiles) writeFile(h.data("CatFiles.csv"), *c.catFiles);
+    if (*c.unreadable) h.files.unreadable.insert(h.data(c.unreadable).string());
     auto& m = h.start();
-    EXPECT_EQ(m.lstCategory.ListCount(), 0);
+    const std::vector<std::string> told{m.IndexKeptMessage()};
+    EXPECT_EQ(h.dialogs.texts(), c.kept ? told : std::vector<std::string>{});
+    const auto index = [&] { return std::pair{readFile(h.data("NumCats.csv")), readFile(h.data("CatFiles.csv"))}; };
+    const auto before = index();
+    const std::vector<std::string> listed = entries(m);
+    h.dialogs.messages.clear();
+    h.dialogs.inputAnswers = {"Gamma", "Delta"};
+    h.click(m.cmdAddCategory);
+    if (!c.kept) {
+        EXPECT_EQ(entries(m), (std::vector<std::string>{"Gamma"}));
+        return;
+    }
+    if (!listed.empty()) {
+        h.run([&] { m.lstCategory.setSelected(0); });
+        h.click(m.cmdRenameCat);
+        h.click(m.cmdDeleteCategory);
+    }
+    EXPECT_TRUE(h.dialogs.prompts.empty()) << "a command asked for a name";
+    for (const auto& text : h.dialogs.texts()) EXPECT_EQ(text, told[0]);
+    EXPECT_EQ(entries(m), listed);
     h.click(m.cmdExit);
-    EXPECT_EQ(entries(h.restart()->m()), (std::vector<std::string>{"Alpha", "Beta"}));
+    EXPECT_EQ(index(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Index, UnreadableIndex, ::testing::Values("NumCats.csv", "CatFiles.csv"),
-                         [](const auto& info) { return std::string(info.param).substr(0, info.param[0] == 'N' ? 7 : 8); });
+INSTANTIATE_TEST_SUITE_P(
+    Index, UnreadableIndex,
+    ::testing::Values(IndexState{"CountReadError", " 2 \r\n", "Alpha\r\nBeta\r\n", "NumCats.csv", true},
+                      IndexState{"NamesReadError", " 2 \r\n", "Alpha\r\nBeta\r\n", "CatFiles.csv", true},
+                      IndexState{"CountNoNumber", "two\r\n", "Alpha\r\nBeta\r\n", "", true},
+                      IndexState{"CountOutOfRange", "40000\r\n", "Alpha\r\nBeta\r\n", "", true},
+                      IndexState{"NamesMissing", " 2 \r\n", std::nullopt, "", true},
+                      IndexState{"FewerNamesThanTheCount", " 3 \r\n", "Alpha\r\nBeta\r\n", "", true},
+                      IndexState{"NamesWithoutACount", std::nullopt, "Alpha\r\nBeta\r\n", "", true},
+                      IndexState{"NoIndex", std::nullopt, std::nullopt, "", false},
+                      IndexState{"EmptyCountOfANewDatabase", "\r\n", "", "", false}),
+    [](const auto& info) { return std::string(info.param.what); });
 
 } // namespace

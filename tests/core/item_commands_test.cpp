@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/scripted_platform.h"
+#include "support/snapshots.h"
 
 using namespace qmtest;
 
@@ -178,5 +179,48 @@ TEST_F(Items, DeleteAllInTheOnlyCategoryStillLeavesAnEmptyHiddenGrid) {
     h.click(m->cmdAddAsset);
     EXPECT_EQ(m->FG1.TextMatrix(1, 0), "Shovel");
 }
+
+// A category whose file can't be read, or that is named like an index file:
+// the switch that meets it says so once, and every item command answers with
+// the same message and changes nothing, in the window or on disk.
+struct Refusal {
+    const char* what;
+    void (*act)(Harness&, qm::frmMain&);
+};
+
+class UnreadableCategory : public ::testing::TestWithParam<std::tuple<const char*, Refusal>> {};
+
+TEST_P(UnreadableCategory, RefusesEveryItemCommandWithOneMessage) {
+    const std::string name = std::get<0>(GetParam());
+    Harness h;
+    h.writeIndex({"Alpha", name});
+    h.writeCategory("Alpha", {{"a1"}});
+    if (name != "NumCats") {
+        h.writeCategory(name, {{"x1", "2"}, {"x2"}});
+        h.files.unreadable.insert(h.data(name + ".csv").string());
+    }
+    auto& m = h.startAndClick(1);
+    const std::string told = m.UnreadableMessage(name);
+    EXPECT_EQ(h.dialogs.texts(), std::vector<std::string>{told});
+    const auto files = folderBytes(h.dataDir.path());
+    const Table cells = gridCells(m.FG1);
+    h.dialogs.msgAnswers = {forms::vbYes};
+    h.dialogs.inputAnswers = {"new"};
+    std::get<1>(GetParam()).act(h, m);
+    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{told, told}));
+    EXPECT_TRUE(h.dialogs.prompts.empty());
+    EXPECT_EQ(gridCells(m.FG1), cells);
+    h.click(m.cmdExit);
+    EXPECT_EQ(folderBytes(h.dataDir.path()), files);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Items, UnreadableCategory,
+    ::testing::Combine(::testing::Values("Garage", "NumCats"),
+                       ::testing::Values(Refusal{"AddItem", [](Harness& h, qm::frmMain& m) { h.click(m.cmdAddAsset); }},
+                                         Refusal{"RenameItem", [](Harness& h, qm::frmMain& m) { h.click(m.cmdRenameItem); }},
+                                         Refusal{"DeleteItem", [](Harness& h, qm::frmMain& m) { h.click(m.cmdDeleteAsset); }},
+                                         Refusal{"DeleteAllItems", [](Harness& h, qm::frmMain&) { h.menu("mnuDelItems"); }})),
+    [](const auto& info) { return std::string(std::get<0>(info.param)) + std::get<1>(info.param).what; });
 
 } // namespace

@@ -111,6 +111,7 @@ std::unique_ptr<forms::InputStream> FaultyFiles::openRead(const std::string& pat
 }
 
 std::unique_ptr<forms::OutputStream> FaultyFiles::openReplace(const std::string& path) {
+    if (unwritable.count(path)) throw forms::Failure("name refused: " + path);
     check(OpenWrite, "create " + path);
     return std::make_unique<FaultyOutput>(*this, real_.openReplace(path), path);
 }

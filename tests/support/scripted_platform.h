@@ -60,10 +60,14 @@ public:
     // Files that exist but can never be read (a read error, not a missing file),
     // for as long as they are in this set.
     std::set<std::string> unreadable;
+    // Paths that can never be written, as a disk that refuses a name.
+    std::set<std::string> unwritable;
     // Every armed operation from the one numbered failAt on fails: a disk that stays full.
     bool persistent = false;
     // Called by the streams.
     void check(Op op, const std::string& what);
+    // Files' times judged this far ahead of the clock: far ahead, every state is proven by its time.
+    void setClockAhead(std::int64_t ns) { real_.clockAheadNs = ns; }
 
 private:
     forms::StdFiles real_;

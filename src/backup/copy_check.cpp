@@ -1,0 +1,105 @@
+#include <string>
+#include <vector>
+
+#include "forms/failure.h"
+#include "mainwindow/frm_main.h"
+#include "storage/whole_file.h"
+
+namespace qm {
+
+using forms::Failure;
+
+namespace {
+
+constexpr const char* kIndexFiles[] = {"NumCats.csv", "CatFiles.csv"};
+constexpr const char* kTheList = "the list of categories";
+
+// Both files hold the same bytes (or neither exists); a file that can't be
+// read holds nothing the other does.
+bool sameBytes(forms::FilesPort& port, const std::string& a, const std::string& b) {
+    try {
+        return storage::ReadWholeFile(port, a) == storage::ReadWholeFile(port, b);
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+// The same, or fields that read the same: a disk written by hand may hold a
+// category in another form than the one the program writes.
+bool sameRecords(forms::FilesPort& port, const std::string& a, const std::string& b) {
+    if (sameBytes(port, a, b)) return true;
+    try {
+        return storage::ReadAllFields(port, a) == storage::ReadAllFields(port, b);
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+// The count and names an index gives, read as the list reads them.
+std::optional<std::vector<std::string>> indexEntries(forms::FilesPort& port, const std::string& place) {
+    try {
+        const auto count = storage::ReadAllFields(port, place + kIndexFiles[0]);
+        if (!count || count->empty()) return std::nullopt;
+        const std::optional<int> n = storage::Value::text(count->front()).toInt16();
+        const bool blank = count->front().find_first_not_of(" \t") == std::string::npos;
+        if (!n && !blank) return std::nullopt;
+        std::vector<std::string> names = storage::ReadAllFields(port, place + kIndexFiles[1]).value_or(std::vector<std::string>{});
+        const std::size_t wanted = n ? static_cast<std::size_t>(std::max(*n, 0)) : 0;
+        if (names.size() < wanted) return std::nullopt;
+        names.resize(wanted);
+        return names;
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
+std::string quoted(const std::string& name) { return "\"" + name + "\""; }
+
+} // namespace
+
+// Every file the disk should now hold, read back and compared byte for byte
+// with the data folder's.
+std::vector<std::string> frmMain::NotCopiedToStick() {
+    forms::FilesPort& port = files.files();
+    const std::string &data = platform.places.dataFolder, &stick = platform.places.floppyRoot;
+    std::vector<std::string> missing;
+    for (const char* f : kIndexFiles)
+        if (!sameBytes(port, data + f, stick + f)) {
+            missing.push_back(kTheList);
+            break;
+        }
+    for (const std::string& name : lstCategory.items())
+        if (!sameBytes(port, CategoryPath(data, name), CategoryPath(stick, name))) missing.push_back(quoted(name));
+    return missing;
+}
+
+// The data folder's files compared with the disk's after a load: the list the
+// same, and each category the same bytes or the same fields.
+std::vector<std::string> frmMain::NotLoadedFromStick() {
+    forms::FilesPort& port = files.files();
+    const std::string &data = platform.places.dataFolder, &stick = platform.places.floppyRoot;
+    std::vector<std::string> missing;
+    const auto entries = indexEntries(port, data);
+    if (!entries || entries != indexEntries(port, stick)) missing.push_back(kTheList);
+    for (const std::string& name : lstCategory.items()) {
+        std::string onStick = CategoryPath(stick, name);
+        const std::string older = stick + storage::FileStem(name) + ".csv";
+        if (!port.exists(onStick) && port.exists(older)) onStick = older;
+        if (!sameRecords(port, CategoryPath(data, name), onStick)) missing.push_back(quoted(name));
+    }
+    return missing;
+}
+
+std::string frmMain::NamedList(const std::vector<std::string>& items) {
+    constexpr std::size_t kShown = 10;
+    std::string text;
+    const std::size_t shown = std::min(items.size(), kShown);
+    for (std::size_t i = 0; i < shown; ++i) {
+        if (i) text += i + 1 == shown && items.size() <= kShown ? " and " : ", ";
+        text += items[i];
+    }
+    if (items.size() > kShown) text += " and " + std::to_string(items.size() - kShown) + " more";
+    return text;
+}
+
+} // namespace qm
