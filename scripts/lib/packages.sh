@@ -12,6 +12,7 @@ QM_PACKAGES=(
     desktop-file-utils                           # checking and registering the desktop entry
     poppler-utils                                # reading printed PDFs in tests
     dpkg-dev                                     # the Debian package (dpkg-shlibdeps)
+    dosfstools fusefat                           # a real FAT stick in the backup tests
 )
 
 # Installs the missing packages with apt-get, without questions. The package lists

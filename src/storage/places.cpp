@@ -44,7 +44,7 @@ std::string FileStem(const std::string& name) {
 std::string StickStem(const std::string& name) {
     static constexpr char kHex[] = "0123456789ABCDEF";
     const auto plain = [](unsigned char c) {
-        return c >= 0x20 && c < 0x7F && !std::strchr("\\/:*?\"<>|%", c);
+        return c >= 0x20 && c != 0x7F && !std::strchr("\\/:*?\"<>|%", c);
     };
     std::string out;
     out.reserve(name.size());

@@ -21,12 +21,13 @@ Places shippedPlaces();
 std::string FileStem(const std::string& name);
 
 // A name as it stands in a file name on the backup disk. Removable disks are
-// nearly always FAT or exFAT, which refuse \ / : * ? " < > | and, with some
-// drivers, every character beyond ASCII: each byte of those (and "%" itself)
-// is written as "%" and two hex digits, so any name fits and no two names
-// share a file. A stem that would end in a dot or a blank, or that only the
-// letter case tells from an index file's, has its last or first byte written
-// that way too.
+// nearly always FAT or exFAT, which refuse \ / : * ? " < > | and control
+// characters: each of those (and "%" itself) is written as "%" and two hex
+// digits, plain ASCII that every FAT driver takes, so no two names share a
+// file. A stem that would end in a dot or a blank, or that only the letter
+// case tells from an index file's, has its last or first byte written that
+// way too. Letters beyond ASCII stay as they are: escaped, they would take
+// three times the room of a name's 255 places.
 std::string StickStem(const std::string& name);
 
 // The longest file name the file systems we meet accept, in bytes.

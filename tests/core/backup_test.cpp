@@ -152,7 +152,7 @@ TEST(StickNames, CarryEveryNameAndTellThemApart) {
         std::string back;
         for (std::size_t j = 0; j < stem.size(); ++j) {
             const unsigned char c = static_cast<unsigned char>(stem[j]);
-            ASSERT_TRUE(c >= 0x20 && c < 0x7F && !std::strchr("\\/:*?\"<>|", c)) << stem;
+            ASSERT_TRUE(c >= 0x20 && c != 0x7F && !std::strchr("\\/:*?\"<>|", c)) << stem;
             if (c == '%') {
                 back += static_cast<char>(std::stoi(stem.substr(j + 1, 2), nullptr, 16));
                 j += 2;

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <map>
 
+#include "storage/places.h"
+#include "support/fat_stick.h"
 #include "support/qt_harness.h"
 
 using qmtest::readFile;
@@ -49,6 +51,8 @@ private slots:
     void refusedNamesAreToldAndChangeNothing_data();
     void refusedNamesAreToldAndChangeNothing();
     void saveToFloppyAndLoadItBack();
+    void aFatStickCarriesEveryName();
+    void aFullFatStickIsToldAndTakesTheRest();
 };
 
 void CommandsTest::addRenameAndDeleteThroughThePrompts() {
@@ -197,11 +201,92 @@ void CommandsTest::saveToFloppyAndLoadItBack() {
     QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString("Tools"));
     QCOMPARE(h.grid()->model()->index(3, 6).data().toString(), QString("SN3"));
     for (const char* file : {"Bike.csv", "Car.csv", "Tools.csv"}) QCOMPARE(readFile(h.core.data(file)).value_or(""), saved[file]);
-    // The index comes with the list's next gain of focus.
+    // The index is there at once: a start before the next walk lists everything.
+    QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), saved["CatFiles.csv"]);
     h.clickListEntry(0);
     qttest::QtHarness::settle();
-    QCOMPARE(readFile(h.core.data("CatFiles.csv")).value_or(""), saved["CatFiles.csv"]);
     QCOMPARE(h.grid()->model()->index(2, 1).data().toString(), QString("12.50"));
+}
+
+// ---- a real FAT stick (as root, through FUSE) -----------------------------------------------
+
+namespace {
+
+// Names with every character FAT refuses, and one ending in a dot.
+const std::vector<std::string> kAwkwardNames = {"Tools: misc", "What is this?", "Box 5\"", "back\\slash", "star*", "less<",
+                                                "more>", "pipe|", "ends with a dot.", "a/b"};
+
+std::vector<qmtest::Harness::Category> awkwardCategories() {
+    std::vector<qmtest::Harness::Category> categories;
+    for (const auto& name : kAwkwardNames) {
+        auto rows = qttest::itemRows(3);
+        rows[1][6] = name;
+        categories.push_back({name, rows});
+    }
+    return categories;
+}
+
+// Save to disk through the real boxes: the prompt, then what the end says.
+QString saveToDisk(QtHarness& h) {
+    ModalBoxes boxes;
+    boxes.press(QMessageBox::Ok).press(QMessageBox::Ok);
+    run(h, h.m().cmdSave, boxes);
+    return boxes.texts().value(1);
+}
+
+QString loadFromDisk(QtHarness& h) {
+    ModalBoxes boxes;
+    boxes.press(QMessageBox::Ok).press(QMessageBox::Ok).press(QMessageBox::Ok);
+    run(h, h.m().cmdLoad, boxes);
+    return boxes.texts().value(2);
+}
+
+} // namespace
+
+// Saved to a FAT stick and loaded back into an empty data folder: every
+// category and every cell, byte for byte.
+void CommandsTest::aFatStickCarriesEveryName() {
+    if (const std::string why = qmtest::FatStick::unavailable(); !why.empty()) QSKIP(why.c_str());
+    qmtest::FatStick stick(4096);
+    QtHarness h(qttest::RealPorts{.dialogs = true});
+    QVERIFY(stick.mountAt(h.core.floppyDir.path()));
+    h.core.writeCategories(awkwardCategories());
+    QVERIFY(h.startAndClick(0));
+    QCOMPARE(saveToDisk(h), QString("Save complete."));
+
+    QtHarness fresh(qttest::RealPorts{.dialogs = true});
+    QVERIFY(stick.mountAt(fresh.core.floppyDir.path()));
+    QVERIFY(fresh.start());
+    QCOMPARE(loadFromDisk(fresh), QString("Load complete."));
+    QCOMPARE(listTexts(fresh).size(), static_cast<int>(kAwkwardNames.size()));
+    for (const char* f : {"NumCats.csv", "CatFiles.csv"}) QCOMPARE(readFile(fresh.core.data(f)), readFile(h.core.data(f)));
+    for (const auto& name : kAwkwardNames) {
+        const std::string file = storage::FileStem(name) + ".csv";
+        QVERIFY2(readFile(fresh.core.data(file)) == readFile(h.core.data(file)), name.c_str());
+    }
+}
+
+// A category too big for what is left on the stick: told by name at the end,
+// and every other category still copied whole.
+void CommandsTest::aFullFatStickIsToldAndTakesTheRest() {
+    if (const std::string why = qmtest::FatStick::unavailable(); !why.empty()) QSKIP(why.c_str());
+    qmtest::FatStick stick(1024);
+    QtHarness h(qttest::RealPorts{.dialogs = true});
+    QVERIFY(stick.mountAt(h.core.floppyDir.path()));
+    auto categories = awkwardCategories();
+    std::vector<std::vector<std::string>> big;
+    for (int i = 0; i < 20000; ++i) big.push_back({"Item " + std::to_string(i), "1.00", "", "", "", "", std::string(40, 'z')});
+    categories.push_back({"Big", big});
+    h.core.writeCategories(categories);
+    QVERIFY(h.startAndClick(0));
+    const QString said = saveToDisk(h);
+    QVERIFY2(said.startsWith("The copy on the disk is not complete. Not copied: \"Big\"."), qPrintable(said));
+    for (const auto& name : kAwkwardNames) {
+        QVERIFY2(readFile(h.core.floppy(storage::StickStem(name) + ".csv")) == readFile(h.core.data(storage::FileStem(name) + ".csv")),
+                 name.c_str());
+    }
+    QCOMPARE(selectedText(h), QString("a/b"));
+    QCOMPARE(h.m().CurrentCategory.value_or(""), std::string("a/b"));
 }
 
 QTEST_MAIN(CommandsTest)

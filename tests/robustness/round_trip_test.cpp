@@ -199,6 +199,12 @@ TEST(RoundTrip, EveryTextAsACategoryNameComesBackOrIsRefusedWithAMessage) {
             }
             // Two names whose files would be one are tried on their own below.
             if (!seen.insert(text).second || !stems.insert(storage::FileStem(text)).second) continue;
+            // A name whose escaped form is too long for the backup disk is told by
+            // the backup (see the backup test), not carried.
+            if (storage::StickStem(text).size() + 4 > storage::kMaxFileName) {
+                ++refused;
+                continue;
+            }
             names.push_back(text);
         }
         h.run([&] {
@@ -227,7 +233,7 @@ TEST(RoundTrip, EveryTextAsACategoryNameComesBackOrIsRefusedWithAMessage) {
     listed("after the floppy");
     RecordProperty("names", static_cast<int>(names.size()));
     RecordProperty("refused", refused);
-    std::printf("%zu category names came back, %d refused as no name or too long for a file\n", names.size(), refused);
+    std::printf("%zu category names came back, %d refused as no name or too long for a file or the backup disk\n", names.size(), refused);
 }
 
 // "/" can't stand in a file name and is written as the division slash: a name
