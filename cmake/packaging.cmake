@@ -1,6 +1,9 @@
 # The Debian package, quillmere_3.0.0_amd64.deb: what the install rules put
-# under /usr (the program, the desktop entry, the icon, the shipped files in
-# share/quillmere/), with the Debian packages it needs declared.
+# under /usr (the program, the desktop entry, the icon, the AppStream metadata,
+# the manual page, the copyright and changelog, the shipped files in
+# share/quillmere/), with the Debian packages it needs declared. Built from a
+# Release build it carries Debian's hardening flags (cmake/hardening.cmake);
+# its program is stripped, .comment included (src/qt/CMakeLists.txt).
 #   cmake --build <build> --target package      (or: cpack --config <build>/CPackConfig.cmake)
 # Menus and icon caches are refreshed on the target by the triggers of
 # desktop-file-utils and the icon theme, so the package needs no scripts.
@@ -24,11 +27,18 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Quillmere maintainers <maintainers@quillmere.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION "Quillmere keeps track of what you own: categories such as car parts or \
-kitchen things, each a table of items with their original cost, current value, where and when \
-they were bought, when their warranty ends, a serial number or description and a picture. It \
-shows the totals of each category, prints a category, and copies the whole database to a \
-backup disk and back. Everything is kept as plain text files in ~/.local/share/Quillmere/.")
+# The extended description: lines kept under 80 columns (CPack takes them as
+# they are), a paragraph break as an empty line.
+string(JOIN "\n" CPACK_PACKAGE_DESCRIPTION
+  "Quillmere keeps track of what you own. You make categories, such as car"
+  "parts or kitchen things, and each category is a table of items with their"
+  "original cost, current value, where and when they were bought, when their"
+  "warranty ends, a serial number or description, and a picture."
+  ""
+  "It shows the totals of each category, prints a category, and copies the"
+  "whole database to a backup disk, such as a USB stick mounted at"
+  "/media/floppy, and back. Everything is stored as you work, as plain text"
+  "files in ~/.local/share/Quillmere/.")
 # The libraries the program links come from dpkg-shlibdeps; the Qt platform
 # plugins (no window without them) and the window's font are named here.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

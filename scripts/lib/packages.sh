@@ -11,22 +11,24 @@ QM_PACKAGES=(
     xvfb xauth xdotool imagemagick               # a virtual display and screenshots
     desktop-file-utils                           # checking and registering the desktop entry
     poppler-utils                                # reading printed PDFs in tests
-    dpkg-dev                                     # the Debian package (dpkg-shlibdeps)
+    dpkg-dev                                     # the Debian package (dpkg-shlibdeps, dpkg-buildflags)
+    lintian appstream man-db                     # checking the package, its metadata and manual page
     dosfstools fusefat                           # a real FAT stick in the backup tests
 )
 
-# Installs the missing packages with apt-get, without questions. The package lists
-# are refreshed only when something has to be installed, so a machine that has
-# everything is not touched at all.
+# Installs the missing packages with apt-get, without questions: those named, or
+# all of QM_PACKAGES. The package lists are refreshed only when something has to
+# be installed, so a machine that has everything is not touched at all.
 ensure_packages() {
-    local missing=() pkg
-    for pkg in "${QM_PACKAGES[@]}"; do
+    local wanted=("$@") missing=() pkg
+    [[ ${#wanted[@]} -gt 0 ]] || wanted=("${QM_PACKAGES[@]}")
+    for pkg in "${wanted[@]}"; do
         if [[ "$(dpkg-query -W -f='${db:Status-Status}' "$pkg" 2>/dev/null)" != installed ]]; then
             missing+=("$pkg")
         fi
     done
     if [[ ${#missing[@]} -eq 0 ]]; then
-        say "all ${#QM_PACKAGES[@]} packages are installed"
+        say "all ${#wanted[@]} packages are installed"
         return 0
     fi
     say "installing ${missing[*]}"

@@ -4,7 +4,8 @@
 QM_BUILD_DIR="$QM_REPO/build"
 QM_BUILT_PROGRAM="$QM_BUILD_DIR/src/qt/quillmere"
 
-# Release build of the program alone (no tests, no benchmarks) in build/.
+# Release build of the program alone (no tests, no benchmarks) in build/; the
+# Release build type takes Debian's hardening flags (cmake/hardening.cmake).
 # $1: the install prefix to configure.
 build_program() {
     local prefix="$1"
