@@ -1,6 +1,7 @@
 // The floppy backup on temporary folders: what a save puts on the floppy, the
 // load's passes and prompts, and that a load from a disk it can't read changes
 // nothing. A save and a load back through the real boxes: the GUI commands test.
+#include <algorithm>
 #include <cstring>
 #include <random>
 
@@ -105,6 +106,21 @@ TEST_F(Backup, ACategoryTheDiskRefusesIsToldAndTheOthersAreCopied) {
     EXPECT_NE(h.dialogs.messages.back().text.find("Not copied: \"Bike\"."), std::string::npos);
     for (const char* f : {"NumCats.csv", "CatFiles.csv", "Car.csv", "Tools.csv"}) EXPECT_EQ(readFile(h.floppy(f)), readFile(h.data(f))) << f;
     EXPECT_EQ(m->lstCategory.Text(), "Car");
+}
+
+// When this computer's disk refuses the walk that comes first, the copy's
+// walk would replace the unsaved category with its old file: nothing is copied.
+TEST_F(Backup, NothingIsCopiedWhenTheDataFolderCantBeStoredFirst) {
+    startWithBikeCarTools();
+    h.run([&] { m->FG1.setTextMatrix(1, 6, "typed"); });
+    h.files.persistent = true;
+    h.files.arm(FaultyFiles::OpenWrite, 0);
+    h.click(m->cmdSave);
+    h.files.disarm();
+    const auto texts = h.dialogs.texts();
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string& t) { return t.rfind("Nothing was copied to the disk", 0) == 0; }));
+    EXPECT_EQ(m->FG1.TextMatrix(1, 6), "typed");
+    EXPECT_TRUE(folderBytes(h.floppyDir.path()).empty());
 }
 
 // Names that FAT refuses, one that only letter case tells from the index, and
