@@ -291,10 +291,11 @@ void TypingTest::pasteAndInputMethodsWriteTheCell() {
     t.clickCell(3, 3); // empty
     // Control characters (C0, DEL, C1 such as NEL) become blanks; characters
     // with a byte of the C1 range inside them (\u20ac, \u0100) stay whole.
-    QGuiApplication::clipboard()->setText(QString::fromUtf8("a\tb\x01" "c,\"d\"\x7f\u0085\u00e9\u20ac\u0100\nsecond line"));
+    // Each line break (CR LF, CR, LF) is one blank, and nothing after one is lost.
+    QGuiApplication::clipboard()->setText(QString::fromUtf8("a\tb\x01" "c,\"d\"\x7f\u0085\u00e9\u20ac\u0100\nsecond\r\nline\rend"));
     t.key(Qt::Key_V, Qt::ControlModifier);
     QVERIFY(t.editorOn(3, 3));
-    QCOMPARE(t.cell(3, 3), std::string("a b c,\"d\"  \u00e9\u20ac\u0100"));
+    QCOMPARE(t.cell(3, 3), std::string("a b c,\"d\"  \u00e9\u20ac\u0100 second line end"));
     QVERIFY(t.caretAtEnd());
     // A paste into a money cell counts at once.
     t.clickCell(3, 1);
