@@ -4,12 +4,13 @@
 // main window as usable as before.
 //
 // With QM_SHOTS set to a folder, each window is also saved there as a PNG
-// picture, to look at its layout.
+// picture, to look at its layout (the picture window also with a big picture).
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QLabel>
 #include <QPointer>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextBrowser>
 #include <filesystem>
@@ -81,6 +82,7 @@ private slots:
     void opensAndClosesAgain_data();
     void opensAndClosesAgain();
     void contactValuesStandOnOneLineInsideTheWindow();
+    void pictureWindowFitsAroundThePicture();
 };
 
 void SmallWindowsTest::opensAndClosesAgain_data() {
@@ -158,6 +160,59 @@ void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
         const QRect inClient(label->mapTo(client, QPoint(0, 0)), label->size());
         QVERIFY2(client->rect().contains(inClient), l->name().c_str());
     }
+}
+
+// A picture linked to an item sizes the picture window to it, shown or hidden:
+// the form reads the size the window really took, and both buttons lie inside
+// the window, where a real click reaches them.
+void SmallWindowsTest::pictureWindowFitsAroundThePicture() {
+    QTemporaryDir dir;
+    auto picture = [&](int width, int height) {
+        QImage image(width, height, QImage::Format_RGB32);
+        image.fill(QColor(0x40, 0x90, 0xA0));
+        const QString path = dir.filePath(QStringLiteral("%1x%2.png").arg(width).arg(height));
+        image.save(path);
+        return path.toStdString();
+    };
+    QtHarness h;
+    h.core.writeCategories({{"Garage", qttest::itemRows(2)}});
+    qmtest::writeFile(h.core.data("GarageItem 1.csv"), picture(900, 700) + "\r\n");
+    QVERIFY(h.startAndClick(0));
+    qm::frmPic& pic = h.m().Pic();
+    qtface::FormWindow* fw = h.host.window(pic.form);
+    QWidget* top = fw->window();
+    auto fits = [&](QSize size) {
+        const QSize outer = top->frameGeometry().size();
+        bool ok = pic.form.Width() == h.host.twips().twips(outer.width()) && pic.form.Height() == h.host.twips().twips(outer.height());
+        ok = ok && fw->widgetOf(pic.picItem)->size() == size;
+        for (const forms::Control* c : std::initializer_list<const forms::Control*>{&pic.picItem, &pic.cmdAddPic, &pic.cmdClose}) {
+            QWidget* w = fw->widgetOf(*c);
+            ok = ok && top->rect().contains(QRect(w->mapTo(top, QPoint(0, 0)), w->size()));
+        }
+        if (!ok) qWarning("window %dx%d, form %dx%d twips", outer.width(), outer.height(), pic.form.Width(), pic.form.Height());
+        return ok;
+    };
+    auto clickIn = [&](const forms::Control& button) {
+        QWidget* w = fw->widgetOf(button);
+        QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, w->mapTo(top, w->rect().center()));
+        QtHarness::settle();
+    };
+    QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, h.grid()->cellRect(1, 2).center());
+    QVERIFY(!top->isVisible());
+    QVERIFY(fits({900, 700})); // sized while hidden
+    h.click(h.m().chkPic);
+    QtHarness::settle();
+    QVERIFY(top->isVisible());
+    QVERIFY(fits({900, 700}));
+
+    h.core.dialogs.openAnswers.push_back(picture(3000, 2000));
+    clickIn(pic.cmdAddPic);
+    QCOMPARE(h.core.dialogs.filters.size(), std::size_t(1));
+    QVERIFY(fits({3000, 2000}));
+    saveShot(top, "frmPic-3000x2000");
+    clickIn(pic.cmdClose);
+    QVERIFY(!top->isVisible());
+    QCOMPARE(h.m().chkPic.Value(), 0);
 }
 
 QTEST_MAIN(SmallWindowsTest)
