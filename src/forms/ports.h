@@ -95,6 +95,8 @@ public:
     virtual std::shared_ptr<Picture> LoadPicture(const std::string& path) = 0;
     // What shows where a stock picture can't be read.
     virtual std::shared_ptr<Picture> placeholder() = 0;
+    // The program's own icon, 48 by 48 (the placeholder where there is none).
+    virtual std::shared_ptr<Picture> applicationIcon() = 0;
 };
 
 // ---- Printer -----------------------------------------------------------

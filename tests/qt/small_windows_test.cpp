@@ -67,6 +67,9 @@ QWidget* shownWindow(QtHarness& h, const SmallWindow& w) {
     return top->isWindow() && top != h.topWidget() ? top : nullptr;
 }
 
+// The application's icon as the program sets it at its start.
+const QString kIcon = QString::fromStdString((std::filesystem::path(__FILE__).parent_path() / "../../packaging/quillmere.png").string());
+
 void saveShot(QWidget* top, const char* name) {
     const QString folder = qEnvironmentVariable("QM_SHOTS");
     if (folder.isEmpty()) return;
@@ -99,6 +102,7 @@ void SmallWindowsTest::opensAndClosesAgain() {
     QFETCH(bool, byWindowManager);
     const SmallWindow& w = kWindows[window];
     QtHarness h;
+    QApplication::setWindowIcon(QIcon(kIcon));
     h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
     // The help page as the program ships it.
     std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
@@ -116,6 +120,14 @@ void SmallWindowsTest::opensAndClosesAgain() {
         if (auto* browser = top->findChild<QTextBrowser*>())
             QVERIFY(browser->toPlainText().contains("Where your data lives"));
         if (round == 0) saveShot(top, w.name);
+        if (auto* icon = dynamic_cast<forms::PictureBox*>(w.form(m)->find("picIcon"))) {
+            // The application's icon, drawn in the box.
+            const auto* shown = dynamic_cast<const qtface::QtPicture*>(icon->picture().get());
+            const QImage expected = QIcon(kIcon).pixmap(48, 48).toImage();
+            QVERIFY(shown && shown->image().convertToFormat(expected.format()) == expected);
+            const QImage drawn = h.host.window(*w.form(m))->widgetOf(*icon)->grab().toImage();
+            QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
+        }
 
         if (byWindowManager) {
             top->close();
@@ -141,8 +153,9 @@ void SmallWindowsTest::opensAndClosesAgain() {
     QCOMPARE(h.core.runtime.focused(), &m.T1);
 }
 
-// The values of the contact window were laid out with runs of blanks for one
-// font; whatever font the desktop gives, each must show whole on one line.
+// The contact window at its designed size; whatever font the desktop gives,
+// each caption and value shows whole on one line, and the values stand in one
+// column behind the captions.
 void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
     QtHarness h;
     QVERIFY(h.start());
@@ -151,7 +164,17 @@ void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
     qm::frmContact& c = *h.m().contactIfLoaded();
     qtface::FormWindow* fw = h.host.window(c.form);
     QWidget* client = fw->client();
-    for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail}) {
+    QCOMPARE(client->size(), QSize(qttest::pixels(5730), qttest::pixels(2730)));
+    QCOMPARE(fw->widgetOf(c.cmdOK)->mapTo(client, QPoint(0, 0)).x(), qttest::pixels(2040));
+    const int column = fw->widgetOf(c.lblAuthorValue)->x();
+    using Line = std::pair<forms::Label*, forms::Label*>;
+    for (auto [caption, value] : {Line{&c.lblAuthor, &c.lblAuthorValue}, Line{&c.lblProgrammer, &c.lblProgrammerValue},
+                                  Line{&c.lblEmail, &c.lblEmailValue}, Line{&c.lblSecEmail, &c.lblSecEmailValue}}) {
+        QCOMPARE(fw->widgetOf(*value)->x(), column);
+        QVERIFY2(fw->widgetOf(*caption)->geometry().right() < column, caption->name().c_str());
+    }
+    for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail, &c.lblAuthorValue,
+                            &c.lblProgrammerValue, &c.lblEmailValue, &c.lblSecEmailValue}) {
         auto* label = qobject_cast<QLabel*>(fw->widgetOf(*l));
         QVERIFY(label);
         const QFontMetrics fm(label->font());
