@@ -9,6 +9,7 @@
 #include "big_categories.h"
 #include "forms/input.h"
 #include "goals.h"
+#include "mainwindow/totals.h"
 #include "paired_samples.h"
 
 namespace qmbench {
@@ -56,9 +57,9 @@ void updateTotals(benchmark::State& state) {
         const auto [cost, value] = plainTotals(columns);
         m.UpdateTotals();
         // A run that stopped early would be fast for the wrong reason.
-        if (m.txtCost.Text() != big.h.currency.format(cost) || m.txtValue.Text() != big.h.currency.format(value)) {
+        if (m.txtCost.Text() != qm::MoneyText(big.h.currency, cost) || m.txtValue.Text() != qm::MoneyText(big.h.currency, value)) {
             std::string p = "UpdateTotals gave " + m.txtCost.Text() + " and " + m.txtValue.Text() + ", the plain loop " +
-                            big.h.currency.format(cost) + " and " + big.h.currency.format(value);
+                            qm::MoneyText(big.h.currency, cost) + " and " + qm::MoneyText(big.h.currency, value);
             state.SkipWithError(p.c_str());
             return;
         }

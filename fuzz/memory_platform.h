@@ -31,6 +31,7 @@ public:
     explicit MemoryPictures(MemoryFiles& files) : files_(files) {}
     std::shared_ptr<forms::Picture> LoadPicture(const std::string& path) override;
     std::shared_ptr<forms::Picture> placeholder() override;
+    std::shared_ptr<forms::Picture> applicationIcon() override { return placeholder(); }
 
 private:
     MemoryFiles& files_;

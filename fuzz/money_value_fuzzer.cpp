@@ -1,7 +1,7 @@
 // Any text read back as an amount, under US rules and under rules with the
 // symbol behind, a decimal comma and a minus sign: a finite number or a
-// failure, never a crash; an amount that reads formats to a text that reads
-// as the same amount, rounded.
+// failure, never a crash; an amount that reads formats to the hand-worked
+// rounding of it (the US text exactly), which reads back as that rounding.
 #include <cmath>
 #include <string>
 
@@ -11,6 +11,7 @@
 #include "forms/locale_currency.h"
 #include "mainwindow/totals.h"
 #include "memory_platform.h"
+#include "support/money_oracle.h"
 
 namespace {
 
@@ -46,7 +47,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const forms::Failure&) {
         return 0;
     }
-    if (qm::MoneyValue(currency, again) != qm::RoundToCurrency(v, currency.decimals()))
+    const moneyoracle::Units rounded = moneyoracle::rounded(v, currency.decimals());
+    if (&currency == &us && again != moneyoracle::usText(rounded, us.decimals()))
+        fuzzing::broken("the amount of [" + text + "] formats to [" + again + "], not " + moneyoracle::usText(rounded, 2));
+    if (qm::MoneyValue(currency, again) != moneyoracle::valueOf(rounded, currency.decimals()))
         fuzzing::broken("the amount of [" + text + "] formats to [" + again + "], which reads as another amount");
     return 0;
 }

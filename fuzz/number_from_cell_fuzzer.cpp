@@ -8,6 +8,7 @@
 #include "forms/locale_currency.h"
 #include "mainwindow/totals.h"
 #include "memory_platform.h"
+#include "support/money_oracle.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
@@ -25,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const forms::Failure&) {
         return 0;
     }
-    if (qm::MoneyValue(us, money) != qm::RoundToCurrency(v, us.decimals()))
-        fuzzing::broken("the currency text " + money + " reads back as another amount");
+    if (money != moneyoracle::usText(moneyoracle::rounded(v, 2), 2))
+        fuzzing::broken("the currency text " + money + " is not the amount rounded by hand");
     return 0;
 }

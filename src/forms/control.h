@@ -42,8 +42,11 @@ class ControlView {
 public:
     virtual ~ControlView() = default;
     virtual void changed(Control& control, Prop what) = 0;
-    // The form itself: shown or hidden, caption, size.
+    // The form itself: shown or hidden, caption.
     virtual void formChanged(Form&, Prop) {}
+    // Code set the form's outer size (0: that side as it is): the view sizes its
+    // window at once, shown or hidden, and writes back the size it really took.
+    virtual void sizeForm(Form&, int& /*widthTwips*/, int& /*heightTwips*/) {}
 };
 
 // The properties and behaviour every control shares. Positions are twips in the

@@ -32,6 +32,9 @@ namespace key {
 constexpr int Backspace = 8;
 constexpr int Tab = 9;
 constexpr int Enter = 13;
+constexpr int Shift = 16;
+constexpr int Control = 17;
+constexpr int Alt = 18;
 constexpr int Escape = 27;
 constexpr int PageUp = 33;
 constexpr int PageDown = 34;

@@ -23,15 +23,17 @@ void Form::announce() {
 }
 
 void Form::setWidth(int twips) {
-    if (twips == width_) return;
-    width_ = twips;
-    if (view_) view_->formChanged(*this, Prop::Geometry);
+    if (twips != width_) sizeBy(twips, 0);
 }
 
 void Form::setHeight(int twips) {
-    if (twips == height_) return;
-    height_ = twips;
-    if (view_) view_->formChanged(*this, Prop::Geometry);
+    if (twips != height_) sizeBy(0, twips);
+}
+
+void Form::sizeBy(int widthTwips, int heightTwips) {
+    int w = widthTwips, h = heightTwips;
+    if (view_) view_->sizeForm(*this, w, h);
+    platformResized(w > 0 ? w : width_, h > 0 ? h : height_);
 }
 
 void Form::platformResized(int widthTwips, int heightTwips) {

@@ -36,7 +36,8 @@ public:
     Font font;
     std::string Icon;     // a picture file shown as the window's icon
 
-    // The outer size as the platform reports it after a resize.
+    // The outer size as the window really took it. Setting a side sizes the
+    // window at once, also while it is hidden; Resize runs if the size changed.
     int Width() const { return width_; }
     int Height() const { return height_; }
     void setWidth(int twips);
@@ -68,6 +69,8 @@ public:
     void changed(Control& control, Prop what) override;
 
 private:
+    void sizeBy(int widthTwips, int heightTwips);
+
     Runtime& runtime_;
     std::string name_;
     bool visible_ = false;

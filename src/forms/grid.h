@@ -166,6 +166,8 @@ public:
     std::function<void()> LeaveCell;
     std::function<void()> Scroll;
     std::function<void(int& keyAscii)> KeyPress;
+    // Every key that goes down while the grid holds the focus, before the grid's own handling.
+    std::function<void(int& keyCode, int shift)> KeyDown;
 
     // User input: a click on a cell moves the current cell as code does; the
     // scroll bars move the view.

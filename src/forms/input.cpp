@@ -101,6 +101,15 @@ void clickText(Runtime& rt, TextBox& box, int caret) {
     });
 }
 
+bool gridKeyDown(Runtime& rt, Grid& grid, int keyCode, int shift) {
+    if (!grid.canFocus() || !grid.KeyDown) return true;
+    rt.dispatch([&] {
+        int code = keyCode;
+        rt.raise([&] { grid.KeyDown(code, shift); });
+    });
+    return grid.hasFocus();
+}
+
 void gridKey(Runtime& rt, Grid& grid, int keyCode, char32_t ch) {
     if (!grid.canFocus()) return;
     rt.dispatch([&] {

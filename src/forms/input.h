@@ -42,6 +42,10 @@ void text(Runtime& rt, TextBox& box, const std::u32string& chars);
 void paste(Runtime& rt, TextBox& box, const std::string& utf8);
 // A click in a text box: it takes the focus and the caret goes where the click put it.
 void clickText(Runtime& rt, TextBox& box, int caret);
+// A key going down while the grid holds the focus: KeyDown runs, as a piece of
+// input of its own. Returns false if it gave the focus to another control: the
+// key then belongs to that control, and gridKey doesn't follow.
+bool gridKeyDown(Runtime& rt, Grid& grid, int keyCode, int shift);
 // A key while the grid holds the focus: arrow keys move the current cell as the
 // grid's own keys do; a character runs KeyPress.
 void gridKey(Runtime& rt, Grid& grid, int keyCode, char32_t ch);

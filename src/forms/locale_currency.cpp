@@ -47,16 +47,11 @@ LocaleCurrency::LocaleCurrency(const std::string& localeName) {
     }
 }
 
-std::string LocaleCurrency::format(double amount) const {
+std::string LocaleCurrency::format(const MoneyUnits& amount) const {
     const Rules& r = rules_;
-    bool negative = amount < 0;
-    char buf[400];
-    auto res = std::to_chars(buf, buf + sizeof buf, std::fabs(amount), std::chars_format::fixed, r.decimals);
-    std::string digits(buf, res.ptr);
-    std::string whole = digits, frac;
-    if (auto dot = digits.find('.'); dot != std::string::npos) { whole = digits.substr(0, dot); frac = digits.substr(dot + 1); }
-    if (negative && whole.find_first_not_of('0') == std::string::npos && frac.find_first_not_of('0') == std::string::npos)
-        negative = false; // no "-0.00"
+    const auto [whole, frac] = amount.split(r.decimals);
+    // No "-0.00".
+    const bool negative = amount.negative && amount.digits.find_first_not_of('0') != std::string::npos;
 
     // Digit groups from the right, as the grouping string says; its last size repeats.
     std::string grouped;

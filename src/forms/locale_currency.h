@@ -29,7 +29,7 @@ public:
     static Rules usRules() { return Rules{}; }
 
     int decimals() const override { return rules_.decimals; }
-    std::string format(double roundedAmount) const override;
+    std::string format(const MoneyUnits& amount) const override;
     double parse(const std::string& text) const override;
     const Rules& rules() const { return rules_; }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "forms/control.h"
 #include "forms/failure.h"
@@ -102,6 +103,8 @@ public:
     virtual std::shared_ptr<Picture> LoadPicture(const std::string& path) = 0;
     // What shows where a stock picture can't be read.
     virtual std::shared_ptr<Picture> placeholder() = 0;
+    // The program's own icon, 48 by 48 (the placeholder where there is none).
+    virtual std::shared_ptr<Picture> applicationIcon() = 0;
 };
 
 // ---- Printer -----------------------------------------------------------
@@ -117,13 +120,27 @@ public:
 
 // ---- Currency ----------------------------------------------------------
 
+// An amount rounded to a currency's decimals, exactly: a whole number of the
+// currency's smallest units, in decimal digits without leading zeros ("0" for none).
+struct MoneyUnits {
+    bool negative = false;
+    std::string digits = "0";
+
+    // The whole and the decimal digits at this many decimals: 5 units at 2 are "0" and "05".
+    std::pair<std::string, std::string> split(int decimals) const {
+        const auto d = static_cast<std::size_t>(decimals < 0 ? 0 : decimals);
+        const std::string all = digits.size() <= d ? std::string(d + 1 - digits.size(), '0') + digits : digits;
+        return {all.substr(0, all.size() - d), all.substr(all.size() - d)};
+    }
+};
+
 class CurrencyPort {
 public:
     virtual ~CurrencyPort() = default;
     // Digits after the decimal point of an amount.
     virtual int decimals() const = 0;
-    // An amount already rounded to decimals(), in the regional currency format.
-    virtual std::string format(double roundedAmount) const = 0;
+    // A rounded amount in the regional currency format.
+    virtual std::string format(const MoneyUnits& amount) const = 0;
     // Any text format() gives, and plain numbers; fails on anything else.
     virtual double parse(const std::string& text) const = 0;
 };

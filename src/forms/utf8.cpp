@@ -54,6 +54,9 @@ std::string blankControls(std::string_view s) {
         if (c == 0xC2 && i + 1 < s.size() && isControl(static_cast<unsigned char>(s[i + 1]))) {
             out += ' ';
             ++i;
+        } else if (c == '\r' && i + 1 < s.size() && s[i + 1] == '\n') {
+            out += ' '; // one line break, as written on some systems
+            ++i;
         } else {
             // Bytes from 0x80 on are parts of longer characters, not controls.
             out += c < 0x20 || c == 0x7F ? ' ' : static_cast<char>(c);

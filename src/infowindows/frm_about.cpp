@@ -10,13 +10,14 @@ namespace {
 // Both windows: a fixed dialog, centred, with the program's icon, an etched
 // rule and an OK button that Enter and Esc press and that unloads the window,
 // as its close by the window manager does.
-void declareInfoWindow(forms::Form& form, const char* caption, int width, int height, forms::PictureBox& icon,
+void declareInfoWindow(frmMain& m, forms::Form& form, const char* caption, int width, int height, forms::PictureBox& icon,
                        forms::Button& ok, int okLeft, int okTop, int okWidth, std::function<void()> unload) {
     forms::declareWindow(
         form, {.caption = caption, .font = {"Comic Sans MS", 8.25, false}, .clientWidth = width, .clientHeight = height},
         unload);
     icon.move(120, 120, 780, 780);
     icon.setTabIndex(1);
+    icon.setPicture(m.platform.pictures.applicationIcon());
     forms::declareButton(ok, "OK", okLeft, okTop, okWidth, 345, 0, std::move(unload));
     ok.Default = true;
     ok.Cancel = true;
@@ -40,15 +41,22 @@ void label(forms::Label& l, const std::string& caption, int left, int top, int w
     l.setCaption(caption);
 }
 
-// A label that shows its whole text on one line, as wide as the text is.
-void valueLine(forms::Label& l, const std::string& caption, int left, int top, int width, int height, int tab) {
-    label(l, caption, left, top, width, height, tab);
-    l.AutoSize = true;
-}
+// Where the values of the contact lines begin: where "Secondary E-Mail:" and
+// its 24 blanks end in the 8-point MS Sans Serif the window was laid out in
+// (73 + 24 x 2 pixels from its left at 1080). The other lines' blanks were
+// meant to reach the same column; each value is a label of its own there, so
+// the values stand in one column whatever font the desktop gives.
+constexpr int kValueLeft = 2895;
 
-// Wide enough for the longest value line in an 8.25 point sans-serif of the
-// desktop (DejaVu Sans, the widest of the usual ones), with a margin.
-constexpr int kContactWidth = 6870;
+// A contact line: its caption up to the values' column, its value behind it,
+// each on one line at its own width.
+void contactLine(forms::Label& caption, forms::Label& value, const std::string& text, const std::string& valueText,
+                 int left, int top, int height, int tab) {
+    label(caption, text, left, top, kValueLeft - left, height, tab);
+    label(value, valueText, kValueLeft, top, 5730 - 60 - kValueLeft, height, tab);
+    caption.AutoSize = true;
+    value.AutoSize = true;
+}
 
 } // namespace
 
@@ -62,7 +70,7 @@ frmAbout::frmAbout(frmMain& m)
       cmdSysInfo(form, nullptr, "cmdSysInfo"), lblDescription(form, nullptr, "lblDescription"),
       lblDisclaimer(form, nullptr, "lblDisclaimer"), lblTitle(form, nullptr, "lblTitle"),
       lblVersion(form, nullptr, "lblVersion"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White") {
-    declareInfoWindow(form, "About Quillmere", 5865, 4260, picIcon, cmdOK, 4440, 3240, 1260, [this] { cmdOK_Click(); });
+    declareInfoWindow(m, form, "About Quillmere", 5865, 4260, picIcon, cmdOK, 4440, 3240, 1260, [this] { cmdOK_Click(); });
     forms::declareButton(cmdSysInfo, "&System Info...", 4440, 3720, 1245, 345, 2, [this] { cmdSysInfo_Click(); });
     label(lblDescription,
           "Quillmere is designed as a database utility, providing an easy way for anyone to keep track of and "
@@ -96,20 +104,17 @@ frmContact::frmContact(frmMain& m)
     : main(m), form(m.platform.runtime, "frmContact"), cmdOK(form, nullptr, "cmdOK"), picIcon(form, nullptr, "picIcon"),
       lblAuthor(form, nullptr, "lblAuthor"), lblTitle(form, nullptr, "lblTitle"), lblVersion(form, nullptr, "lblVersion"),
       lblEmail(form, nullptr, "lblEmail"), lblSecEmail(form, nullptr, "lblSecEmail"),
-      lblProgrammer(form, nullptr, "lblProgrammer"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White") {
-    // The values stand behind runs of blanks. Blanks of the desktop's fonts are
-    // wider than those the design was measured in, so each line keeps to one
-    // line at its own width, and the window is wider than designed (5730) to
-    // hold the longest of them whole.
-    declareInfoWindow(form, "Contact Info", kContactWidth, 2730, picIcon, cmdOK, (kContactWidth - 1500) / 2, 2280, 1500,
-                      [this] { cmdOK_Click(); });
-    valueLine(lblAuthor, "Author:" + std::string(24, ' ') + "The Quillmere project", 1050, 885, 4005, 210, 2);
+      lblProgrammer(form, nullptr, "lblProgrammer"), Line1(form, nullptr, "Line1"), Line1White(form, nullptr, "Line1White"),
+      lblAuthorValue(form, nullptr, "lblAuthorValue"), lblEmailValue(form, nullptr, "lblEmailValue"),
+      lblSecEmailValue(form, nullptr, "lblSecEmailValue"), lblProgrammerValue(form, nullptr, "lblProgrammerValue") {
+    declareInfoWindow(m, form, "Contact Info", 5730, 2730, picIcon, cmdOK, 2040, 2280, 1500, [this] { cmdOK_Click(); });
+    contactLine(lblAuthor, lblAuthorValue, "Author:", "The Quillmere project", 1050, 885, 210, 2);
     label(lblTitle, "Quillmere", 1050, 240, 3885, 240, 3);
     label(lblVersion, VersionCaption(), 1080, 480, 3885, 225, 4);
-    valueLine(lblEmail, "E-Mail:" + std::string(40, ' ') + "through the project's issue tracker", 1080, 1560, 4095, 255, 5);
-    valueLine(lblSecEmail, "Secondary E-Mail:" + std::string(24, ' ') + "none", 1080, 1800, 3975, 255, 6);
-    valueLine(lblProgrammer, "Programmer:" + std::string(45, ' ') + "The Quillmere developers", 1080, 1080, 3975, 255, 7);
-    etchedRule(Line1, Line1White, 120, 2160, kContactWidth - 46, 120, kContactWidth - 61);
+    contactLine(lblEmail, lblEmailValue, "E-Mail:", "the issue tracker", 1080, 1560, 255, 5);
+    contactLine(lblSecEmail, lblSecEmailValue, "Secondary E-Mail:", "none", 1080, 1800, 255, 6);
+    contactLine(lblProgrammer, lblProgrammerValue, "Programmer:", "The Quillmere developers", 1080, 1080, 255, 7);
+    etchedRule(Line1, Line1White, 120, 2160, 5684, 120, 5669);
     form.announce();
 }
 

@@ -53,6 +53,11 @@ public:
     forms::Label lblProgrammer;
     forms::Line Line1;
     forms::Line Line1White;
+    // The values of the four lines above, in one column.
+    forms::Label lblAuthorValue;
+    forms::Label lblEmailValue;
+    forms::Label lblSecEmailValue;
+    forms::Label lblProgrammerValue;
 
     void cmdOK_Click();
 };

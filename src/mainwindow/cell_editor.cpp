@@ -41,8 +41,8 @@ bool editorCoversCurrentCell(frmMain& m) {
 
 // After a scroll that closed the editor: it opens again over the current cell
 // at its new place if the cell is still in view, else the grid keeps the focus
-// (a key then opens the editor and brings the cell back). Either way no key can
-// reach a hidden editor that lies over some other cell.
+// (its KeyDown then brings the cell back and opens the editor). Either way no
+// key can reach a hidden editor that lies over some other cell.
 void reopenAfterScroll(frmMain& m) {
     forms::Control* focused = m.platform.runtime.focused();
     if (focused != &m.T1 && focused != &m.FG1) return; // the user has gone elsewhere
@@ -113,6 +113,16 @@ void frmMain::FG1_Scroll() {
     const bool editing = T1.Visible() && (T1.hasFocus() || FG1.hasFocus());
     T1.setVisible(false);
     if (editing) platform.runtime.post([this] { reopenAfterScroll(*this); });
+}
+
+// A key never lands unseen in a cell scrolled out of view: the cell comes back
+// into view with the editor open on it, caret at the end, and the key goes on
+// to the editor like any key typed there. A modifier on its own does nothing.
+void frmMain::FG1_KeyDown(int& KeyCode, int /*Shift*/) {
+    if (KeyCode == forms::key::Shift || KeyCode == forms::key::Control || KeyCode == forms::key::Alt) return;
+    if (FG1.Rows() <= 1 || currentCellInView(FG1)) return;
+    ShowCurrentCell();
+    FG1_GotFocus();
 }
 
 void frmMain::T1_Change() {

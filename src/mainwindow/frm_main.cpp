@@ -109,6 +109,7 @@ void frmMain::wireEvents() {
     T1.KeyDown = [this](int& code, int shift) { T1_KeyDown(code, shift); };
     T1.KeyPress = [this](int& ascii) { T1_KeyPress(ascii); };
     FG1.KeyPress = [this](int& ascii) { FG1_KeyPress(ascii); };
+    FG1.KeyDown = [this](int& code, int shift) { FG1_KeyDown(code, shift); };
 
     auto bind = [this](forms::Button& button, const char* menuEntry, void (frmMain::*command)()) {
         button.Click = [this, command] { (this->*command)(); };

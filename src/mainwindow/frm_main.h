@@ -161,6 +161,7 @@ public:
     void T1_KeyDown(int& KeyCode, int Shift);
     void T1_KeyPress(int& KeyAscii);
     void FG1_KeyPress(int& KeyAscii);
+    void FG1_KeyDown(int& KeyCode, int Shift);
     void ShowCurrentCell();
 
     // ---- totals (mainwindow/totals.cpp) -------------------------------------

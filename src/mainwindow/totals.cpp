@@ -1,10 +1,8 @@
 #include "mainwindow/totals.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <optional>
 
 #include "forms/failure.h"
@@ -17,17 +15,6 @@ using forms::Failure;
 namespace {
 
 bool skipped(char c) { return c == ' ' || c == '\t' || c == '\n'; }
-
-// The gap from a finite a >= 0 to the next larger double, from its exponent
-// bits; at the largest double the gap is taken as that of its binade (it only
-// bounds a fraction below 1).
-double unitInLastPlace(double a) {
-    const auto bits = std::bit_cast<std::uint64_t>(a);
-    const auto exponent = static_cast<int>(bits >> 52);
-    if (exponent == 0) return std::numeric_limits<double>::denorm_min();
-    if (exponent > 52) return std::bit_cast<double>(static_cast<std::uint64_t>(exponent - 52) << 52);
-    return std::bit_cast<double>(std::uint64_t{1} << (exponent - 1));
-}
 
 // Reads &H or &O digits (blanks skipped) as a whole number: up to 16 bits it is
 // taken as a signed 16-bit value, up to 32 bits as a signed 32-bit one.
@@ -101,44 +88,35 @@ double generalNumber(std::string_view t) {
     return negative ? -v : v;
 }
 
+// The number of decimals a currency can have.
+int currencyDecimals(int decimals) { return decimals < 0 ? 0 : decimals > 6 ? 6 : decimals; }
+
 double currencyScale(int decimals) {
     static const double kScale[] = {1, 10, 100, 1000, 1e4, 1e5, 1e6};
-    return kScale[decimals < 0 ? 0 : decimals > 6 ? 6 : decimals];
+    return kScale[currencyDecimals(decimals)];
 }
 
-// floor() of a finite y: whole numbers from 2^52 up are their own floor, and
-// below that one conversion to an integer does it (UpdateTotals calls this
-// for every row of both money columns).
-inline double floorFinite(double y) {
-    if (y == 0 || !(std::fabs(y) < 4503599627370496.0)) return y;
-    const double t = static_cast<double>(static_cast<std::int64_t>(y));
-    return t > y ? t - 1 : t;
+// A whole number of units below 2^53, held exactly by a double, in digits.
+forms::MoneyUnits unitsOf(double wholeUnits) {
+    const auto n = static_cast<std::int64_t>(wholeUnits);
+    return {n < 0, std::to_string(n < 0 ? -n : n)};
 }
 
-// RoundToCurrency with the scale of the currency's decimals, as a count of
-// the currency's smallest units (a whole number, or not finite).
-inline double roundedUnits(double x, double scale) {
-    double y = x * scale;
-    if (!std::isfinite(y)) return y;
-    double f = floorFinite(y);
-    double r = y - f;
-    double a = std::fabs(y);
-    // The error of x and of the product is a few units in the last place of y:
-    // within that a fraction counts as an exact half.
-    double tolerance = 4 * unitInLastPlace(a);
-    double k;
-    if (std::fabs(r - 0.5) <= tolerance) k = y >= 0 ? f + 1 : f;
-    else k = r < 0.5 ? f : f + 1;
-    return k;
+// What the text of a rounded amount reads back as: the double nearest to it.
+double amountOf(const forms::MoneyUnits& u, int decimals) {
+    const auto [whole, frac] = u.split(decimals);
+    const std::string text = (u.negative ? "-" : "") + whole + (frac.empty() ? "" : "." + frac);
+    double v = 0;
+    std::from_chars(text.data(), text.data() + text.size(), v);
+    return v;
 }
-
-inline double roundScaled(double x, double scale) { return roundedUnits(x, scale) / scale; }
 
 // Below this many units the rounding of a running total plus an amount that
 // is a whole number of units (within kWholeSlack) gives exactly their sum:
 // the errors of the floating steps stay far below the half unit that would
 // tip the rounding.
 constexpr double kExactUnits = 1099511627776.0; // 2^40
+constexpr std::size_t kExactDigits = 12;       // 10^12 - 1 < 2^40
 constexpr double kWholeSlack = 1e-6;
 
 constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -193,12 +171,34 @@ double NumberFromCell(std::string_view t) {
     return negative ? -v : v;
 }
 
-double RoundToCurrency(double x, int decimals) { return roundScaled(x, currencyScale(decimals)); }
+// Every double is a binary fraction, so enough decimals write it exactly (it
+// is a whole multiple of 2^(exponent - 53), and of 2^-1074). With every digit
+// exact, a half or more is a first dropped digit of 5 or more.
+forms::MoneyUnits RoundToCurrency(double x, int decimals) {
+    if (!std::isfinite(x)) throw Failure("overflow");
+    decimals = currencyDecimals(decimals);
+    int exponent = 0;
+    (void)std::frexp(x, &exponent);
+    const int exact = std::clamp(53 - exponent, 0, 1074);
+    char buf[1500]; // 309 whole digits and 1074 decimals at the most
+    const auto res = std::to_chars(buf, buf + sizeof buf, std::fabs(x), std::chars_format::fixed, std::max(exact, decimals + 1));
+    const std::string_view text(buf, static_cast<std::size_t>(res.ptr - buf));
+    const std::size_t point = text.find('.');
+    std::string digits(text.substr(0, point));
+    digits.append(text.substr(point + 1, static_cast<std::size_t>(decimals)));
+    if (text[point + 1 + static_cast<std::size_t>(decimals)] >= '5') {
+        std::size_t i = digits.size();
+        while (i > 0 && digits[i - 1] == '9') digits[--i] = '0';
+        if (i == 0) digits.insert(digits.begin(), '1');
+        else ++digits[i - 1];
+    }
+    const std::size_t first = std::min(digits.find_first_not_of('0'), digits.size() - 1);
+    digits.erase(0, first);
+    return {x < 0 && digits != "0", std::move(digits)};
+}
 
 std::string MoneyText(const forms::CurrencyPort& currency, double x) {
-    double r = RoundToCurrency(x, currency.decimals());
-    if (!std::isfinite(r)) throw Failure("overflow");
-    return currency.format(r);
+    return currency.format(RoundToCurrency(x, currency.decimals()));
 }
 
 double MoneyValue(const forms::CurrencyPort& currency, const std::string& text) { return currency.parse(text); }
@@ -282,26 +282,39 @@ void TotalsCache::rescale(double scale) {
 // amount is added as a whole count of units, which is what the rounding step
 // would give for it.
 void frmMain::UpdateTotals() {
-    const double scale = currencyScale(platform.currency.decimals());
+    const int decimals = currencyDecimals(platform.currency.decimals());
+    const double scale = currencyScale(decimals);
     totalsCache_.useScale(scale);
     auto column = [&](forms::TextBox& box, int col) -> bool {
         box.setText("0");
         const int rows = std::min({ItemRowCount, FG1.Rows(), 32768});
-        double units = 0; // the running total in the currency's smallest units
+        // The running total: a count of the smallest units while it is below
+        // kExactUnits, else the rounded amount and what its text reads back as.
+        double units = 0;
+        forms::MoneyUnits large;
+        double largeAmount = 0;
+        bool small = true;
         int done = 0;
         bool ok = rows == ItemRowCount;
         for (; done < rows; ++done) {
             const TotalsCache::Entry& e = totalsCache_.entry(done, col);
-            if (e.whole && std::fabs(units) < kExactUnits) {
+            if (small && e.whole && std::fabs(units) < kExactUnits) {
                 units += e.units;
                 continue;
             }
             if (e.state != TotalsCache::Number) { ok = false; break; }
-            const double next = roundedUnits(units / scale + e.value, scale);
-            if (!std::isfinite(next / scale)) { ok = false; break; }
-            units = next;
+            const double sum = (small ? units / scale : largeAmount) + e.value;
+            if (!std::isfinite(sum)) { ok = false; break; }
+            forms::MoneyUnits next = RoundToCurrency(sum, decimals);
+            small = next.digits.size() <= kExactDigits;
+            if (small) {
+                units = static_cast<double>(std::stoll(next.digits)) * (next.negative ? -1 : 1);
+            } else {
+                largeAmount = amountOf(next, decimals);
+                large = std::move(next);
+            }
         }
-        if (done > 0) box.setText(platform.currency.format(units / scale));
+        if (done > 0) box.setText(platform.currency.format(small ? unitsOf(units) : large));
         return ok;
     };
     if (!column(txtCost, TotalsCache::kCostCol)) return;

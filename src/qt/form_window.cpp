@@ -147,6 +147,25 @@ void FormWindow::formChanged(forms::Form&, forms::Prop) {
     if (!detached_) host_.enqueue(this);
 }
 
+void FormWindow::sizeForm(forms::Form&, int& widthTwips, int& heightTwips) {
+    if (detached_ || !top_) return;
+    const Twips& twips = host_.twips();
+    // The frame as the window manager drew it when the window was last shown
+    // (none before that): the form's size is the outer one.
+    const QSize frame = top_->frameGeometry().size() - top_->size();
+    if (form_.Border == forms::BorderStyle::Sizable) {
+        QSize outer = top_->frameGeometry().size();
+        if (widthTwips > 0) outer.setWidth(twips.px(widthTwips));
+        if (heightTwips > 0) outer.setHeight(twips.px(heightTwips));
+        top_->resize((outer - frame).expandedTo(QSize(1, 1)));
+    } else if (!top_->isVisible()) {
+        top_->adjustSize(); // a fixed window is as big as its client area and menu
+    }
+    const QSize took = top_->frameGeometry().size();
+    widthTwips = twips.twips(took.width());
+    heightTwips = twips.twips(took.height());
+}
+
 void FormWindow::refreshFields() {
     if (detached_ || !top_) return;
     const QString caption = QString::fromStdString(form_.Caption);

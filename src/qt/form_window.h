@@ -60,6 +60,7 @@ public:
 
     void changed(forms::Control& control, forms::Prop what) override;
     void formChanged(forms::Form& form, forms::Prop what) override;
+    void sizeForm(forms::Form& form, int& widthTwips, int& heightTwips) override;
     void sync() override;
     // The plain fields that announce no change: captions, sizes, menu entries.
     void refreshFields();

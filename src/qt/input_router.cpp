@@ -200,6 +200,13 @@ bool InputRouter::listKey(forms::Control& c, QKeyEvent& e) {
 bool InputRouter::gridKey(forms::Control& c, QKeyEvent& e) {
     auto& grid = static_cast<forms::Grid&>(c);
     const KeyStroke k = keyStroke(e);
+    if (!forms::input::gridKeyDown(host_.runtime(), grid, k.keyCode, k.shift)) {
+        // KeyDown handed the key on, to an editor it opened.
+        forms::Control* f = host_.runtime().focused();
+        if (f && f->kind() == Kind::TextBox && &f->form() == &window_.form() && f->canFocus())
+            keyIntoTextBox(host_, static_cast<forms::TextBox&>(*f), e);
+        return true;
+    }
     if (k.chars.empty()) {
         if (k.keyCode != 0) forms::input::gridKey(host_.runtime(), grid, k.keyCode, 0);
         return true;

@@ -59,7 +59,9 @@ QString QtDialogs::qtFilter(const std::string& filter) {
     QStringList out;
     for (int i = 0; i + 1 < parts.size(); i += 2) {
         QStringList patterns = parts[i + 1].split(QLatin1Char(';'), Qt::SkipEmptyParts);
-        for (QString& p : patterns) p = p.trimmed();
+        // "*.*" means every file on the system the filter was written for; to Qt
+        // it means names with a dot.
+        for (QString& p : patterns) p = p.trimmed() == QStringLiteral("*.*") ? QStringLiteral("*") : p.trimmed();
         QString desc = parts[i].trimmed();
         // A description that already shows its patterns keeps them; Qt reads the last parentheses.
         if (desc.contains(QLatin1Char('('))) desc = desc.left(desc.indexOf(QLatin1Char('('))).trimmed();

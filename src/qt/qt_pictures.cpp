@@ -1,6 +1,8 @@
 #include "qt/qt_pictures.h"
 
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QIcon>
 #include <QImageReader>
 #include <QPainter>
 
@@ -35,6 +37,13 @@ std::shared_ptr<forms::Picture> QtPictures::placeholder() {
     p.end();
     placeholder_ = std::make_shared<QtPicture>(std::move(image), twips_);
     return placeholder_;
+}
+
+std::shared_ptr<forms::Picture> QtPictures::applicationIcon() {
+    const QIcon icon = QGuiApplication::windowIcon();
+    const QImage image = icon.isNull() ? QImage() : icon.pixmap(QSize(48, 48)).toImage();
+    if (image.isNull()) return placeholder();
+    return std::make_shared<QtPicture>(image, twips_);
 }
 
 } // namespace qtface

@@ -26,6 +26,8 @@ public:
     explicit QtPictures(Twips twips = Twips::forScreen()) : twips_(twips) {}
     std::shared_ptr<forms::Picture> LoadPicture(const std::string& path) override;
     std::shared_ptr<forms::Picture> placeholder() override;
+    // The application's window icon, as the program set it at its start.
+    std::shared_ptr<forms::Picture> applicationIcon() override;
 
 private:
     Twips twips_;

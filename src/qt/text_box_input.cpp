@@ -4,7 +4,6 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QPointer>
-#include <QRegularExpression>
 
 #include "forms/input.h"
 #include "forms/utf8.h"
@@ -25,13 +24,8 @@ Edit clipboardEdit(const QKeyEvent& e) {
     return Edit::None;
 }
 
-// A single-line box takes a pasted text up to its first line break.
-std::string clipboardLine() {
-    QString text = QGuiApplication::clipboard()->text();
-    qsizetype cut = text.indexOf(QRegularExpression(QStringLiteral("[\r\n]")));
-    if (cut >= 0) text.truncate(cut);
-    return text.toStdString();
-}
+// The whole text: the box makes its line breaks blanks.
+std::string clipboardText() { return QGuiApplication::clipboard()->text().toStdString(); }
 
 void selectAll(QtHost& host, forms::TextBox& box) {
     host.dispatch([&] { box.placeCaret(0, box.length()); });
@@ -53,7 +47,7 @@ void keyIntoTextBox(QtHost& host, forms::TextBox& box, const QKeyEvent& e) {
     if (edit != Edit::None) {
         forms::input::key(rt, box, k.keyCode, k.shift, 0);
         switch (edit) {
-        case Edit::Paste: forms::input::paste(rt, box, clipboardLine()); break;
+        case Edit::Paste: forms::input::paste(rt, box, clipboardText()); break;
         case Edit::Copy: copyFromTextBox(box); break;
         case Edit::Cut:
             copyFromTextBox(box);
@@ -101,7 +95,7 @@ void contextMenuOfTextBox(QtHost& host, forms::TextBox& box, QLineEdit& edit, QP
     QAction* chosen = menu.exec(globalPos);
     if (!alive || !chosen) return;
     if (chosen == copy) copyFromTextBox(box);
-    else if (chosen == paste) forms::input::paste(host.runtime(), box, clipboardLine());
+    else if (chosen == paste) forms::input::paste(host.runtime(), box, clipboardText());
     else if (chosen == all) selectAll(host, box);
 }
 

@@ -11,6 +11,7 @@
 #include "forms/locale_currency.h"
 #include "mainwindow/totals.h"
 #include "support/scripted_platform.h"
+#include "support/money_oracle.h"
 #include "support/snapshots.h"
 
 using namespace qmtest;
@@ -52,18 +53,6 @@ TEST(NumberFromCellLimits, NumberBeyondAFloatFails) {
 
 // ---- rounding and the currency format ------------------------------------------------------
 
-TEST(Currency, HalvesRoundAwayFromZero) {
-    struct C {
-        double x;
-        int decimals;
-        double rounded;
-    };
-    for (const C& c : {C{0.004, 2, 0}, C{0.005, 2, 0.01}, C{-0.005, 2, -0.01}, C{1.005, 2, 1.01}, C{2.675, 2, 2.68},
-                       C{-2.675, 2, -2.68}, C{0.015, 2, 0.02}, C{0.125, 2, 0.13}, C{0.0049999, 2, 0}, C{1234.5, 2, 1234.5},
-                       C{2.5, 0, 3}, C{-2.5, 0, -3}, C{1.4, 0, 1}, C{0.0005, 3, 0.001}, C{-0.0004, 3, 0}})
-        EXPECT_EQ(qm::RoundToCurrency(c.x, c.decimals), c.rounded) << c.x << " to " << c.decimals << " decimals";
-}
-
 // Currency rules of several kinds of locale, as LC_MONETARY gives them.
 const std::map<std::string, LocaleCurrency::Rules>& ruleSets() {
     using R = LocaleCurrency::Rules;
@@ -82,6 +71,7 @@ const std::map<std::string, LocaleCurrency::Rules>& ruleSets() {
         {"jp", R{.symbol = "\xEF\xBF\xA5", .decimals = 0, .negFormat = {sign, symbol, value, none}, .positiveSign = "",
                  .negativeSign = "-"}},
         {"kw", R{.symbol = "KD", .decimals = 3, .positiveSign = ""}},
+        {"us0", R{.decimals = 0, .positiveSign = ""}},
         {"in", R{.symbol = "\xE2\x82\xB9", .grouping = "\3\2", .negFormat = {sign, symbol, value, none}, .positiveSign = "",
                  .negativeSign = "-"}},
         {"sign behind", R{.negFormat = {symbol, value, sign, none}, .positiveSign = "", .negativeSign = "-"}},
@@ -101,7 +91,8 @@ TEST(Currency, MoneyTextFormats) {
                        C{"xx_NOWHERE.UTF-8", 1234.5, "$1,234.50"}, C{"us", 1234567.891, "$1,234,567.89"},
                        C{"us", 999.995, "$1,000.00"}, C{"us", 0.005, "$0.01"}, C{"us", -0.004, "$0.00"},
                        C{"us", -1234.5, "($1,234.50)"}, C{"de", 1234.5, "1.234,50 \xE2\x82\xAC"}, C{"de", -5, "-5,00 \xE2\x82\xAC"},
-                       C{"ch", -1234.5, "CHF -1'234.50"}, C{"jp", 1234.5, "\xEF\xBF\xA5" "1,235"}, C{"kw", 1.0005, "KD1.001"},
+                       C{"ch", -1234.5, "CHF -1'234.50"}, C{"jp", 1234.5, "\xEF\xBF\xA5" "1,235"}, C{"kw", 1.0005, "KD1.000"}, // a little below the half
+                       C{"us", 6e12, "$6,000,000,000,000.00"}, C{"us", 0.125, "$0.13"}, C{"us", -0.125, "($0.13)"},
                        C{"in", 1234567.5, "\xE2\x82\xB9" "12,34,567.50"}}) {
         auto rules = ruleSets().find(c.rules);
         LocaleCurrency cur = rules == ruleSets().end() ? LocaleCurrency(c.rules) : LocaleCurrency(rules->second);
@@ -113,21 +104,29 @@ TEST(Currency, MoneyTextFormats) {
     EXPECT_THROW(qm::MoneyText(us, std::numeric_limits<double>::infinity()), forms::Failure);
 }
 
-// MoneyValue reads back every text MoneyText writes, as the amount rounded to
-// the currency's decimals: a running total survives its way through text.
-TEST(Currency, MoneyValueOfMoneyTextIsTheRoundedAmount) {
+// Amounts of every size, exact halves of a unit among them and amounts around
+// 2^46, 2^49 and 2^53 units: MoneyText writes the hand-worked rounding (the
+// rule sets in US style) and MoneyValue reads it back as the nearest double.
+TEST(Currency, MoneyTextIsTheExactlyRoundedAmount) {
     std::mt19937_64 rng(42);
     std::uniform_real_distribution<double> unit(-1.0, 1.0);
-    std::uniform_int_distribution<int> magnitude(-4, 15);
+    std::uniform_int_distribution<int> magnitude(-6, 22), bits(46, 54);
     for (const auto& [name, rules] : ruleSets()) {
         LocaleCurrency cur(rules);
+        const int d = rules.decimals;
+        const bool usStyle = name == "us" || name == "kw" || name == "us0";
         EXPECT_EQ(qm::MoneyValue(cur, "0"), 0) << name;
         EXPECT_EQ(qm::MoneyText(cur, -0.0001), qm::MoneyText(cur, 0)) << name;
-        for (int i = 0; i < 20000; ++i) {
+        for (int i = 0; i < 6000; ++i) {
             double x = unit(rng) * std::pow(10.0, magnitude(rng));
-            if (i % 4 == 0) x = std::round(x * 1000) / 1000 + (i % 8 == 0 ? 0.005 : -0.005); // halves
-            const std::string text = qm::MoneyText(cur, x); // a failure here or below fails the test
-            ASSERT_EQ(qm::MoneyValue(cur, text), qm::RoundToCurrency(x, cur.decimals())) << name << ": " << x << " -> " << text;
+            if (i % 3 == 1) x = std::ldexp(2 * std::round(x) + 1, -(d + 1)); // (2j+1)/2^(d+1): an exact half of a unit
+            if (i % 3 == 2) x = (std::ldexp(1.0, bits(rng)) + unit(rng) * 100) / std::pow(10.0, d) * (i % 2 ? -1 : 1);
+            const moneyoracle::Units units = moneyoracle::rounded(x, d);
+            const std::string text = qm::MoneyText(cur, x);
+            if (usStyle) {
+                ASSERT_EQ(text, moneyoracle::usText(units, d, rules.symbol)) << name << ": " << x;
+            }
+            ASSERT_EQ(qm::MoneyValue(cur, text), moneyoracle::valueOf(units, d)) << name << ": " << x << " -> " << text;
         }
     }
 }
@@ -189,7 +188,8 @@ INSTANTIATE_TEST_SUITE_P(
     Totals, TotalsTable,
     ::testing::Values(
         TotalsCase{"each row is rounded to the currency", Table(10, {"0.004", "0.006"}), 0, "$0.00", "$0.10"},
-        TotalsCase{"halves of each step round away from zero", Table(3, {"0.005", "-0.005"}), 0, "$0.03", "($0.03)"},
+        TotalsCase{"each step rounded by its exact value: 0.005 a little above a half cent, 0.01 + 0.005 a little below",
+                   Table(3, {"0.005", "-0.005"}), 0, "$0.01", "($0.01)"},
         TotalsCase{"words count nothing and stop nothing; a negative total goes through its text",
                    {{"12.50 used", "10"}, {"about 40", "-15"}, {"1,500", "+2"}, {"$1200", ""}, {"7", "x"}}, 0, "$20.50", "($3.00)"},
         TotalsCase{"no items: the formatted zero", {}, 0, "$0.00", "$0.00"},
@@ -200,6 +200,48 @@ INSTANTIATE_TEST_SUITE_P(
         TotalsCase{"a heading that is a number counts", {{"1", "2"}}, 0, "$101.00", "$2.00", "Item,100,Value,,,,"},
         TotalsCase{"other currency rules", {{"1234.5", "-0.5"}, {"0.004", "-1000"}}, 0, "1.234,50 \xE2\x82\xAC",
                    "-1.000,50 \xE2\x82\xAC", kHeadingLine, "de"}),
+    [](const auto& info) { return "Case" + std::to_string(info.index); });
+
+// Totals against the hand-worked running total: big amounts where a double
+// holds no cents or no units any more, negatives (the value column holds each
+// cost negated), and currencies of 0 and 3 decimals.
+struct OracleCase {
+    const char* what;
+    std::vector<std::string> costs;
+    std::string rules = "us";
+};
+
+class OracleTotals : public TotalsTest, public ::testing::WithParamInterface<OracleCase> {};
+
+TEST_P(OracleTotals, AreTheHandWorkedSums) {
+    const OracleCase& c = GetParam();
+    const LocaleCurrency::Rules& rules = ruleSets().at(c.rules);
+    h.currency = LocaleCurrency(rules);
+    Table money;
+    std::vector<double> costs{0}, values{0}; // the heading row reads as 0
+    for (const std::string& cost : c.costs) {
+        const std::string value = cost.starts_with('-') ? cost.substr(1) : "-" + cost;
+        money.push_back({cost, value});
+        costs.push_back(std::strtod(cost.c_str(), nullptr));
+        values.push_back(std::strtod(value.c_str(), nullptr));
+    }
+    open(money);
+    update();
+    EXPECT_EQ(m->txtCost.Text(), moneyoracle::usText(moneyoracle::total(costs, rules.decimals), rules.decimals, rules.symbol));
+    EXPECT_EQ(m->txtValue.Text(), moneyoracle::usText(moneyoracle::total(values, rules.decimals), rules.decimals, rules.symbol));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Totals, OracleTotals,
+    ::testing::Values(
+        OracleCase{"a whole 6e12 and nine empty rows", {"6000000000000", "", "", "", "", "", "", "", "", ""}},
+        OracleCase{"0.45 of a cent at 2^46 cents", {"703687441776.6445", "0.0045", "-703687441776.0045", "0.0045"}},
+        OracleCase{"whole amounts at 2^49 cents", {"5629499534213", "5629499534213", "-1", "0.01", "5629499534213.12"}},
+        OracleCase{"around 2^53 cents", {"90071992547409.92", "0.01", "0.005", "-0.015", "90071992547409.93"}},
+        OracleCase{"far beyond and back", {"1e17", "0.125", "-1e17", "0.375", "0.004"}},
+        OracleCase{"many small steps", {"0.1", "0.2", "0.3", "0.1", "0.2", "0.3", "0.005", "0.005", "0.005", "-0.015"}},
+        OracleCase{"three decimals", {"70368744177.6645", "0.0005", "9007199254740.9925", "-0.0625", "0.0625"}, "kw"},
+        OracleCase{"no decimals", {"2.5", "-3.5", "70368744177664.5", "562949953421312", "9007199254740993", "0.5"}, "us0"}),
     [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 // Whatever happens to the grid between two runs, the totals are those of the

@@ -4,12 +4,13 @@
 // main window as usable as before.
 //
 // With QM_SHOTS set to a folder, each window is also saved there as a PNG
-// picture, to look at its layout.
+// picture, to look at its layout (the picture window also with a big picture).
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QLabel>
 #include <QPointer>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextBrowser>
 #include <filesystem>
@@ -66,6 +67,9 @@ QWidget* shownWindow(QtHarness& h, const SmallWindow& w) {
     return top->isWindow() && top != h.topWidget() ? top : nullptr;
 }
 
+// The application's icon as the program sets it at its start.
+const QString kIcon = QString::fromStdString((std::filesystem::path(__FILE__).parent_path() / "../../packaging/quillmere.png").string());
+
 void saveShot(QWidget* top, const char* name) {
     const QString folder = qEnvironmentVariable("QM_SHOTS");
     if (folder.isEmpty()) return;
@@ -81,6 +85,7 @@ private slots:
     void opensAndClosesAgain_data();
     void opensAndClosesAgain();
     void contactValuesStandOnOneLineInsideTheWindow();
+    void pictureWindowFitsAroundThePicture();
 };
 
 void SmallWindowsTest::opensAndClosesAgain_data() {
@@ -97,6 +102,7 @@ void SmallWindowsTest::opensAndClosesAgain() {
     QFETCH(bool, byWindowManager);
     const SmallWindow& w = kWindows[window];
     QtHarness h;
+    QApplication::setWindowIcon(QIcon(kIcon));
     h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
     // The help page as the program ships it.
     std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
@@ -114,6 +120,14 @@ void SmallWindowsTest::opensAndClosesAgain() {
         if (auto* browser = top->findChild<QTextBrowser*>())
             QVERIFY(browser->toPlainText().contains("Where your data lives"));
         if (round == 0) saveShot(top, w.name);
+        if (auto* icon = dynamic_cast<forms::PictureBox*>(w.form(m)->find("picIcon"))) {
+            // The application's icon, drawn in the box.
+            const auto* shown = dynamic_cast<const qtface::QtPicture*>(icon->picture().get());
+            const QImage expected = QIcon(kIcon).pixmap(48, 48).toImage();
+            QVERIFY(shown && shown->image().convertToFormat(expected.format()) == expected);
+            const QImage drawn = h.host.window(*w.form(m))->widgetOf(*icon)->grab().toImage();
+            QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
+        }
 
         if (byWindowManager) {
             top->close();
@@ -139,8 +153,9 @@ void SmallWindowsTest::opensAndClosesAgain() {
     QCOMPARE(h.core.runtime.focused(), &m.T1);
 }
 
-// The values of the contact window were laid out with runs of blanks for one
-// font; whatever font the desktop gives, each must show whole on one line.
+// The contact window at its designed size; whatever font the desktop gives,
+// each caption and value shows whole on one line, and the values stand in one
+// column behind the captions.
 void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
     QtHarness h;
     QVERIFY(h.start());
@@ -149,7 +164,17 @@ void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
     qm::frmContact& c = *h.m().contactIfLoaded();
     qtface::FormWindow* fw = h.host.window(c.form);
     QWidget* client = fw->client();
-    for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail}) {
+    QCOMPARE(client->size(), QSize(qttest::pixels(5730), qttest::pixels(2730)));
+    QCOMPARE(fw->widgetOf(c.cmdOK)->mapTo(client, QPoint(0, 0)).x(), qttest::pixels(2040));
+    const int column = fw->widgetOf(c.lblAuthorValue)->x();
+    using Line = std::pair<forms::Label*, forms::Label*>;
+    for (auto [caption, value] : {Line{&c.lblAuthor, &c.lblAuthorValue}, Line{&c.lblProgrammer, &c.lblProgrammerValue},
+                                  Line{&c.lblEmail, &c.lblEmailValue}, Line{&c.lblSecEmail, &c.lblSecEmailValue}}) {
+        QCOMPARE(fw->widgetOf(*value)->x(), column);
+        QVERIFY2(fw->widgetOf(*caption)->geometry().right() < column, caption->name().c_str());
+    }
+    for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail, &c.lblAuthorValue,
+                            &c.lblProgrammerValue, &c.lblEmailValue, &c.lblSecEmailValue}) {
         auto* label = qobject_cast<QLabel*>(fw->widgetOf(*l));
         QVERIFY(label);
         const QFontMetrics fm(label->font());
@@ -158,6 +183,59 @@ void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
         const QRect inClient(label->mapTo(client, QPoint(0, 0)), label->size());
         QVERIFY2(client->rect().contains(inClient), l->name().c_str());
     }
+}
+
+// A picture linked to an item sizes the picture window to it, shown or hidden:
+// the form reads the size the window really took, and both buttons lie inside
+// the window, where a real click reaches them.
+void SmallWindowsTest::pictureWindowFitsAroundThePicture() {
+    QTemporaryDir dir;
+    auto picture = [&](int width, int height) {
+        QImage image(width, height, QImage::Format_RGB32);
+        image.fill(QColor(0x40, 0x90, 0xA0));
+        const QString path = dir.filePath(QStringLiteral("%1x%2.png").arg(width).arg(height));
+        image.save(path);
+        return path.toStdString();
+    };
+    QtHarness h;
+    h.core.writeCategories({{"Garage", qttest::itemRows(2)}});
+    qmtest::writeFile(h.core.data("GarageItem 1.csv"), picture(900, 700) + "\r\n");
+    QVERIFY(h.startAndClick(0));
+    qm::frmPic& pic = h.m().Pic();
+    qtface::FormWindow* fw = h.host.window(pic.form);
+    QWidget* top = fw->window();
+    auto fits = [&](QSize size) {
+        const QSize outer = top->frameGeometry().size();
+        bool ok = pic.form.Width() == h.host.twips().twips(outer.width()) && pic.form.Height() == h.host.twips().twips(outer.height());
+        ok = ok && fw->widgetOf(pic.picItem)->size() == size;
+        for (const forms::Control* c : std::initializer_list<const forms::Control*>{&pic.picItem, &pic.cmdAddPic, &pic.cmdClose}) {
+            QWidget* w = fw->widgetOf(*c);
+            ok = ok && top->rect().contains(QRect(w->mapTo(top, QPoint(0, 0)), w->size()));
+        }
+        if (!ok) qWarning("window %dx%d, form %dx%d twips", outer.width(), outer.height(), pic.form.Width(), pic.form.Height());
+        return ok;
+    };
+    auto clickIn = [&](const forms::Control& button) {
+        QWidget* w = fw->widgetOf(button);
+        QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, w->mapTo(top, w->rect().center()));
+        QtHarness::settle();
+    };
+    QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, h.grid()->cellRect(1, 2).center());
+    QVERIFY(!top->isVisible());
+    QVERIFY(fits({900, 700})); // sized while hidden
+    h.click(h.m().chkPic);
+    QtHarness::settle();
+    QVERIFY(top->isVisible());
+    QVERIFY(fits({900, 700}));
+
+    h.core.dialogs.openAnswers.push_back(picture(3000, 2000));
+    clickIn(pic.cmdAddPic);
+    QCOMPARE(h.core.dialogs.filters.size(), std::size_t(1));
+    QVERIFY(fits({3000, 2000}));
+    saveShot(top, "frmPic-3000x2000");
+    clickIn(pic.cmdClose);
+    QVERIFY(!top->isVisible());
+    QCOMPARE(h.m().chkPic.Value(), 0);
 }
 
 QTEST_MAIN(SmallWindowsTest)

@@ -118,6 +118,7 @@ class ScriptedPictures : public forms::PicturesPort {
 public:
     std::shared_ptr<forms::Picture> LoadPicture(const std::string& path) override;
     std::shared_ptr<forms::Picture> placeholder() override;
+    std::shared_ptr<forms::Picture> applicationIcon() override { return std::make_shared<FakePicture>("<icon>", 720, 720); }
     std::vector<std::string> loads;
 };
 
