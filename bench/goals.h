@@ -50,9 +50,12 @@ void registerSwitchBenchmarks();
 void registerTotalsBenchmarks();
 void registerMemoryBenchmarks();
 void registerWalkBenchmarks();
+void registerClickBenchmarks();
 
 // Fixtures shared between benchmarks are kept until here, then their folders go.
 void releaseBigCategories();
 void releaseWalkCategories();
+void releaseCoreClicks();
+void releaseClickDatabases();
 
 } // namespace qmbench
