@@ -51,22 +51,15 @@ void listClick(benchmark::State& state) {
     });
 }
 
-void registerClick(const std::string& name, void (*fn)(benchmark::State&), const std::string& what) {
-    registerGoals(name, fn,
-                  {{"ratio", "click on the list, " + what + ", vs reading every file once", 5.0},
-                   {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt},
-                   {"median_ms", "  its time in ms (instant: under 100)", std::nullopt}})
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
-}
-
 } // namespace
 
 void releaseCoreClicks() { instance().reset(); }
 
 void registerClickBenchmarks() {
-    registerClick("Click1000x100", listClick<1000, 100>, "1000 categories x 100 items");
-    registerClick("Click200x1000", listClick<200, 1000>, "200 categories x 1000 items");
+    registerPairedRatio("Click1000x100", listClick<1000, 100>,
+                        "click on the list, 1000 categories x 100 items, vs reading every file once", 5.0, true);
+    registerPairedRatio("Click200x1000", listClick<200, 1000>,
+                        "click on the list, 200 categories x 1000 items, vs reading every file once", 5.0, true);
 }
 
 } // namespace qmbench

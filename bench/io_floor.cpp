@@ -109,10 +109,7 @@ void measureAgainstIoFloor(benchmark::State& state, const std::function<FloorSub
 
 void registerAgainstIoFloor(const std::string& name, void (*fn)(benchmark::State&), const std::string& label,
                             std::optional<double> limit) {
-    registerGoals(name, fn,
-                  {{"ratio", label, limit}, {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
+    registerPairedRatio(name, fn, label, limit);
 }
 
 } // namespace qmbench

@@ -77,15 +77,6 @@ void windowClick(benchmark::State& state) {
     }
 }
 
-void registerWindowClick(const std::string& name, void (*fn)(benchmark::State&), const std::string& what) {
-    registerGoals(name, fn,
-                  {{"ratio", "window's click on the list, " + what + ", vs the core's", 1.2},
-                   {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt},
-                   {"median_ms", "  its time in ms (instant: under 100)", std::nullopt}})
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
-}
-
 } // namespace
 } // namespace qmbench
 
@@ -94,8 +85,10 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    qmbench::registerWindowClick("WindowClick1000x100", qmbench::windowClick<1000, 100>, "1000 categories x 100 items");
-    qmbench::registerWindowClick("WindowClick200x1000", qmbench::windowClick<200, 1000>, "200 categories x 1000 items");
+    qmbench::registerPairedRatio("WindowClick1000x100", qmbench::windowClick<1000, 100>,
+                                 "window's click on the list, 1000 categories x 100 items, vs the core's", 1.2, true);
+    qmbench::registerPairedRatio("WindowClick200x1000", qmbench::windowClick<200, 1000>,
+                                 "window's click on the list, 200 categories x 1000 items, vs the core's", 1.2, true);
 
     qmbench::SummaryReporter reporter(benchmark::ConsoleReporter::OO_Tabular);
     benchmark::RunSpecifiedBenchmarks(&reporter);
