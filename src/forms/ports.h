@@ -21,12 +21,6 @@ public:
     explicit FileNotFound(const std::string& path) : Failure("file not found: " + path) {}
 };
 
-class InputStream {
-public:
-    virtual ~InputStream() = default;
-    // Up to n bytes; 0 at the end of the file. Fails on a read error.
-    virtual std::size_t read(char* buf, std::size_t n) = 0;
-};
 
 // A file being written under a temporary name. commit() puts it in place of the
 // old file in one step; dropping it uncommitted leaves the old file as it was.
@@ -46,10 +40,27 @@ struct FileFingerprint {
     // The modification time lay so far back when this was taken that any later
     // change of the file moves it; a change within the clock's last tick might not.
     bool settled = false;
+    // The time of the last change of the file or its attributes, which nobody
+    // can set back, and whether it lay as far back as the modification time.
+    std::int64_t ctimeNs = 0;
+    bool ctimeSettled = false;
 
     bool sameState(const FileFingerprint& o) const {
         return device == o.device && inode == o.inode && size == o.size && mtimeNs == o.mtimeNs;
     }
+    // The same state, and not even a write in place with its time set back
+    // since: valid proof only if this was taken with both times settled.
+    bool untouchedSince(const FileFingerprint& o) const { return sameState(o) && ctimeNs == o.ctimeNs; }
+};
+
+class InputStream {
+public:
+    virtual ~InputStream() = default;
+    // Up to n bytes; 0 at the end of the file. Fails on a read error.
+    virtual std::size_t read(char* buf, std::size_t n) = 0;
+    // The state of the file opened, taken at the open, or nothing when it
+    // can't be told.
+    virtual std::optional<FileFingerprint> state() const { return std::nullopt; }
 };
 
 class FilesPort {

@@ -29,18 +29,35 @@ constexpr std::int64_t kSettledNs = 100'000'000;
     throw Failure(what + " " + path + ": " + std::strerror(err));
 }
 
+FileFingerprint fingerprintOf(const struct stat& st) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const auto ns = [](const timespec& t) { return static_cast<std::int64_t>(t.tv_sec) * 1'000'000'000 + t.tv_nsec; };
+    FileFingerprint fp;
+    fp.device = static_cast<std::uint64_t>(st.st_dev);
+    fp.inode = static_cast<std::uint64_t>(st.st_ino);
+    fp.size = static_cast<std::uint64_t>(st.st_size);
+    fp.mtimeNs = ns(st.st_mtim);
+    fp.ctimeNs = ns(st.st_ctim);
+    fp.settled = fp.mtimeNs < ns(now) - kSettledNs;
+    fp.ctimeSettled = fp.ctimeNs < ns(now) - kSettledNs;
+    return fp;
+}
+
 class StdInput : public InputStream {
 public:
-    explicit StdInput(std::FILE* f) : f_(f) {}
+    StdInput(std::FILE* f, std::optional<FileFingerprint> state) : f_(f), state_(state) {}
     ~StdInput() override { std::fclose(f_); }
     std::size_t read(char* buf, std::size_t n) override {
         std::size_t got = std::fread(buf, 1, n, f_);
         if (got < n && std::ferror(f_)) throw Failure(std::string("read error: ") + std::strerror(errno));
         return got;
     }
+    std::optional<FileFingerprint> state() const override { return state_; }
 
 private:
     std::FILE* f_;
+    std::optional<FileFingerprint> state_;
 };
 
 void syncFolder(const std::string& path) {
@@ -134,11 +151,12 @@ std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
     }
     // A folder opens like a file here but can't be read as one.
     struct stat st;
-    if (::fstat(::fileno(f), &st) == 0 && S_ISDIR(st.st_mode)) {
+    const bool told = ::fstat(::fileno(f), &st) == 0;
+    if (told && S_ISDIR(st.st_mode)) {
         std::fclose(f);
         throw Failure("is a folder: " + path);
     }
-    return std::make_unique<StdInput>(f);
+    return std::make_unique<StdInput>(f, tellStates_ && told && S_ISREG(st.st_mode) ? std::optional(fingerprintOf(st)) : std::nullopt);
 }
 
 std::unique_ptr<OutputStream> StdFiles::openReplace(const std::string& path) {
@@ -159,20 +177,15 @@ bool StdFiles::exists(const std::string& path) {
     return fs::exists(path, ec);
 }
 
-std::optional<FileFingerprint> StdFiles::fingerprint(const std::string& path) {
+std::optional<FileFingerprint> fileFingerprint(const std::string& path) {
     struct stat st;
     if (path.find('\0') != std::string::npos) return std::nullopt; // names no file, as above
     if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    FileFingerprint fp;
-    fp.device = static_cast<std::uint64_t>(st.st_dev);
-    fp.inode = static_cast<std::uint64_t>(st.st_ino);
-    fp.size = static_cast<std::uint64_t>(st.st_size);
-    fp.mtimeNs = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec;
-    const std::int64_t nowNs = static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
-    fp.settled = fp.mtimeNs < nowNs - kSettledNs;
-    return fp;
+    return fingerprintOf(st);
+}
+
+std::optional<FileFingerprint> StdFiles::fingerprint(const std::string& path) {
+    return tellStates_ ? fileFingerprint(path) : std::nullopt;
 }
 
 void StdFiles::remove(const std::string& path) {

@@ -1,5 +1,7 @@
 #pragma once
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "forms/ports.h"
 
@@ -10,8 +12,15 @@ namespace forms {
 // that a crash or a full disk never leaves a cut file. The bytes reach the
 // disk before the rename, and the rename before the commit returns, so that a
 // power loss can't leave an empty file either.
+// The state of a regular file on the local file system, or nothing when there
+// is none or it can't be told.
+std::optional<FileFingerprint> fileFingerprint(const std::string& path);
+
 class StdFiles : public FilesPort {
 public:
+    // A platform that tells no file's state (tellStates false) makes the
+    // program read and write every file it is asked to.
+    explicit StdFiles(bool tellStates = true) : tellStates_(tellStates) {}
     std::unique_ptr<InputStream> openRead(const std::string& path) override;
     std::unique_ptr<OutputStream> openReplace(const std::string& path) override;
     bool exists(const std::string& path) override;
@@ -28,6 +37,9 @@ public:
     // before startedAt (seconds of the real-time clock), of a process that no
     // longer runs. Gives how many went.
     static int removeLeftoverTemporaries(const std::string& folder, std::int64_t startedAt);
+
+private:
+    bool tellStates_;
 };
 
 } // namespace forms
