@@ -391,7 +391,7 @@ void FileTable::remember(const std::string& path, const forms::FileFingerprint& 
 void FileTable::setImage(Known& k, std::optional<Image> image) {
     if (k.image && k.image->loads) {
         auto it = loadingRevisions_.find(k.image->revision);
-        if (--it->second == 0) loadingRevisions_.erase(it);
+        if (it != loadingRevisions_.end() && --it->second == 0) loadingRevisions_.erase(it);
     }
     k.image = image;
     if (image && image->loads) ++loadingRevisions_[image->revision];
