@@ -29,6 +29,13 @@ benchmark::internal::Benchmark* registerGoals(const std::string& name, std::func
     return benchmark::RegisterBenchmark(name.c_str(), [fn = std::move(fn)](benchmark::State& state) { fn(state); });
 }
 
+benchmark::internal::Benchmark* registerPairedRatio(const std::string& name, void (*fn)(benchmark::State&),
+                                                    const std::string& label, std::optional<double> limit, bool withTime) {
+    std::vector<Goal> goals{{"ratio", label, limit}, {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}};
+    if (withTime) goals.push_back({"median_ms", "  its time in ms (instant: under 100)", std::nullopt});
+    return registerGoals(name, fn, std::move(goals))->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
 void SummaryReporter::ReportRuns(const std::vector<Run>& runs) {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {

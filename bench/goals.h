@@ -23,6 +23,13 @@ struct Goal {
 benchmark::internal::Benchmark* registerGoals(const std::string& name, std::function<void(benchmark::State&)> fn,
                                               std::vector<Goal> goals);
 
+// A benchmark of manual time measured as paired samples (PairedSamples), with
+// its lines of the summary: the wall-clock ratio under the limit (if any), the
+// CPU ratio beside it, and, with withTime, the median time itself.
+benchmark::internal::Benchmark* registerPairedRatio(const std::string& name, void (*fn)(benchmark::State&),
+                                                    const std::string& label, std::optional<double> limit,
+                                                    bool withTime = false);
+
 // The console table as usual, and the counters of every benchmark kept for the summary.
 class SummaryReporter : public benchmark::ConsoleReporter {
 public:
@@ -50,9 +57,12 @@ void registerSwitchBenchmarks();
 void registerTotalsBenchmarks();
 void registerMemoryBenchmarks();
 void registerWalkBenchmarks();
+void registerClickBenchmarks();
 
 // Fixtures shared between benchmarks are kept until here, then their folders go.
 void releaseBigCategories();
 void releaseWalkCategories();
+void releaseCoreClicks();
+void releaseClickDatabases();
 
 } // namespace qmbench

@@ -72,6 +72,15 @@ Timing IoFloor::switchTiming(const std::vector<std::string>& files) {
     return total;
 }
 
+Timing IoFloor::readTiming(const std::vector<std::string>& files) {
+    return timingOf([&] {
+        for (const std::string& file : files) {
+            std::string bytes = readWholeFile(file);
+            benchmark::DoNotOptimize(bytes.data());
+        }
+    });
+}
+
 void measureAgainstIoFloor(benchmark::State& state, const std::function<FloorSubject()>& make) {
     try {
         const FloorSubject subject = make();
@@ -89,7 +98,7 @@ void measureAgainstIoFloor(benchmark::State& state, const std::function<FloorSub
                 state.SkipWithError(p.c_str());
                 break;
             }
-            samples.add(t, ioFloor.switchTiming(files));
+            samples.add(t, subject.readOnce ? IoFloor::readTiming(files) : ioFloor.switchTiming(files));
             state.SetIterationTime(t.wall);
         }
         samples.report(state);
@@ -100,10 +109,7 @@ void measureAgainstIoFloor(benchmark::State& state, const std::function<FloorSub
 
 void registerAgainstIoFloor(const std::string& name, void (*fn)(benchmark::State&), const std::string& label,
                             std::optional<double> limit) {
-    registerGoals(name, fn,
-                  {{"ratio", label, limit}, {"cpu_ratio", "  the same in CPU time (no waiting for CPU or disk)", std::nullopt}})
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
+    registerPairedRatio(name, fn, label, limit);
 }
 
 } // namespace qmbench

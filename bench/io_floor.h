@@ -33,6 +33,8 @@ public:
     // Each file in turn: read, write, read, write.
     Timing switchTiming(const std::vector<std::string>& files);
     Timing switchTiming(const std::string& file) { return switchTiming(std::vector<std::string>{file}); }
+    // Each file read once: the least a pass over the whole database costs.
+    static Timing readTiming(const std::vector<std::string>& files);
 
 private:
     void removeScratch();
@@ -47,6 +49,7 @@ struct FloorSubject {
     std::function<void()> run;                       // the work measured
     std::function<std::string()> problem;            // after each run: empty if it left all as it should
     std::function<std::vector<std::string>()> files; // the files of the floor paired with a run
+    bool readOnce = false;                           // the floor reads each file once instead of a switch's I/O
 };
 
 // The benchmark loop: each run timed and paired with the floor of its files in

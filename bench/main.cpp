@@ -22,12 +22,15 @@ int main(int argc, char** argv) {
     qmbench::registerTotalsBenchmarks();
     qmbench::registerMemoryBenchmarks();
     qmbench::registerWalkBenchmarks();
+    qmbench::registerClickBenchmarks();
 
     auto options = isatty(STDOUT_FILENO) ? benchmark::ConsoleReporter::OO_ColorTabular : benchmark::ConsoleReporter::OO_Tabular;
     qmbench::SummaryReporter reporter(options);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     qmbench::releaseBigCategories();
     qmbench::releaseWalkCategories();
+    qmbench::releaseCoreClicks();
+    qmbench::releaseClickDatabases();
 
     bool ok = true;
     if (!reporter.results().empty()) ok = qmbench::printSummary(std::cout, reporter.results());

@@ -28,7 +28,10 @@ Grid::Grid(Form& form, Control* container, std::string name)
 
 void Grid::addListener(GridListener* l) {
     listeners_.push_back(l);
-    if (l->wantsLayout()) layoutListeners_.push_back(l);
+    if (l->wantsLayout()) {
+        layoutListeners_.push_back(l);
+        layoutTold_ = false;
+    }
 }
 
 void Grid::removeListener(GridListener* l) {
@@ -37,6 +40,7 @@ void Grid::removeListener(GridListener* l) {
 }
 
 void Grid::tellLayout() {
+    layoutTold_ = true;
     for (auto* l : layoutListeners_) l->layoutChanged();
 }
 

@@ -19,15 +19,17 @@ public:
     virtual void cellChanged(int row, int col) = 0;
     virtual void rowsInserted(int first, int count) = 0;
     virtual void rowsRemoved(int first, int count) = 0;
-    // Anything else: fixed rows and columns, sizes, scroll position, cell styles, the current cell.
+    // Anything else: fixed rows and columns, sizes, scroll position, cell styles,
+    // the current cell. Told once, and not again until a listener has taken the
+    // layout in and says so (Grid::layoutHeard): a load moves the current cell
+    // for every field it reads, and no listener looks before the event ends.
     virtual void layoutChanged() = 0;
     // Every cell may have changed (the number of columns changed).
     virtual void gridReset() = 0;
     // The grid took other texts in exchange for those it had (Grid::swapTexts):
     // the revisions of those that went and of those that came.
     virtual void textsSwapped(std::uint64_t /*out*/, std::uint64_t /*in*/) { gridReset(); }
-    // Asked once, when the listener is added: false spares it layoutChanged,
-    // which a load sends twice for every field it reads.
+    // Asked once, when the listener is added: false spares it layoutChanged.
     virtual bool wantsLayout() const { return true; }
 };
 
@@ -176,6 +178,8 @@ public:
 
     void addListener(GridListener* l);
     void removeListener(GridListener* l);
+    // A listener has taken in the layout: the next change of it is told again.
+    void layoutHeard() { layoutTold_ = false; }
 
 protected:
     // Tag = Text on the current cell refers to the bytes of that text, which
@@ -246,7 +250,7 @@ private:
     // Cell events and colours ask this for every cell a load passes, and
     // usually nobody listens: the telling itself stays out of line.
     void notifyLayout() {
-        if (!layoutListeners_.empty()) tellLayout();
+        if (!layoutTold_ && !layoutListeners_.empty()) tellLayout();
     }
     [[gnu::noinline]] void tellLayout();
     std::uint8_t paletteIndex(Color c);
@@ -283,6 +287,7 @@ private:
     std::vector<int> rowHeight_; // -1: the default height
     std::vector<GridListener*> listeners_;
     std::vector<GridListener*> layoutListeners_; // those of listeners_ that want layoutChanged
+    bool layoutTold_ = false;                     // told, and not yet heard
 };
 
 } // namespace forms

@@ -22,12 +22,6 @@ public:
     explicit FileNotFound(const std::string& path) : Failure("file not found: " + path) {}
 };
 
-class InputStream {
-public:
-    virtual ~InputStream() = default;
-    // Up to n bytes; 0 at the end of the file. Fails on a read error.
-    virtual std::size_t read(char* buf, std::size_t n) = 0;
-};
 
 // A file being written under a temporary name. commit() puts it in place of the
 // old file in one step; dropping it uncommitted leaves the old file as it was.
@@ -52,6 +46,16 @@ struct FileFingerprint {
     bool sameState(const FileFingerprint& o) const {
         return device == o.device && inode == o.inode && size == o.size && mtimeNs == o.mtimeNs && ctimeNs == o.ctimeNs;
     }
+};
+
+class InputStream {
+public:
+    virtual ~InputStream() = default;
+    // Up to n bytes; 0 at the end of the file. Fails on a read error.
+    virtual std::size_t read(char* buf, std::size_t n) = 0;
+    // The state of the file opened, taken at the open, or nothing when it
+    // can't be told.
+    virtual std::optional<FileFingerprint> state() const { return std::nullopt; }
 };
 
 // Whether a file's times (nanoseconds of the real-time clock) are older than

@@ -28,18 +28,33 @@ std::int64_t nanoseconds(const timespec& t) { return static_cast<std::int64_t>(t
     throw Failure(what + " " + path + ": " + std::strerror(err));
 }
 
+FileFingerprint fingerprintOf(const struct stat& st, std::int64_t clockAheadNs) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    FileFingerprint fp;
+    fp.device = static_cast<std::uint64_t>(st.st_dev);
+    fp.inode = static_cast<std::uint64_t>(st.st_ino);
+    fp.size = static_cast<std::uint64_t>(st.st_size);
+    fp.mtimeNs = nanoseconds(st.st_mtim);
+    fp.ctimeNs = nanoseconds(st.st_ctim);
+    fp.settled = TimesSettled(fp.mtimeNs, fp.ctimeNs, nanoseconds(now) + clockAheadNs);
+    return fp;
+}
+
 class StdInput : public InputStream {
 public:
-    explicit StdInput(std::FILE* f) : f_(f) {}
+    StdInput(std::FILE* f, std::optional<FileFingerprint> state) : f_(f), state_(state) {}
     ~StdInput() override { std::fclose(f_); }
     std::size_t read(char* buf, std::size_t n) override {
         std::size_t got = std::fread(buf, 1, n, f_);
         if (got < n && std::ferror(f_)) throw Failure(std::string("read error: ") + std::strerror(errno));
         return got;
     }
+    std::optional<FileFingerprint> state() const override { return state_; }
 
 private:
     std::FILE* f_;
+    std::optional<FileFingerprint> state_;
 };
 
 void syncFolder(const std::string& path) {
@@ -133,11 +148,12 @@ std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
     }
     // A folder opens like a file here but can't be read as one.
     struct stat st;
-    if (::fstat(::fileno(f), &st) == 0 && S_ISDIR(st.st_mode)) {
+    const bool told = ::fstat(::fileno(f), &st) == 0;
+    if (told && S_ISDIR(st.st_mode)) {
         std::fclose(f);
         throw Failure("is a folder: " + path);
     }
-    return std::make_unique<StdInput>(f);
+    return std::make_unique<StdInput>(f, tellStates_ && told && S_ISREG(st.st_mode) ? std::optional(fingerprintOf(st, clockAheadNs)) : std::nullopt);
 }
 
 std::unique_ptr<OutputStream> StdFiles::openReplace(const std::string& path) {
@@ -158,20 +174,15 @@ bool StdFiles::exists(const std::string& path) {
     return fs::exists(path, ec);
 }
 
-std::optional<FileFingerprint> StdFiles::fingerprint(const std::string& path) {
+std::optional<FileFingerprint> fileFingerprint(const std::string& path, std::int64_t clockAheadNs) {
     struct stat st;
     if (path.find('\0') != std::string::npos) return std::nullopt; // names no file, as above
     if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    FileFingerprint fp;
-    fp.device = static_cast<std::uint64_t>(st.st_dev);
-    fp.inode = static_cast<std::uint64_t>(st.st_ino);
-    fp.size = static_cast<std::uint64_t>(st.st_size);
-    fp.mtimeNs = nanoseconds(st.st_mtim);
-    fp.ctimeNs = nanoseconds(st.st_ctim);
-    fp.settled = TimesSettled(fp.mtimeNs, fp.ctimeNs, nanoseconds(now) + clockAheadNs);
-    return fp;
+    return fingerprintOf(st, clockAheadNs);
+}
+
+std::optional<FileFingerprint> StdFiles::fingerprint(const std::string& path) {
+    return tellStates_ ? fileFingerprint(path, clockAheadNs) : std::nullopt;
 }
 
 bool TimesSettled(std::int64_t mtimeNs, std::int64_t ctimeNs, std::int64_t nowNs) {

@@ -1,5 +1,7 @@
 #pragma once
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "forms/ports.h"
 
@@ -10,8 +12,16 @@ namespace forms {
 // that a crash or a full disk never leaves a cut file. The bytes reach the
 // disk before the rename, and the rename before the commit returns, so that a
 // power loss can't leave an empty file either.
+// The state of a regular file on the local file system, or nothing when there
+// is none or it can't be told.
+// Its times are judged as at a clock clockAheadNs ahead of the real one.
+std::optional<FileFingerprint> fileFingerprint(const std::string& path, std::int64_t clockAheadNs = 0);
+
 class StdFiles : public FilesPort {
 public:
+    // A platform that tells no file's state (tellStates false) makes the
+    // program read and write every file it is asked to.
+    explicit StdFiles(bool tellStates = true) : tellStates_(tellStates) {}
     std::unique_ptr<InputStream> openRead(const std::string& path) override;
     std::unique_ptr<OutputStream> openReplace(const std::string& path) override;
     bool exists(const std::string& path) override;
@@ -32,6 +42,9 @@ public:
     // How far ahead of the real-time clock fingerprints judge the files'
     // times: tests that need states proven by their time alone set it far ahead.
     std::int64_t clockAheadNs = 0;
+
+private:
+    bool tellStates_;
 };
 
 } // namespace forms

@@ -121,6 +121,7 @@ void GridTableModel::sync() {
     bool cells = bottom_ >= top_;
     bool layout = layout_;
     shape_ = layout_ = false;
+    grid_.layoutHeard();
     int top = top_, left = left_, bottom = bottom_, right = right_;
     top_ = left_ = 0;
     bottom_ = right_ = -1;

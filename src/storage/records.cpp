@@ -237,10 +237,11 @@ void FileTable::OpenInput(int n, const std::string& path) {
     if (isOpen(n)) throw Failure("file already open");
     auto f = std::make_unique<Open>();
     f->path = path;
-    // Looked at before the open: a change made while the file is read shows
-    // at the next look, and the bytes read are then never taken for its content.
-    f->before = files_.fingerprint(path);
+    // The state of the file opened, before any byte is read: a change made
+    // while the file is read shows at the next look, and the bytes read are
+    // then never taken for its content.
     f->in = files_.openRead(path);
+    f->before = f->in->state();
     f->buf.assign(kReadChunk + kScanPadding, '\0');
     f->buf[0] = '\n';
     if (f->before) {
@@ -295,7 +296,7 @@ void FileTable::Close(int n) {
         if (size == k.size && chunks == k.chunks) {
             auto now = files_.fingerprint(f->path);
             if (now && now->sameState(k.state)) {
-                known_[f->path].image = f->image;
+                setImage(known_[f->path], f->image);
                 return;
             }
         }
@@ -304,26 +305,26 @@ void FileTable::Close(int n) {
                                                   stillHolds(f->path, it->second)) {
         // Written out in full because the file's time was too recent to prove
         // anything; its bytes turned out to be these: the file stays.
-        it->second.image = f->image;
+        setImage(it->second, f->image);
         return;
     }
     if (!f->buf.empty()) f->out->write(f->buf.data(), f->buf.size());
     try {
         f->out->commit();
     } catch (...) {
-        known_.erase(f->path);
+        forget(f->path);
         throw;
     }
     if (auto state = files_.fingerprint(f->path)) remember(f->path, *state, size, std::move(chunks));
-    else known_.erase(f->path);
-    if (auto it = known_.find(f->path); it != known_.end()) it->second.image = f->image;
+    else forget(f->path);
+    if (auto it = known_.find(f->path); it != known_.end()) setImage(it->second, f->image);
 }
 
 void FileTable::NoteLoaded(const std::string& path, std::uint64_t revision, bool exact) {
     if (!lastRead_ || !lastRead_->whole || lastRead_->path != path) return;
     auto it = known_.find(path);
     if (it == known_.end() || !it->second.state.sameState(lastRead_->state)) return;
-    it->second.image = Image{revision, true, exact};
+    setImage(it->second, Image{revision, true, exact});
 }
 
 void FileTable::NoteSaving(int n, std::uint64_t revision, bool readsBack) {
@@ -346,16 +347,14 @@ std::optional<std::uint64_t> FileTable::LoadsAs(int n, const std::function<bool(
     auto it = known_.find(f.path);
     if (it == known_.end()) return std::nullopt;
     Known& k = it->second;
-    if (!k.image || !k.image->loads || !held(k.image->revision) || !k.state.sameState(*f.before) || !stillHolds(f.path, k))
-        return std::nullopt;
+    if (!k.image || !k.image->loads || !held(k.image->revision) || !k.state.sameState(*f.before)) return std::nullopt;
+    // The state taken at the open is the file's state now; a recent one is proved by reading the file.
+    if (!k.state.settled && !stillHolds(f.path, k)) return std::nullopt;
     return k.image->revision;
 }
 
 bool FileTable::Describes(std::uint64_t revision) const {
-    return std::any_of(known_.begin(), known_.end(), [&](const auto& entry) {
-        const std::optional<Image>& image = entry.second.image;
-        return image && image->loads && image->revision == revision;
-    });
+    return loadingRevisions_.count(revision) != 0;
 }
 
 bool FileTable::stillHolds(const std::string& path, Known& k) {
@@ -381,10 +380,28 @@ void FileTable::remember(const std::string& path, const forms::FileFingerprint& 
                          std::vector<std::uint64_t> chunks) {
     // A size other than the bytes seen means the file changed under us.
     if (state.size != size) {
-        known_.erase(path);
+        forget(path);
         return;
     }
-    known_[path] = Known{state, size, std::move(chunks), std::nullopt};
+    Known& k = known_[path];
+    setImage(k, std::nullopt);
+    k = Known{state, size, std::move(chunks), std::nullopt};
+}
+
+void FileTable::setImage(Known& k, std::optional<Image> image) {
+    if (k.image && k.image->loads) {
+        auto it = loadingRevisions_.find(k.image->revision);
+        if (it != loadingRevisions_.end() && --it->second == 0) loadingRevisions_.erase(it);
+    }
+    k.image = image;
+    if (image && image->loads) ++loadingRevisions_[image->revision];
+}
+
+void FileTable::forget(const std::string& path) {
+    auto it = known_.find(path);
+    if (it == known_.end()) return;
+    setImage(it->second, std::nullopt);
+    known_.erase(it);
 }
 
 void FileTable::Abandon(int n) {
@@ -601,16 +618,22 @@ void FileTable::readFieldSlow(Open& f, std::string& field, Expect expect) {
 }
 
 void FileTable::Kill(const std::string& path) {
-    known_.erase(path);
+    forget(path);
     files_.remove(path);
 }
 
 void FileTable::KillMatching(const std::string& folder, const std::string& suffix) {
-    std::erase_if(known_, [&](const auto& entry) {
-        const std::string& p = entry.first;
-        return p.size() >= folder.size() + suffix.size() && p.compare(0, folder.size(), folder) == 0 &&
-               p.compare(p.size() - suffix.size(), suffix.size(), suffix) == 0;
-    });
+    for (auto it = known_.begin(); it != known_.end();) {
+        const std::string& p = it->first;
+        const bool matches = p.size() >= folder.size() + suffix.size() && p.compare(0, folder.size(), folder) == 0 &&
+                             p.compare(p.size() - suffix.size(), suffix.size(), suffix) == 0;
+        if (!matches) {
+            ++it;
+            continue;
+        }
+        setImage(it->second, std::nullopt);
+        it = known_.erase(it);
+    }
     files_.removeMatching(folder, suffix);
 }
 

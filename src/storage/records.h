@@ -226,9 +226,17 @@ private:
     // the state taken before that reading is the one known from then on.
     bool stillHolds(const std::string& path, Known& k);
 
+    // Every change of a known file's image goes through here, so that the
+    // count of files describing each revision stays true.
+    void setImage(Known& k, std::optional<Image> image);
+    void forget(const std::string& path);
+
     forms::FilesPort& files_;
     std::array<std::unique_ptr<Open>, kMaxFiles + 1> open_{};
     std::unordered_map<std::string, Known> known_;
+    // How many known files load as each revision: Describes is asked at every
+    // load, for every category a walk passes.
+    std::unordered_map<std::uint64_t, int> loadingRevisions_;
     std::optional<LastRead> lastRead_;
 };
 

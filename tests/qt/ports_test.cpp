@@ -3,6 +3,7 @@
 // the program. The printer has print_test.cpp; the input box is answered as a
 // user does in commands_test.cpp.
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
@@ -12,6 +13,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <csignal>
 
 #include "forms/failure.h"
@@ -33,6 +37,7 @@ private slots:
     void messageBoxAnswersByTheButtonChosen();
     void picturesKnowTheirSizeInTwips();
     void badPicturesFailAndMissingOnesSaySo();
+    void aPictureIsDecodedAgainWhenItsFileChanges();
     void endProgramLeavesTheLoop();
     void systemInfoStartsWhatIsOnThePath();
     void signalsAskForTheEndOnceHandlersHaveReturned();
@@ -119,6 +124,40 @@ void PortsTest::badPicturesFailAndMissingOnesSaySo() {
     QVERIFY(failed);
     QVERIFY(!notFound);
     QVERIFY_THROWS_EXCEPTION(forms::FileNotFound, pictures.LoadPicture(dir.path().toStdString()));
+}
+
+// Every switch loads the stock picture: it comes from memory while its file
+// is untouched, and any change shows at the next load, even one written in
+// place with its time set back; times too recent to prove anything are not trusted.
+void PortsTest::aPictureIsDecodedAgainWhenItsFileChanges() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("NoPic.jpg");
+    auto write = [&](Qt::GlobalColor color) { // the same size whatever the colour, and the same file
+        QImage image(16, 8, QImage::Format_RGB32);
+        image.fill(color);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        image.save(&buffer, "BMP");
+        QFile f(path);
+        return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+    };
+    qtface::QtPictures pictures;
+    auto colour = [&] { return static_cast<qtface::QtPicture&>(*pictures.LoadPicture(path.toStdString())).image().pixelColor(0, 0); };
+    QVERIFY(write(Qt::red));
+    QTest::qWait(250); // both file times settle
+    QCOMPARE(colour(), QColor(Qt::red));
+    QCOMPARE(colour(), QColor(Qt::red));
+    QCOMPARE(pictures.decodes(), 1);
+    struct stat before {};
+    QCOMPARE(::stat(QFile::encodeName(path).constData(), &before), 0);
+    QVERIFY(write(Qt::blue));
+    const timespec times[2] = {{0, UTIME_OMIT}, before.st_mtim};
+    QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
+    QCOMPARE(colour(), QColor(Qt::blue));
+    QCOMPARE(colour(), QColor(Qt::blue));
+    QCOMPARE(pictures.decodes(), 3);
+    QVERIFY(QFile::remove(path));
+    QVERIFY_THROWS_EXCEPTION(forms::FileNotFound, pictures.LoadPicture(path.toStdString()));
 }
 
 void PortsTest::endProgramLeavesTheLoop() {

@@ -197,8 +197,6 @@ std::unique_ptr<forms::OutputStream> CountingFiles::openReplace(const std::strin
     return std::make_unique<CountingOutput>(*this, StdFiles::openReplace(path), path);
 }
 
-std::optional<forms::FileFingerprint> CountingFiles::fingerprint(const std::string&) { return std::nullopt; }
-
 void CountingFiles::remove(const std::string& path) {
     op(FileOp::Remove, path);
     StdFiles::remove(path);

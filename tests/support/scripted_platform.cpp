@@ -76,6 +76,7 @@ public:
         owner_.check(FaultyFiles::Read, "read " + path_);
         return in_->read(buf, n);
     }
+    std::optional<forms::FileFingerprint> state() const override { return in_->state(); }
 
 private:
     FaultyFiles& owner_;
