@@ -7,7 +7,7 @@
 
 #include "forms/failure.h"
 #include "memory_platform.h"
-#include "storage/records.h"
+#include "storage/file_table.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzzing::MemoryFiles mem;

@@ -6,6 +6,7 @@ QM_PACKAGES=(
     cmake ninja-build g++                        # toolchain
     qt6-base-dev qt6-base-dev-tools libqt6printsupport6 libgl-dev   # Qt 6 Widgets and PrintSupport
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
+    libxxhash-dev                                # the chunk digests of files (XXH3)
     clang libclang-rt-14-dev                     # fuzz targets and sanitizers
     fonts-comic-neue fonts-dejavu-core           # the window's fonts ("Comic Sans MS" maps to Comic Neue)
     xvfb xauth xdotool imagemagick               # a virtual display and screenshots

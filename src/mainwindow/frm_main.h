@@ -13,7 +13,7 @@
 #include "forms/revision_store.h"
 #include "mainwindow/platform.h"
 #include "mainwindow/totals.h"
-#include "storage/records.h"
+#include "storage/file_table.h"
 #include "storage/value.h"
 
 namespace qm {

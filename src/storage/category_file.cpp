@@ -6,6 +6,7 @@
 
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
+#include "storage/field_rules.h"
 
 namespace qm {
 

@@ -5,6 +5,7 @@
 
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
+#include "storage/field_rules.h"
 #include "storage/whole_file.h"
 
 namespace qm {

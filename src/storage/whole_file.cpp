@@ -1,7 +1,7 @@
 #include "storage/whole_file.h"
 
 #include "forms/failure.h"
-#include "storage/records.h"
+#include "storage/file_table.h"
 
 namespace storage {
 

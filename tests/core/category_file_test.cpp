@@ -4,7 +4,7 @@
 
 #include "forms/failure.h"
 #include "forms/std_files.h"
-#include "storage/records.h"
+#include "storage/file_table.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 

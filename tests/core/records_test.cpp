@@ -8,7 +8,7 @@
 
 #include "forms/failure.h"
 #include "forms/std_files.h"
-#include "storage/records.h"
+#include "storage/file_table.h"
 #include "storage/value.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"

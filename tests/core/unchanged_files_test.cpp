@@ -11,7 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include "storage/records.h"
+#include "storage/chunk_digests.h"
+#include "storage/file_table.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 

@@ -7,7 +7,7 @@
 
 #include "forms/failure.h"
 #include "forms/input.h"
-#include "storage/records.h"
+#include "storage/field_rules.h"
 
 namespace qmtest {
 

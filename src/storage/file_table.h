@@ -1,76 +1,31 @@
 #pragma once
 #include <array>
-#include <functional>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "forms/ports.h"
+#include "storage/chunk_digests.h"
+#include "storage/field_rules.h"
 #include "storage/field_scan.h"
+#include "storage/file_memory.h"
 #include "storage/value.h"
 
 namespace storage {
 
-// A text as WriteLine stores it: unchanged whenever ReadField gives it back
-// unchanged, else in double quotes with each inner double quote doubled.
-std::string EncodeField(std::string_view text);
-bool NeedsQuotes(std::string_view text);
-// The same, appended to out.
-void AppendField(std::string& out, std::string_view text);
-// The same, written at out, which has room for 2 * text.size() + 2 bytes; gives the end.
-char* EncodeFieldTo(char* out, std::string_view text);
-// A value as WriteLine stores it, without the line end: a text encoded, a
-// number with a blank on either side (a minus sign in place of the first),
-// nothing as nothing.
-std::string EncodeValue(const Value& value);
-
-// A 64-bit digest of a byte stream, the same whatever pieces it comes in.
-class ContentHash {
-public:
-    void update(const char* data, std::size_t n);
-    std::uint64_t digest() const;
-
-private:
-    void stripe(const unsigned char* p);
-    std::uint64_t lane_[4] = {0x60EA27EEADC0B5D6ull, 0xC2B2AE3D27D4EB4Full, 0, 0x61C8864E7A143579ull};
-    std::uint64_t total_ = 0;
-    unsigned char tail_[32] = {};
-    std::size_t tailLen_ = 0;
-};
-
-// The digests of a byte stream cut by offset into chunks of kChunk bytes, the
-// last one shorter, whatever pieces the bytes come in.
-class ChunkDigests {
-public:
-    static constexpr std::size_t kChunk = 64 * 1024;
-
-    void add(const char* data, std::size_t n);
-    // The digests of the whole chunks so far, the latest last.
-    const std::vector<std::uint64_t>& whole() const { return digests_; }
-    std::uint64_t size() const { return total_; }
-    // Closes the last, shorter chunk (if any bytes are left over) and gives them all.
-    std::vector<std::uint64_t> finish();
-
-private:
-    ContentHash current_;
-    std::size_t currentLen_ = 0;
-    std::uint64_t total_ = 0;
-    std::vector<std::uint64_t> digests_;
-};
-
 // The open files of the program by number, as the storage procedures use them:
 // sequential reading field by field, whole files written and put in place at
-// their close. A file whose new content is byte for byte what it already holds
-// is left as it stands: replacing it would cost a wait for the disk and change nothing.
+// their close. What each file is known to hold spares rewriting a file with
+// its own bytes and rereading one a grid holds already (file_memory.h).
 class FileTable {
 public:
     static constexpr int kMaxFiles = 255;
 
-    explicit FileTable(forms::FilesPort& files) : files_(files) {}
+    explicit FileTable(forms::FilesPort& files) : files_(files), memory_(files) {}
     ~FileTable();
 
     forms::FilesPort& files() { return files_; }
@@ -91,7 +46,7 @@ public:
     void Abandon(int n);
     void CloseAll();
 
-    // The next field: see the reading rules in records.cpp. Fails at the end of the file.
+    // The next field: see the reading rules in field_rules.cpp. Fails at the end of the file.
     std::string ReadField(int n);
     // The same into a string the caller keeps, so its storage serves again.
     void ReadFieldInto(int n, std::string& field);
@@ -110,14 +65,16 @@ public:
     // tells its state by a revision that changes with every change of its content.
     // After the close of a file read whole: the holder at this revision holds
     // what that read gave, and writing it out gives the file's bytes if exact.
-    void NoteLoaded(const std::string& path, std::uint64_t revision, bool exact);
+    void NoteLoaded(const std::string& path, std::uint64_t revision, bool exact) {
+        memory_.NoteLoaded(path, revision, exact);
+    }
     // For a file open for writing: its bytes come from the holder at this
     // revision, and reading them back gives that content if readsBack. It
     // counts once the close leaves the file holding those bytes.
     void NoteSaving(int n, std::uint64_t revision, bool readsBack);
     // Whether writing the holder at this revision to path would give the bytes
     // the file holds now; any doubt answers false.
-    bool WouldWriteSame(const std::string& path, std::uint64_t revision);
+    bool WouldWriteSame(const std::string& path, std::uint64_t revision) { return memory_.WouldWriteSame(path, revision); }
     // For a file open for reading and not read yet: the revision of the holder
     // that holds what reading it would give, because that is what it gave the
     // holder or what the holder wrote to it, and the file is as it was then.
@@ -125,7 +82,7 @@ public:
     // read back to prove it). Nothing when in any doubt.
     std::optional<std::uint64_t> LoadsAs(int n, const std::function<bool(std::uint64_t)>& held);
     // Whether some file is known to give, when read, the holder's content at this revision.
-    bool Describes(std::uint64_t revision) const;
+    bool Describes(std::uint64_t revision) const { return memory_.Describes(revision); }
 
     // One value and a line end: a text encoded by EncodeField, a number with a
     // blank on either side (a minus sign in place of the first), nothing as nothing.
@@ -140,25 +97,6 @@ public:
     void KillMatching(const std::string& folder, const std::string& suffix);
 
 private:
-    // What a file held when this table last read it whole or wrote it: its
-    // state then, its size and the digests of its chunks.
-    struct Image {
-        std::uint64_t revision = 0;
-        bool loads = false; // reading the file gives the holder's content
-        bool saves = false; // writing the holder's content gives the file's bytes
-    };
-    struct Known {
-        forms::FileFingerprint state;
-        std::uint64_t size = 0;
-        std::vector<std::uint64_t> chunks;
-        std::optional<Image> image;
-    };
-    // The last file read and closed: its state at the open, and whether it was read to its end.
-    struct LastRead {
-        std::string path;
-        forms::FileFingerprint state;
-        bool whole = false;
-    };
     enum Expect : std::uint8_t { kAny, kComma, kLineEnd };
     struct Open {
         std::string path;
@@ -172,20 +110,20 @@ private:
         bool eof = false;
         bool broken = false; // a write failed: never put in place
         // Input: the file's state at the open; its digests are taken unless
-        // the table knows that state already.
+        // its bytes in that state are known already.
         std::optional<forms::FileFingerprint> before;
         bool hashing = false;
         ChunkDigests digests;
         // Output: while the chunks written so far are those the file holds,
         // they are held back (counted, not written); they are copied from the
         // file itself only if a later chunk differs.
-        std::optional<Known> match;
+        std::optional<KnownFile> match;
         bool holding = false;
         std::size_t held = 0;
         // Input: the fields read so far lay there as written (ReadLineField).
         bool exact = true;
         // Output: the holder the bytes come from.
-        std::optional<Image> image;
+        std::optional<FileImage> image;
     };
     Open& get(int n) {
         if (n < 1 || n > kMaxFiles || !open_[static_cast<std::size_t>(n)]) throw forms::Failure("bad file name or number");
@@ -197,7 +135,8 @@ private:
     bool fill(Open& f);
     // Nearly every field is unquoted and lies in the piece read together with
     // its delimiter (and the LF behind a CR): one scan, and the field stays
-    // where it is. Inline: a load reads every field of its file here.
+    // where it is. Inline: a load reads every field of its file here. The
+    // rules every other field is read by are in field_rules.cpp.
     std::string_view readView(Open& f, Expect expect) {
         if (f.in && f.pos < f.len) {
             const char* start = f.buf.data() + f.pos;
@@ -218,26 +157,10 @@ private:
     }
     std::string_view readViewSlow(Open& f, Expect expect);
     void readFieldSlow(Open& f, std::string& field, Expect expect);
-    void remember(const std::string& path, const forms::FileFingerprint& state, std::uint64_t size,
-                  std::vector<std::uint64_t> chunks);
-    // Whether the file at path is in the state known and holds the bytes
-    // known. A state whose time had not settled when it was taken proves
-    // nothing by itself: then the file is read and its digests compared, and
-    // the state taken before that reading is the one known from then on.
-    bool stillHolds(const std::string& path, Known& k);
-
-    // Every change of a known file's image goes through here, so that the
-    // count of files describing each revision stays true.
-    void setImage(Known& k, std::optional<Image> image);
-    void forget(const std::string& path);
 
     forms::FilesPort& files_;
     std::array<std::unique_ptr<Open>, kMaxFiles + 1> open_{};
-    std::unordered_map<std::string, Known> known_;
-    // How many known files load as each revision: Describes is asked at every
-    // load, for every category a walk passes.
-    std::unordered_map<std::uint64_t, int> loadingRevisions_;
-    std::optional<LastRead> lastRead_;
+    FileMemory memory_;
 };
 
 } // namespace storage
