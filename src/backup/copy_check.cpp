@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,9 +44,9 @@ std::optional<std::vector<std::string>> indexEntries(forms::FilesPort& port, con
         if (!count || count->empty()) return std::nullopt;
         const std::optional<int> n = storage::Value::text(count->front()).toInt16();
         const bool blank = count->front().find_first_not_of(" \t") == std::string::npos;
-        if (!n && !blank) return std::nullopt;
+        if ((!n && !blank) || (n && *n < 0)) return std::nullopt;
         std::vector<std::string> names = storage::ReadAllFields(port, place + kIndexFiles[1]).value_or(std::vector<std::string>{});
-        const std::size_t wanted = n ? static_cast<std::size_t>(std::max(*n, 0)) : 0;
+        const std::size_t wanted = n ? static_cast<std::size_t>(*n) : 0;
         if (names.size() < wanted) return std::nullopt;
         names.resize(wanted);
         return names;
@@ -56,6 +58,11 @@ std::optional<std::vector<std::string>> indexEntries(forms::FilesPort& port, con
 std::string quoted(const std::string& name) { return "\"" + name + "\""; }
 
 } // namespace
+
+// A load empties the data folder before it reads the floppy's index, so the
+// index is looked at first: a disk without one that can be read whole must
+// cost the user nothing.
+bool frmMain::FloppyIndexReadable() { return indexEntries(files.files(), platform.places.floppyRoot).has_value(); }
 
 // Every file the disk should now hold, read back and compared byte for byte
 // with the data folder's.

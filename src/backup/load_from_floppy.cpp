@@ -5,31 +5,6 @@ namespace qm {
 
 using forms::Failure;
 
-// A load empties the data folder before it reads the floppy's index, so the
-// index is looked at first: a disk without one that can be read whole must
-// cost the user nothing.
-bool frmMain::FloppyIndexReadable() {
-    const std::string& root = platform.places.floppyRoot;
-    int n = 0;
-    try {
-        n = files.FreeFile();
-        files.OpenInput(n, root + "NumCats.csv");
-        const std::string countText = files.ReadField(n);
-        std::optional<int> count = storage::Value::text(countText).toInt16();
-        files.Close(n);
-        // An empty count is what a database that never had a category writes.
-        if (!count && countText.find_first_not_of(" \t") == std::string::npos) count = 0;
-        if (!count || *count < 0) return false;
-        files.OpenInput(n, root + "CatFiles.csv");
-        for (int i = 0; i < *count; ++i) (void)files.ReadField(n);
-        files.Close(n);
-        return true;
-    } catch (const Failure&) {
-        files.Close(n);
-        return false;
-    }
-}
-
 // Replaces the database with the floppy's copy: every category comes from the
 // floppy into the grid and from the grid into the emptied data folder.
 void frmMain::cmdLoad_Click() {
