@@ -98,21 +98,10 @@ ChildEnd runChild(Folders& f, const std::function<void(CountingFiles&)>& arm,
     return end;
 }
 
-const char* const kCut = "a cut file, or one the program never wrote";
-const char* const kMissingFile = "an index naming a category without a file";
-const char* const kOtherList = "an index that is neither the list before nor the one after the step";
-const char* const kCount = "a count that is not the number of names";
-
-struct KillResults {
+// Every problem kind is reported with the first places that showed it.
+TEST(KillTest, SigkillLeavesWholeFilesAndAnIndexOfBeforeOrAfterTheStep) {
     int killed = 0;
     Tally problems;
-};
-
-const KillResults& killResults() {
-    static KillResults res;
-    static bool done = false;
-    if (done) return res;
-    done = true;
     const Reference& ref = reference();
     for (long k : pointsToRun(ref.totalOps, kKillPoints, kSeed)) {
         Folders f;
@@ -125,53 +114,26 @@ const KillResults& killResults() {
         const std::size_t step = end.step;
         const std::string where = "SIGKILL at operation " + std::to_string(k) + ", " + stepName(step);
         if (!WIFSIGNALED(end.status) || WTERMSIG(end.status) != SIGKILL) {
-            res.problems.add("a child that was not killed", where + " (status " + std::to_string(end.status) + ")");
+            problems.add("a child that was not killed", where + " (status " + std::to_string(end.status) + ")");
             continue;
         }
-        ++res.killed;
+        ++killed;
 
         const auto contents = folderContents(f.data.path());
-        checkWholeFiles(f.data.path(), ref.versions, res.problems, kCut, where);
+        checkWholeFiles(f.data.path(), ref.versions, problems, "a cut file, or one the program never wrote", where);
         Restart r = restartOn(f.data.place(), f.floppy.place());
         for (const auto& name : r.list)
-            if (!contents.count(storage::FileStem(name) + ".csv")) res.problems.add(kMissingFile, where + ": [" + name + "]");
+            if (!contents.count(storage::FileStem(name) + ".csv")) problems.add("an index naming a category without a file", where + ": [" + name + "]");
         const auto& before = ref.lists[step];
         const auto& after = ref.lists[step + 1];
-        if (r.list != before && r.list != after) res.problems.add(kOtherList, where + ": " + describeList(r.list));
+        if (r.list != before && r.list != after) problems.add("an index that is neither the list before nor the one after the step", where + ": " + describeList(r.list));
         auto count = storage::Value::text(r.count).toInt16();
         if (!count || *count != static_cast<int>(r.list.size()))
-            res.problems.add(kCount, where + ": count [" + r.count + "], " + std::to_string(r.list.size()) + " names");
+            problems.add("a count that is not the number of names", where + ": count [" + r.count + "], " + std::to_string(r.list.size()) + " names");
     }
-    std::printf("%d SIGKILLs at points spread over a session of %ld file operations\n", res.killed, ref.totalOps);
-    return res;
-}
-
-TEST(KillTest, EveryChildIsKilledWhereItWasTold) {
-    const KillResults& res = killResults();
-    RecordProperty("kills", res.killed);
-    EXPECT_EQ(res.problems.count("a child that was not killed"), 0u) << res.problems.report("a child that was not killed");
-}
-
-TEST(KillTest, SigkillLeavesOnlyWholeFiles) {
-    const KillResults& res = killResults();
-    EXPECT_EQ(res.problems.count(kCut), 0u) << res.problems.report(kCut);
-}
-
-TEST(KillTest, SigkillLeavesNoIndexEntryWithoutItsFile) {
-    const KillResults& res = killResults();
-    EXPECT_EQ(res.problems.count(kMissingFile), 0u) << res.problems.report(kMissingFile);
-}
-
-// Fails while a rename or delete commits the index in pieces: see the report.
-TEST(KillTest, SigkillLeavesTheListOfBeforeOrAfterTheStep) {
-    const KillResults& res = killResults();
-    EXPECT_EQ(res.problems.count(kOtherList), 0u) << res.problems.report(kOtherList);
-}
-
-// Fails while the count and the names are committed one after the other: see the report.
-TEST(KillTest, SigkillLeavesACountThatIsTheNumberOfNames) {
-    const KillResults& res = killResults();
-    EXPECT_EQ(res.problems.count(kCount), 0u) << res.problems.report(kCount);
+    std::printf("%d SIGKILLs at points spread over a session of %ld file operations\n", killed, ref.totalOps);
+    RecordProperty("kills", killed);
+    for (const auto& [kind, where] : problems.byKind) ADD_FAILURE() << problems.report(kind);
 }
 
 // ---- end requests ------------------------------------------------------------------------
