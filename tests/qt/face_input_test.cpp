@@ -2,6 +2,7 @@
 // text box, the focus keys, list and check box input, buttons, and when the
 // widgets follow the model.
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -145,6 +146,10 @@ private slots:
         f->focus(box);
         QCOMPARE(QApplication::focusWidget(), edit);
         QCOMPARE(edit->selectedText(), QString::fromUtf8("\xC3\xA9l"));
+        // A cut takes the selection to the clipboard and out of the box.
+        QTest::keyClick(edit, Qt::Key_X, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromUtf8("\xC3\xA9l"));
+        QCOMPARE(box.Text(), std::string("ho"));
     }
 
     void characterBelongsToTheControlThatSawTheKeyDown() {
