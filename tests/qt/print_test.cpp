@@ -1,8 +1,6 @@
-// Printing a category from the real window with the Qt printer. With no
-// printer here the job becomes a PDF in the documents folder of a home of the
-// test's own, and the PDF is read back as text with pdftotext.
+// Printing a category from the real window with the Qt printer, the PDF read
+// back as text with pdftotext.
 #include <QDir>
-#include <QFileInfo>
 #include <QPrinterInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -18,26 +16,6 @@
 using qttest::QtHarness;
 
 namespace {
-
-// HOME (and with it the documents folder) in a temporary folder for the
-// life of the object.
-class HomeAt {
-public:
-    HomeAt() : oldHome_(qgetenv("HOME")), oldConfig_(qgetenv("XDG_CONFIG_HOME")) {
-        qputenv("HOME", dir_.path().toLocal8Bit());
-        qputenv("XDG_CONFIG_HOME", dir_.filePath(".config").toLocal8Bit());
-    }
-    ~HomeAt() {
-        qputenv("HOME", oldHome_);
-        if (oldConfig_.isEmpty()) qunsetenv("XDG_CONFIG_HOME");
-        else qputenv("XDG_CONFIG_HOME", oldConfig_);
-    }
-    QString documents() const { return dir_.filePath("Documents"); }
-
-private:
-    QTemporaryDir dir_;
-    QByteArray oldHome_, oldConfig_;
-};
 
 // The PDF's pages read back, each a list of lines with the empty lines in
 // their places. pdftotext -layout only guesses at empty lines from the gaps,
@@ -106,100 +84,81 @@ QStringList itemBlock(const std::vector<std::string>& cells) {
 
 class PrintTest : public QObject {
     Q_OBJECT
+    QTemporaryDir home_;
+    QString docs_;
 private slots:
-    void initTestCase();
-    void categoryPrintsAsLabelledLines();
-    void longCategoryRunsOnOverPages();
-    void jobsAreNamedAfterTheCategoryAndNoneIsLost();
+    // With no printer here a job becomes a PDF in the documents folder of a
+    // home of the test's own.
+    void initTestCase() {
+        if (!QPrinterInfo::defaultPrinter().isNull()) QSKIP("a default printer exists here: nothing would become a PDF");
+        if (QStandardPaths::findExecutable("pdftotext").isEmpty())
+            QSKIP("pdftotext is missing (Debian package poppler-utils): the printed PDF can't be read back");
+        qputenv("HOME", home_.path().toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", home_.filePath(".config").toLocal8Bit());
+        docs_ = home_.filePath("Documents");
+    }
+    void init() { QDir(docs_).removeRecursively(); }
+
+    // Every line once, in order, as labelled lines with empty cells left out,
+    // across the page breaks; each page but the last filled to its foot (give
+    // or take the empty line of a cell).
+    void categoryPrintsAsLabelledLinesOverPages() {
+        QtHarness h(qttest::RealPorts{.printer = true});
+        auto items = qttest::itemRows(40);
+        items.insert(items.begin(), {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
+                                     {"Saw", "", "999.99", "", "2002", "", "blade, 24 teeth"},
+                                     {"", "", "", "", "", "", ""}});
+        h.core.writeCategories({{"Garage", items}});
+        QVERIFY(h.startAndClick(0));
+        h.click(h.m().cmdPrint);
+
+        QCOMPARE(h.core.dialogs.messages.size(), std::size_t(1));
+        QCOMPARE(h.core.dialogs.messages[0].text, std::string("Category Printing."));
+        const QString pdf = QDir(docs_).filePath("Garage.pdf");
+        // The desktop's viewer is asked to open it; in this test nobody does.
+        QCOMPARE(h.openedPdfs, std::vector<QString>{pdf});
+        const QList<QStringList> pages = pdfPages(pdf);
+        QVERIFY2(pages.size() >= 3, qPrintable(QString::number(pages.size())));
+        // Title, rule and two empty lines lead, and each cell's line has an empty line under it.
+        QCOMPARE(pages[0].mid(0, 6), (QStringList{"Garage", kRule, "", "", "Item: Drill", ""}));
+        QStringList want{"Garage", kRule};
+        for (const auto& item : items) want << itemBlock(item);
+        QCOMPARE(nonEmpty(pages), want);
+        qsizetype longest = 0;
+        for (const QStringList& page : pages) longest = std::max(longest, page.size());
+        for (int i = 0; i + 1 < pages.size(); ++i) QVERIFY2(pages[i].size() >= longest - 1, qPrintable(QString::number(i)));
+    }
+
+    void jobsAreNamedAfterTheCategoryAndNoneIsLost() {
+        QtHarness h(qttest::RealPorts{.printer = true});
+        h.core.writeIndex({"Tools/Hardware"});
+        h.core.writeCategory(storage::FileStem("Tools/Hardware"), qttest::itemRows(1));
+        QVERIFY(h.start());
+        auto& m = h.m();
+
+        // Nothing selected: the error is printed under an empty title, as the program's name.
+        h.click(m.cmdPrint);
+        const QDir docs(docs_);
+        QVERIFY(docs.exists("Quillmere.pdf"));
+        QCOMPARE(nonEmpty(pdfPages(docs.filePath("Quillmere.pdf"))), QStringList{kRule});
+        QCOMPARE(h.core.dialogs.messages.at(0).text, std::string("Error: No category selected to print."));
+
+        // A "/" can't stand in a file name; a second print doesn't replace the first.
+        h.clickListEntry(0);
+        h.click(m.cmdPrint);
+        h.click(m.cmdPrint);
+        const QString first = docs.filePath(QString("Tools%1Hardware.pdf").arg(QChar(0x2215)));
+        const QString second = docs.filePath(QString("Tools%1Hardware (2).pdf").arg(QChar(0x2215)));
+        QCOMPARE(h.openedPdfs, (std::vector<QString>{docs.filePath("Quillmere.pdf"), first, second}));
+        QCOMPARE(nonEmpty(pdfPages(first)).value(0), QString("Tools/Hardware"));
+        QCOMPARE(nonEmpty(pdfPages(second)), nonEmpty(pdfPages(first)));
+        QCOMPARE(docs.entryList(QDir::Files).size(), 3);
+
+        // A job with nothing printed writes nothing.
+        h.qtPrinter.EndDoc();
+        QCOMPARE(docs.entryList(QDir::Files).size(), 3);
+    }
 };
-
-void PrintTest::initTestCase() {
-    if (!QPrinterInfo::defaultPrinter().isNull()) QSKIP("a default printer exists here: nothing would become a PDF");
-    if (QStandardPaths::findExecutable("pdftotext").isEmpty())
-        QSKIP("pdftotext is missing (Debian package poppler-utils): the printed PDF can't be read back");
-}
-
-void PrintTest::categoryPrintsAsLabelledLines() {
-    HomeAt home;
-    QtHarness h(qttest::RealPorts{.printer = true});
-    const std::vector<std::vector<std::string>> items = {
-        {"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
-        {"Saw", "", "999.99", "", "2002", "", "blade, 24 teeth"},
-        {"", "", "", "", "", "", ""},
-    };
-    h.core.writeCategories({{"Garage", items}});
-    QVERIFY(h.startAndClick(0));
-    h.click(h.m().cmdPrint);
-
-    QCOMPARE(h.core.dialogs.messages.size(), std::size_t(1));
-    QCOMPARE(h.core.dialogs.messages[0].text, std::string("Category Printing."));
-    const QString pdf = QDir(home.documents()).filePath("Garage.pdf");
-    QVERIFY2(QFileInfo::exists(pdf), qPrintable(pdf));
-    // The desktop's viewer is asked to open it; in this test nobody does.
-    QCOMPARE(h.openedPdfs, std::vector<QString>{pdf});
-
-    const QList<QStringList> pages = pdfPages(pdf);
-    QCOMPARE(pages.size(), 1);
-    const QStringList& lines = pages[0];
-    // Title, rule and two empty lines lead, and each cell's line has an empty line under it.
-    QVERIFY(lines.size() >= 6);
-    QCOMPARE(lines.mid(0, 6), (QStringList{"Garage", kRule, "", "", "Item: Drill", ""}));
-
-    QStringList want{"Garage", kRule};
-    for (const auto& item : items) want << itemBlock(item);
-    QCOMPARE(nonEmpty(pages), want);
-}
-
-void PrintTest::longCategoryRunsOnOverPages() {
-    HomeAt home;
-    QtHarness h(qttest::RealPorts{.printer = true});
-    const auto items = qttest::itemRows(40);
-    h.core.writeCategories({{"Stock", items}});
-    QVERIFY(h.startAndClick(0));
-    h.click(h.m().cmdPrint);
-
-    const QList<QStringList> pages = pdfPages(QDir(home.documents()).filePath("Stock.pdf"));
-    QVERIFY2(pages.size() >= 3, qPrintable(QString::number(pages.size())));
-    // Every line once, in order, across the page breaks; each page but the
-    // last is filled to its foot (give or take the empty line of a cell).
-    QStringList want{"Stock", kRule};
-    for (const auto& item : items) want << itemBlock(item);
-    QCOMPARE(nonEmpty(pages), want);
-    qsizetype longest = 0;
-    for (const QStringList& page : pages) longest = std::max(longest, page.size());
-    for (int i = 0; i + 1 < pages.size(); ++i) QVERIFY2(pages[i].size() >= longest - 1, qPrintable(QString::number(i)));
-}
-
-void PrintTest::jobsAreNamedAfterTheCategoryAndNoneIsLost() {
-    HomeAt home;
-    QtHarness h(qttest::RealPorts{.printer = true});
-    h.core.writeIndex({"Tools/Hardware"});
-    h.core.writeCategory(storage::FileStem("Tools/Hardware"), qttest::itemRows(1));
-    QVERIFY(h.start());
-    auto& m = h.m();
-
-    // Nothing selected: the error is printed under an empty title, as the program's name.
-    h.click(m.cmdPrint);
-    const QDir docs(home.documents());
-    QVERIFY(docs.exists("Quillmere.pdf"));
-    QCOMPARE(nonEmpty(pdfPages(docs.filePath("Quillmere.pdf"))), QStringList{kRule});
-    QCOMPARE(h.core.dialogs.messages.at(0).text, std::string("Error: No category selected to print."));
-
-    // A "/" can't stand in a file name; a second print doesn't replace the first.
-    h.clickListEntry(0);
-    h.click(m.cmdPrint);
-    h.click(m.cmdPrint);
-    const QString first = docs.filePath(QString("Tools%1Hardware.pdf").arg(QChar(0x2215)));
-    const QString second = docs.filePath(QString("Tools%1Hardware (2).pdf").arg(QChar(0x2215)));
-    QCOMPARE(h.openedPdfs, (std::vector<QString>{docs.filePath("Quillmere.pdf"), first, second}));
-    QCOMPARE(nonEmpty(pdfPages(first)).value(0), QString("Tools/Hardware"));
-    QCOMPARE(nonEmpty(pdfPages(second)), nonEmpty(pdfPages(first)));
-    QCOMPARE(docs.entryList(QDir::Files).size(), 3);
-
-    // A job with nothing printed writes nothing.
-    h.qtPrinter.EndDoc();
-    QCOMPARE(docs.entryList(QDir::Files).size(), 3);
-}
 
 QTEST_MAIN(PrintTest)
 #include "print_test.moc"

@@ -5,11 +5,9 @@
 //
 // With QM_SHOTS set to a folder, each window is also saved there as a PNG
 // picture, to look at its layout (the picture window also with a big picture).
-#include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QLabel>
-#include <QPointer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBrowser>
@@ -26,29 +24,21 @@ using qttest::QtHarness;
 namespace {
 
 struct SmallWindow {
-    const char* name;
-    const char* caption;
+    const char *name, *caption;
     const char* menuEntry; // nullptr: opened by chkPic
-    // The window's form and its closing button, or nothing while it isn't loaded.
-    std::function<forms::Form*(qm::frmMain&)> form;
-    std::function<forms::Button*(qm::frmMain&)> closeButton;
+    std::function<forms::Form*(qm::frmMain&)> form; // nothing while it isn't loaded
+    const char* closeButton;
     bool stays; // hidden, not unloaded, when closed
 };
 
-// The form of a window while it is loaded.
 template <class W> forms::Form* formOf(W* w) { return w ? &w->form : nullptr; }
 
 const SmallWindow kWindows[] = {
-    {"frmPic", "Item Picture", nullptr, [](qm::frmMain& m) { return m.hasPic() ? &m.Pic().form : nullptr; },
-     [](qm::frmMain& m) { return &m.Pic().cmdClose; }, true},
-    {"frmProperties", "Properties", "Properties", [](qm::frmMain& m) { return formOf(m.propertiesIfLoaded()); },
-     [](qm::frmMain& m) { return &m.propertiesIfLoaded()->cmdChange; }, false},
-    {"frmHow", "How does Quillmere work?", "Contents", [](qm::frmMain& m) { return formOf(m.howIfLoaded()); },
-     [](qm::frmMain& m) { return &m.howIfLoaded()->cmdClose; }, false},
-    {"frmAbout", "About Quillmere", "About Quillmere", [](qm::frmMain& m) { return formOf(m.aboutIfLoaded()); },
-     [](qm::frmMain& m) { return &m.aboutIfLoaded()->cmdOK; }, false},
-    {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); },
-     [](qm::frmMain& m) { return &m.contactIfLoaded()->cmdOK; }, false},
+    {"frmPic", "Item Picture", nullptr, [](qm::frmMain& m) { return m.hasPic() ? &m.Pic().form : nullptr; }, "cmdClose", true},
+    {"frmProperties", "Properties", "Properties", [](qm::frmMain& m) { return formOf(m.propertiesIfLoaded()); }, "cmdChange", false},
+    {"frmHow", "How does Quillmere work?", "Contents", [](qm::frmMain& m) { return formOf(m.howIfLoaded()); }, "cmdClose", false},
+    {"frmAbout", "About Quillmere", "About Quillmere", [](qm::frmMain& m) { return formOf(m.aboutIfLoaded()); }, "cmdOK", false},
+    {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); }, "cmdOK", false},
 };
 
 void open(QtHarness& h, const SmallWindow& w) {
@@ -82,161 +72,152 @@ void saveShot(QWidget* top, const char* name) {
 class SmallWindowsTest : public QObject {
     Q_OBJECT
 private slots:
-    void opensAndClosesAgain_data();
-    void opensAndClosesAgain();
-    void contactValuesStandOnOneLineInsideTheWindow();
-    void pictureWindowFitsAroundThePicture();
+    void opensAndClosesAgain_data() {
+        QTest::addColumn<int>("window");
+        QTest::addColumn<bool>("byWindowManager");
+        for (int i = 0; i < int(std::size(kWindows)); ++i) {
+            QTest::addRow("%s, its button", kWindows[i].name) << i << false;
+            QTest::addRow("%s, window manager", kWindows[i].name) << i << true;
+        }
+    }
+
+    void opensAndClosesAgain() {
+        QFETCH(int, window);
+        QFETCH(bool, byWindowManager);
+        const SmallWindow& w = kWindows[window];
+        QtHarness h;
+        QApplication::setWindowIcon(QIcon(kIcon));
+        h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
+        // The help page as the program ships it.
+        std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
+                                   h.core.data("Readme.htm"));
+        QVERIFY(h.start());
+        auto& m = h.m();
+
+        // Twice: a window that was unloaded comes back afresh.
+        for (int round = 0; round < 2; ++round) {
+            open(h, w);
+            QPointer<QWidget> top = shownWindow(h, w);
+            QVERIFY2(top, w.name);
+            QCOMPARE(top->windowTitle(), QString(w.caption));
+            QVERIFY(h.topWidget()->isVisible());
+            if (auto* browser = top->findChild<QTextBrowser*>())
+                QVERIFY(browser->toPlainText().contains("Where your data lives"));
+            if (round == 0) saveShot(top, w.name);
+            if (auto* icon = dynamic_cast<forms::PictureBox*>(w.form(m)->find("picIcon"))) {
+                // The application's icon, drawn in the box.
+                const auto* shown = dynamic_cast<const qtface::QtPicture*>(icon->picture().get());
+                const QImage expected = QIcon(kIcon).pixmap(48, 48).toImage();
+                QVERIFY(shown && shown->image().convertToFormat(expected.format()) == expected);
+                const QImage drawn = h.host.window(*w.form(m))->widgetOf(*icon)->grab().toImage();
+                QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
+            }
+
+            if (byWindowManager) top->close();
+            else QTest::mouseClick(h.host.window(*w.form(m))->widgetOf(*w.form(m)->find(w.closeButton)), Qt::LeftButton);
+            QtHarness::settle();
+            QVERIFY(!top || !top->isVisible());
+            QVERIFY(!shownWindow(h, w));
+            QCOMPARE(w.form(m) != nullptr, w.stays);
+            if (w.stays) {
+                QCOMPARE(m.chkPic.Value(), 0);
+                QVERIFY(!h.widgetAs<QCheckBox>(m.chkPic)->isChecked());
+            }
+        }
+
+        // The main window goes on working: a click opens a category.
+        h.clickListEntry(0);
+        QtHarness::settle();
+        QCOMPARE(m.CurrentCategory.value_or(""), std::string("Garage"));
+        QVERIFY(h.grid()->isVisible());
+        QCOMPARE(h.core.runtime.focused(), &m.T1);
+    }
+
+    // The contact window at its designed size; whatever font the desktop gives,
+    // each caption and value shows whole on one line, and the values stand in one
+    // column behind the captions.
+    void contactValuesStandOnOneLineInsideTheWindow() {
+        QtHarness h;
+        QVERIFY(h.start());
+        h.menuAction("Contact Me")->trigger();
+        QtHarness::settle();
+        qm::frmContact& c = *h.m().contactIfLoaded();
+        qtface::FormWindow* fw = h.host.window(c.form);
+        QWidget* client = fw->client();
+        QCOMPARE(client->size(), QSize(qttest::pixels(5730), qttest::pixels(2730)));
+        QCOMPARE(fw->widgetOf(c.cmdOK)->mapTo(client, QPoint(0, 0)).x(), qttest::pixels(2040));
+        const int column = fw->widgetOf(c.lblAuthorValue)->x();
+        using Line = std::pair<forms::Label*, forms::Label*>;
+        for (auto [caption, value] : {Line{&c.lblAuthor, &c.lblAuthorValue}, Line{&c.lblProgrammer, &c.lblProgrammerValue},
+                                      Line{&c.lblEmail, &c.lblEmailValue}, Line{&c.lblSecEmail, &c.lblSecEmailValue}}) {
+            QCOMPARE(fw->widgetOf(*value)->x(), column);
+            QVERIFY2(fw->widgetOf(*caption)->geometry().right() < column, caption->name().c_str());
+        }
+        for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail, &c.lblAuthorValue,
+                                &c.lblProgrammerValue, &c.lblEmailValue, &c.lblSecEmailValue}) {
+            auto* label = qobject_cast<QLabel*>(fw->widgetOf(*l));
+            QVERIFY(label);
+            const QFontMetrics fm(label->font());
+            QVERIFY2(label->height() >= fm.height() && label->height() < 2 * fm.lineSpacing(), l->name().c_str());
+            QVERIFY2(label->width() >= fm.horizontalAdvance(label->text()), l->name().c_str());
+            const QRect inClient(label->mapTo(client, QPoint(0, 0)), label->size());
+            QVERIFY2(client->rect().contains(inClient), l->name().c_str());
+        }
+    }
+
+    // A picture linked to an item sizes the picture window to it, shown or hidden:
+    // the form reads the size the window really took, and both buttons lie inside
+    // the window, where a real click reaches them.
+    void pictureWindowFitsAroundThePicture() {
+        QTemporaryDir dir;
+        auto picture = [&](int width, int height) {
+            QImage image(width, height, QImage::Format_RGB32);
+            image.fill(QColor(0x40, 0x90, 0xA0));
+            const QString path = dir.filePath(QStringLiteral("%1x%2.png").arg(width).arg(height));
+            image.save(path);
+            return path.toStdString();
+        };
+        QtHarness h;
+        h.core.writeCategories({{"Garage", qttest::itemRows(2)}});
+        qmtest::writeFile(h.core.data("GarageItem 1.csv"), picture(900, 700) + "\r\n");
+        QVERIFY(h.startAndClick(0));
+        qm::frmPic& pic = h.m().Pic();
+        qtface::FormWindow* fw = h.host.window(pic.form);
+        QWidget* top = fw->window();
+        auto fits = [&](QSize size) {
+            const QSize outer = top->frameGeometry().size();
+            bool ok = pic.form.Width() == h.host.twips().twips(outer.width()) && pic.form.Height() == h.host.twips().twips(outer.height());
+            ok = ok && fw->widgetOf(pic.picItem)->size() == size;
+            for (const forms::Control* c : std::initializer_list<const forms::Control*>{&pic.picItem, &pic.cmdAddPic, &pic.cmdClose}) {
+                QWidget* w = fw->widgetOf(*c);
+                ok = ok && top->rect().contains(QRect(w->mapTo(top, QPoint(0, 0)), w->size()));
+            }
+            if (!ok) qWarning("window %dx%d, form %dx%d twips", outer.width(), outer.height(), pic.form.Width(), pic.form.Height());
+            return ok;
+        };
+        auto clickIn = [&](const forms::Control& button) {
+            QWidget* w = fw->widgetOf(button);
+            QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, w->mapTo(top, w->rect().center()));
+            QtHarness::settle();
+        };
+        QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, h.grid()->cellRect(1, 2).center());
+        QVERIFY(!top->isVisible());
+        QVERIFY(fits({900, 700})); // sized while hidden
+        h.click(h.m().chkPic);
+        QtHarness::settle();
+        QVERIFY(top->isVisible());
+        QVERIFY(fits({900, 700}));
+
+        h.core.dialogs.openAnswers.push_back(picture(3000, 2000));
+        clickIn(pic.cmdAddPic);
+        QCOMPARE(h.core.dialogs.filters.size(), std::size_t(1));
+        QVERIFY(fits({3000, 2000}));
+        saveShot(top, "frmPic-3000x2000");
+        clickIn(pic.cmdClose);
+        QVERIFY(!top->isVisible());
+        QCOMPARE(h.m().chkPic.Value(), 0);
+    }
 };
-
-void SmallWindowsTest::opensAndClosesAgain_data() {
-    QTest::addColumn<int>("window");
-    QTest::addColumn<bool>("byWindowManager");
-    for (int i = 0; i < int(std::size(kWindows)); ++i) {
-        QTest::addRow("%s, its button", kWindows[i].name) << i << false;
-        QTest::addRow("%s, window manager", kWindows[i].name) << i << true;
-    }
-}
-
-void SmallWindowsTest::opensAndClosesAgain() {
-    QFETCH(int, window);
-    QFETCH(bool, byWindowManager);
-    const SmallWindow& w = kWindows[window];
-    QtHarness h;
-    QApplication::setWindowIcon(QIcon(kIcon));
-    h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
-    // The help page as the program ships it.
-    std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
-                               h.core.data("Readme.htm"));
-    QVERIFY(h.start());
-    auto& m = h.m();
-
-    // Twice: a window that was unloaded comes back afresh.
-    for (int round = 0; round < 2; ++round) {
-        open(h, w);
-        QPointer<QWidget> top = shownWindow(h, w);
-        QVERIFY2(top, w.name);
-        QCOMPARE(top->windowTitle(), QString(w.caption));
-        QVERIFY(h.topWidget()->isVisible());
-        if (auto* browser = top->findChild<QTextBrowser*>())
-            QVERIFY(browser->toPlainText().contains("Where your data lives"));
-        if (round == 0) saveShot(top, w.name);
-        if (auto* icon = dynamic_cast<forms::PictureBox*>(w.form(m)->find("picIcon"))) {
-            // The application's icon, drawn in the box.
-            const auto* shown = dynamic_cast<const qtface::QtPicture*>(icon->picture().get());
-            const QImage expected = QIcon(kIcon).pixmap(48, 48).toImage();
-            QVERIFY(shown && shown->image().convertToFormat(expected.format()) == expected);
-            const QImage drawn = h.host.window(*w.form(m))->widgetOf(*icon)->grab().toImage();
-            QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
-        }
-
-        if (byWindowManager) {
-            top->close();
-        } else {
-            forms::Button* button = w.closeButton(m);
-            QTest::mouseClick(h.host.window(*w.form(m))->widgetOf(*button), Qt::LeftButton);
-        }
-        QtHarness::settle();
-        QVERIFY(!top || !top->isVisible());
-        QVERIFY(!shownWindow(h, w));
-        QCOMPARE(w.form(m) != nullptr, w.stays);
-        if (w.stays) {
-            QCOMPARE(m.chkPic.Value(), 0);
-            QVERIFY(!h.widgetAs<QCheckBox>(m.chkPic)->isChecked());
-        }
-    }
-
-    // The main window goes on working: a click opens a category.
-    h.clickListEntry(0);
-    QtHarness::settle();
-    QCOMPARE(m.CurrentCategory.value_or(""), std::string("Garage"));
-    QVERIFY(h.grid()->isVisible());
-    QCOMPARE(h.core.runtime.focused(), &m.T1);
-}
-
-// The contact window at its designed size; whatever font the desktop gives,
-// each caption and value shows whole on one line, and the values stand in one
-// column behind the captions.
-void SmallWindowsTest::contactValuesStandOnOneLineInsideTheWindow() {
-    QtHarness h;
-    QVERIFY(h.start());
-    h.menuAction("Contact Me")->trigger();
-    QtHarness::settle();
-    qm::frmContact& c = *h.m().contactIfLoaded();
-    qtface::FormWindow* fw = h.host.window(c.form);
-    QWidget* client = fw->client();
-    QCOMPARE(client->size(), QSize(qttest::pixels(5730), qttest::pixels(2730)));
-    QCOMPARE(fw->widgetOf(c.cmdOK)->mapTo(client, QPoint(0, 0)).x(), qttest::pixels(2040));
-    const int column = fw->widgetOf(c.lblAuthorValue)->x();
-    using Line = std::pair<forms::Label*, forms::Label*>;
-    for (auto [caption, value] : {Line{&c.lblAuthor, &c.lblAuthorValue}, Line{&c.lblProgrammer, &c.lblProgrammerValue},
-                                  Line{&c.lblEmail, &c.lblEmailValue}, Line{&c.lblSecEmail, &c.lblSecEmailValue}}) {
-        QCOMPARE(fw->widgetOf(*value)->x(), column);
-        QVERIFY2(fw->widgetOf(*caption)->geometry().right() < column, caption->name().c_str());
-    }
-    for (forms::Label* l : {&c.lblAuthor, &c.lblProgrammer, &c.lblEmail, &c.lblSecEmail, &c.lblAuthorValue,
-                            &c.lblProgrammerValue, &c.lblEmailValue, &c.lblSecEmailValue}) {
-        auto* label = qobject_cast<QLabel*>(fw->widgetOf(*l));
-        QVERIFY(label);
-        const QFontMetrics fm(label->font());
-        QVERIFY2(label->height() >= fm.height() && label->height() < 2 * fm.lineSpacing(), l->name().c_str());
-        QVERIFY2(label->width() >= fm.horizontalAdvance(label->text()), l->name().c_str());
-        const QRect inClient(label->mapTo(client, QPoint(0, 0)), label->size());
-        QVERIFY2(client->rect().contains(inClient), l->name().c_str());
-    }
-}
-
-// A picture linked to an item sizes the picture window to it, shown or hidden:
-// the form reads the size the window really took, and both buttons lie inside
-// the window, where a real click reaches them.
-void SmallWindowsTest::pictureWindowFitsAroundThePicture() {
-    QTemporaryDir dir;
-    auto picture = [&](int width, int height) {
-        QImage image(width, height, QImage::Format_RGB32);
-        image.fill(QColor(0x40, 0x90, 0xA0));
-        const QString path = dir.filePath(QStringLiteral("%1x%2.png").arg(width).arg(height));
-        image.save(path);
-        return path.toStdString();
-    };
-    QtHarness h;
-    h.core.writeCategories({{"Garage", qttest::itemRows(2)}});
-    qmtest::writeFile(h.core.data("GarageItem 1.csv"), picture(900, 700) + "\r\n");
-    QVERIFY(h.startAndClick(0));
-    qm::frmPic& pic = h.m().Pic();
-    qtface::FormWindow* fw = h.host.window(pic.form);
-    QWidget* top = fw->window();
-    auto fits = [&](QSize size) {
-        const QSize outer = top->frameGeometry().size();
-        bool ok = pic.form.Width() == h.host.twips().twips(outer.width()) && pic.form.Height() == h.host.twips().twips(outer.height());
-        ok = ok && fw->widgetOf(pic.picItem)->size() == size;
-        for (const forms::Control* c : std::initializer_list<const forms::Control*>{&pic.picItem, &pic.cmdAddPic, &pic.cmdClose}) {
-            QWidget* w = fw->widgetOf(*c);
-            ok = ok && top->rect().contains(QRect(w->mapTo(top, QPoint(0, 0)), w->size()));
-        }
-        if (!ok) qWarning("window %dx%d, form %dx%d twips", outer.width(), outer.height(), pic.form.Width(), pic.form.Height());
-        return ok;
-    };
-    auto clickIn = [&](const forms::Control& button) {
-        QWidget* w = fw->widgetOf(button);
-        QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, w->mapTo(top, w->rect().center()));
-        QtHarness::settle();
-    };
-    QTest::mouseClick(h.grid()->viewport(), Qt::LeftButton, {}, h.grid()->cellRect(1, 2).center());
-    QVERIFY(!top->isVisible());
-    QVERIFY(fits({900, 700})); // sized while hidden
-    h.click(h.m().chkPic);
-    QtHarness::settle();
-    QVERIFY(top->isVisible());
-    QVERIFY(fits({900, 700}));
-
-    h.core.dialogs.openAnswers.push_back(picture(3000, 2000));
-    clickIn(pic.cmdAddPic);
-    QCOMPARE(h.core.dialogs.filters.size(), std::size_t(1));
-    QVERIFY(fits({3000, 2000}));
-    saveShot(top, "frmPic-3000x2000");
-    clickIn(pic.cmdClose);
-    QVERIFY(!top->isVisible());
-    QCOMPARE(h.m().chkPic.Value(), 0);
-}
 
 QTEST_MAIN(SmallWindowsTest)
 #include "small_windows_test.moc"

@@ -13,8 +13,6 @@
 
 namespace qttest {
 
-QtHarness::QtHarness() : QtHarness(RealPorts{}) {}
-
 QtHarness::QtHarness(RealPorts real)
     : host(core.runtime), pictures(host.twips()),
       platform{core.runtime,
@@ -56,6 +54,17 @@ void QtHarness::clickListEntry(int index) {
     QListWidget* l = list();
     const QRect r = l->visualItemRect(l->item(index));
     QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, r.center());
+}
+
+QStringList QtHarness::listTexts() const {
+    QStringList out;
+    for (int i = 0; i < list()->count(); ++i) out << list()->item(i)->text();
+    return out;
+}
+
+QString QtHarness::selectedText() const {
+    const auto selected = list()->selectedItems();
+    return selected.size() == 1 ? selected.front()->text() : QString();
 }
 
 void QtHarness::click(const forms::Control& c) { QTest::mouseClick(widget(c), Qt::LeftButton); }

@@ -2,16 +2,12 @@
 #include <QApplication>
 #include <QListWidget>
 #include <QMessageBox>
-#include <QPoint>
 #include <QPointer>
-#include <QString>
 #include <QTimer>
-#include <QWidget>
 #include <deque>
 #include <functional>
 #include <memory>
 
-#include "forms/locale_currency.h"
 #include "mainwindow/frm_main.h"
 #include "qt/form_window.h"
 #include "qt/grid_view.h"
@@ -36,8 +32,7 @@ struct RealPorts {
 // program end) with the Qt host, Qt pictures and the locale's currency.
 class QtHarness {
 public:
-    QtHarness();
-    explicit QtHarness(RealPorts real);
+    explicit QtHarness(RealPorts real = {});
     ~QtHarness();
 
     qmtest::Harness core; // folders, files, scripted ports, writeIndex/writeCategory
@@ -63,6 +58,9 @@ public:
     qtface::GridView* grid() const { return widgetAs<qtface::GridView>(main->FG1); }
     QListWidget* list() const { return widgetAs<QListWidget>(main->lstCategory); }
 
+    // The list's entries as shown, and the one selected entry ("" for none).
+    QStringList listTexts() const;
+    QString selectedText() const;
     // A user's click on an entry of the category list, in its viewport.
     void clickListEntry(int index);
     // A user's click on a control's widget (a button), at its middle.

@@ -1,0 +1,204 @@
+// The main window as the face builds it and as a user meets it: where its
+// controls stand, its menu, border and fonts; the widgets following a click on
+// a category; and the keys that reach the menu from every widget. What the
+// commands then do is the core tests' business.
+#include <QFontDatabase>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QTest>
+#include <filesystem>
+
+#include "support/qt_harness.h"
+
+using qttest::pixels;
+using qttest::QtHarness;
+
+namespace {
+
+// The menu one line per entry: indented by its level, caption and shortcut.
+void walk(const QList<QAction*>& actions, const QString& indent, QStringList& out) {
+    for (QAction* a : actions) {
+        const QString keys = a->shortcut().toString(QKeySequence::PortableText);
+        out << indent + (a->isSeparator() ? QString("-") : keys.isEmpty() ? a->text() : a->text() + " " + keys);
+        if (a->menu()) walk(a->menu()->actions(), indent + " ", out);
+    }
+}
+
+void writeGarageAndKitchen(QtHarness& h) {
+    h.core.writeCategories({{"Garage", {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"}, {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"}}},
+                            {"Kitchen", {}}});
+}
+
+enum Place { InList, OnButton, InEditor };
+
+} // namespace
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+private slots:
+    void firstWindowAsTheFaceBuildsIt() {
+        QtHarness h;
+        h.core.writeIndex({"Tools", "Books", "apples"});
+        QVERIFY(h.start());
+        auto& m = h.m();
+        QCOMPARE(h.listTexts(), (QStringList{"apples", "Books", "Tools"}));
+        QVERIFY(h.list()->isVisible() && h.list()->selectedItems().isEmpty());
+        QCOMPARE(h.widgetAs<QPushButton>(m.cmdExit)->text(), QString("E&xit"));
+        QVERIFY(h.widget(m.cmdExit)->isVisible());
+        QVERIFY(!h.grid()->isVisible() && !h.widget(m.T1)->isVisible() && !h.widget(m.txtLoading)->isVisible());
+        QCOMPARE(h.widgetAs<QLabel>(m.lblCategory)->text(), QString());
+        QCOMPARE(h.topWidget()->windowTitle(), QString("Quillmere"));
+        // The first control in the tab order holds the focus, in the runtime and on the screen.
+        QCOMPARE(h.core.runtime.focused(), &m.cmdAddCategory);
+        QCOMPARE(QApplication::focusWidget(), h.widget(m.cmdAddCategory));
+
+        // Fixed size, no control box, centred on the screen.
+        QWidget* top = h.topWidget();
+        const Qt::WindowFlags flags = top->windowFlags();
+        for (Qt::WindowType hint : {Qt::WindowCloseButtonHint, Qt::WindowMinimizeButtonHint, Qt::WindowMaximizeButtonHint, Qt::WindowSystemMenuHint})
+            QVERIFY(!(flags & hint));
+        QCOMPARE(top->minimumSize(), top->maximumSize());
+        QVERIFY(qAbs(top->geometry().center().x() - QGuiApplication::primaryScreen()->availableGeometry().center().x()) <= 2);
+
+        // Fonts asked for by name: "Comic Sans MS" keeps its name (fontconfig's
+        // look-alike takes its place), "MS Sans Serif" is the desktop's sans-serif.
+        QCOMPARE(h.grid()->font().families().value(0), QString("Comic Sans MS"));
+        QCOMPARE(h.grid()->font().pointSizeF(), 8.25);
+        QCOMPARE(h.widget(m.lblCategory)->font().pointSizeF(), 36.0);
+        QCOMPARE(h.widget(m.Label1)->font().pointSizeF(), 12.0);
+        QCOMPARE(h.widget(m.cmdExit)->font().family(), QFontDatabase::systemFont(QFontDatabase::GeneralFont).family());
+        QCOMPARE(h.widget(m.cmdExit)->font().pointSizeF(), 8.25);
+
+        // The menu with every entry and its shortcut.
+        auto* bar = top->findChild<QMenuBar*>();
+        QVERIFY(bar && bar->isVisible());
+        QStringList lines;
+        walk(bar->actions(), "", lines);
+        QCOMPARE(lines, (QStringList{"&File", " &Save to Floppy Ctrl+S", " &Load from Floppy Ctrl+L", " -", " Print Ctrl+P", " -", " Exit Ctrl+X",
+                                     "&Edit", " &Categories", "  Add Category F1", "  Delete Category Shift+F1", "  Rename Category Ctrl+F1", "  -",
+                                     "  Delete All Categories", " &Items", "  Add Item F2", "  Delete Item Shift+F2", "  Rename Item Ctrl+F2", "  -",
+                                     "  Delete All Items Ctrl+Shift+F2", " -", " Properties Ctrl+R", "&Help", " Contents Ctrl+H", " -",
+                                     " Contact Me Ctrl+C", " -", " About Quillmere Ctrl+A"}));
+    }
+
+    void controlsStandWhereTheLayoutPutsThem() {
+        QtHarness h;
+        QVERIFY(h.start());
+        auto& m = h.m();
+        QCOMPARE(h.window()->client()->size(), QSize(pixels(11025), pixels(7200)));
+        struct Expect {
+            const forms::Control* c;
+            int left, top, width, height; // twips in the client area
+        };
+        // Frames at their places, and controls inside them measured from the client area.
+        const Expect expected[] = {
+            {&m.fraCategory, 120, 120, 10815, 1815},           {&m.fraFlexGrid, 120, 2040, 10815, 4215},
+            {&m.fraButtons, 120, 6240, 10815, 855},            {&m.cmdAddCategory, 120 + 120, 120 + 240, 1575, 495},
+            {&m.lstCategory, 120 + 1800, 120 + 240, 2535, 1425}, {&m.chkPic, 120 + 4680, 120 + 1440, 2415, 255},
+            {&m.FG1, 120 + 120, 2040 + 240, 10575, 3255},      {&m.txtCost, 120 + 3720, 2040 + 3600, 1575, 405},
+            {&m.txtValue, 120 + 9120, 2040 + 3600, 1575, 375}, {&m.cmdExit, 120 + 9240, 6240 + 240, 1455, 495},
+        };
+        for (const Expect& e : expected) {
+            QWidget* w = h.widget(*e.c);
+            QVERIFY2(w, e.c->name().c_str());
+            const QRect want(QPoint(pixels(e.left), pixels(e.top)), QPoint(pixels(e.left + e.width) - 1, pixels(e.top + e.height) - 1));
+            QCOMPARE(QRect(h.inClient(w), w->size()), want);
+        }
+        // Containers hold their controls.
+        QCOMPARE(h.widget(m.lstCategory)->parentWidget(), h.widget(m.fraCategory));
+        QCOMPARE(h.widget(m.T1)->parentWidget(), h.widget(m.fraFlexGrid));
+    }
+
+    // The widgets follow a click on an entry: the list's selection, the grid,
+    // the totals, the heading back from its parking place, and the focus the
+    // switch leaves.
+    void aClickOnAnEntryShowsTheCategory() {
+        QtHarness h;
+        writeGarageAndKitchen(h);
+        QVERIFY(h.startAndClick(0));
+        auto& m = h.m();
+        QCOMPARE(h.list()->currentRow(), 0);
+        QVERIFY(h.list()->item(0)->isSelected());
+        QVERIFY(h.grid()->isVisible());
+        QCOMPARE(h.grid()->model()->index(2, 0).data().toString(), QString("Saw"));
+        QCOMPARE(h.widgetAs<QLineEdit>(m.txtValue)->text(), QString("$1,079.99")); // the C locale: US rules
+        auto* heading = h.widgetAs<QLabel>(m.lblCategory);
+        QCOMPARE(heading->text(), QString("Garage"));
+        QVERIFY(heading->isVisible());
+        QCOMPARE(h.inClient(heading).y(), pixels(120 + 240));
+        QVERIFY(heading->width() > pixels(210)); // sized to its text
+        QVERIFY(!h.widget(m.txtLoading)->isVisible());
+
+        h.clickListEntry(1); // empty: no grid, the focus on the add button
+        QVERIFY(!h.grid()->isVisible());
+        QCOMPARE(heading->text(), QString("Kitchen"));
+        QCOMPARE(QApplication::focusWidget(), h.widget(m.cmdAddAsset));
+    }
+
+    // A click below the entries only gives the list the focus: that runs the walk.
+    void gainOfFocusOfTheListRunsTheWalk() {
+        QtHarness h;
+        writeGarageAndKitchen(h);
+        QVERIFY(h.start());
+        std::filesystem::remove(h.core.data("CatFiles.csv"));
+        QListWidget* list = h.list();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, QPoint(5, list->viewport()->height() - 3));
+        QVERIFY(std::filesystem::exists(h.core.data("CatFiles.csv")));
+        QCOMPARE(list->currentRow(), 1); // the walk's last switch leaves the last entry open
+        QCOMPARE(QApplication::focusWidget(), h.widget(h.m().cmdAddAsset));
+    }
+
+    // The menu's keys reach it from every kind of widget, and in a text box
+    // they are no select-all, copy or cut.
+    void menuKeysReachTheMenuFromEveryWidget_data() {
+        QTest::addColumn<int>("place");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<QString>("entry");
+        QTest::newRow("Ctrl+X in the list") << int(InList) << int(Qt::Key_X) << int(Qt::ControlModifier) << "mnuExit";
+        QTest::newRow("Ctrl+X on a button") << int(OnButton) << int(Qt::Key_X) << int(Qt::ControlModifier) << "mnuExit";
+        QTest::newRow("Ctrl+X in the editor") << int(InEditor) << int(Qt::Key_X) << int(Qt::ControlModifier) << "mnuExit";
+        QTest::newRow("Ctrl+C") << int(InEditor) << int(Qt::Key_C) << int(Qt::ControlModifier) << "mnuContact";
+        QTest::newRow("Ctrl+A") << int(InEditor) << int(Qt::Key_A) << int(Qt::ControlModifier) << "mnuAbout";
+        QTest::newRow("Ctrl+H") << int(InEditor) << int(Qt::Key_H) << int(Qt::ControlModifier) << "mnuContents";
+        QTest::newRow("Shift+Ctrl+F2") << int(InEditor) << int(Qt::Key_F2) << int(Qt::ControlModifier | Qt::ShiftModifier) << "mnuDelItems";
+        QTest::newRow("F1") << int(InEditor) << int(Qt::Key_F1) << 0 << "mnuAddCat";
+    }
+
+    void menuKeysReachTheMenuFromEveryWidget() {
+        QFETCH(int, place);
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        QFETCH(QString, entry);
+        QtHarness h;
+        writeGarageAndKitchen(h);
+        QVERIFY(h.start());
+        auto& m = h.m();
+        QWidget* target = h.widget(m.cmdAddCategory);
+        if (place == InList) {
+            h.host.dispatch([&] { m.lstCategory.TrySetFocus(); });
+            target = h.list();
+        }
+        if (place == InEditor) {
+            h.clickListEntry(0);
+            target = h.widget(m.T1);
+            h.host.dispatch([&] { m.T1.placeCaret(0, m.T1.length()); }); // all selected: a cut would empty it
+        }
+        if (place != InList) QCOMPARE(QApplication::focusWidget(), target); // the list, gaining it, walks on to Kitchen
+        forms::MenuItem* item = m.form.menuBar().find(entry.toStdString());
+        QVERIFY(item);
+        int runs = 0;
+        item->Click = [&] { ++runs; }; // a probe, whatever the program runs there
+        const std::string before = m.T1.Text();
+        QTest::keyClick(target, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QCOMPARE(runs, 1);
+        QCOMPARE(m.T1.Text(), before);
+        if (place == InEditor) QCOMPARE(m.T1.SelLength(), m.T1.length());
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "main_window_test.moc"
