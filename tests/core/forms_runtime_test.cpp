@@ -159,17 +159,6 @@ TEST_F(Forms, GridRefusesCellsOutsideItAndFixedRowsItCantHold) {
     EXPECT_THROW(grid.setRows(Grid::kMaxRows + 1), Failure);
 }
 
-TEST_F(Forms, GridRowsGrowEmptyShrinkFromTheEndAndCloseUpOnRemoval) {
-    for (int r = 0; r < 4; ++r) grid.setTextMatrix(r, 1, "r" + std::to_string(r));
-    grid.RemoveItem(1);
-    grid.setRows(2);
-    grid.setRows(5);
-    grid.AddItem("first");
-    Log column;
-    for (int r = 0; r < grid.Rows(); ++r) column.push_back(std::string(grid.TextMatrix(r, 0)) + "|" + std::string(grid.TextMatrix(r, 1)));
-    EXPECT_EQ(column, (Log{"|r0", "|r2", "|", "|", "|", "first|"}));
-}
-
 // Tag = Text keeps the text the cell had then, whatever happens to that cell,
 // its row or the grid's storage afterwards.
 TEST_F(Forms, TagTakenFromTheCurrentCellKeepsThatText) {
@@ -206,8 +195,9 @@ TEST_F(Forms, TagTakenFromTheCurrentCellKeepsThatText) {
     }
 }
 
-// The grid keeps every text as a plain table of strings would, whatever mix of
-// edits, texts taken from its own cells, row and column changes it goes through.
+// The grid keeps every text as a plain table of strings would (rows grow empty,
+// shrink from the end, close up on removal), whatever mix of edits, texts taken
+// from its own cells, row and column changes it goes through.
 TEST_F(Forms, GridTextsFollowAPlainTableThroughAnyEdits) {
     grid.setRows(1);
     grid.setCols(2);
