@@ -54,24 +54,12 @@ TEST_F(Colours, AMissingFileStopsTheReadingThere) {
     EXPECT_EQ(m2.Properties().shpListText.BackColor(), 0u);
 }
 
-TEST_F(Colours, ResetRestoresTheDefaultsAndWritesAllFiveFiles) {
+// A chosen colour applies at once and comes back after a restart; Cancel
+// changes nothing; Reset restores the defaults and writes all five files.
+TEST_F(Colours, AChosenColourIsKeptAndResetWritesTheDefaults) {
     auto& m = h.start();
     h.menu("mnuProperties");
-    auto& p = m.Properties();
-    EXPECT_TRUE(p.form.Visible());
-    forms::input::click(h.runtime, p.cmdColorReset);
-    EXPECT_EQ(m.T1.BackColor(), 65280u);
-    EXPECT_EQ(m.lstCategory.BackColor(), 16777215u);
-    EXPECT_EQ(readFile(h.data("HColor")), "0\r\n");
-    EXPECT_EQ(readFile(h.data("CatColor")), "16777215\r\n");
-    EXPECT_EQ(readFile(h.data("SelectedCell")), "65280\r\n");
-    EXPECT_EQ(readFile(h.data("CellText")), "0\r\n");
-    EXPECT_EQ(readFile(h.data("ListBoxText")), "0\r\n");
-}
-
-TEST_F(Colours, AChosenColourAppliesAtOnceAndComesBackAfterARestart) {
-    auto& m = h.start();
-    h.menu("mnuProperties");
+    EXPECT_TRUE(m.Properties().form.Visible());
     h.dialogs.colorAnswers.push_back(0x00123456);
     forms::input::click(h.runtime, m.Properties().cmdSelected);
     EXPECT_EQ(m.T1.BackColor(), 0x00123456u);
@@ -87,6 +75,13 @@ TEST_F(Colours, AChosenColourAppliesAtOnceAndComesBackAfterARestart) {
     writeColours(again, {{"HColor", "0"}, {"CatColor", "16777215"}});
     auto& m2 = again.start();
     EXPECT_EQ(m2.T1.BackColor(), 0x00123456u);
+    again.menu("mnuProperties");
+    forms::input::click(again.runtime, m2.Properties().cmdColorReset);
+    EXPECT_EQ(m2.T1.BackColor(), 65280u);
+    EXPECT_EQ(m2.lstCategory.BackColor(), 16777215u);
+    EXPECT_EQ(std::vector({again.text("HColor"), again.text("CatColor"), again.text("SelectedCell"), again.text("CellText"),
+                           again.text("ListBoxText")}),
+              std::vector<std::string>({"0\r\n", "16777215\r\n", "65280\r\n", "0\r\n", "0\r\n"}));
 }
 
 } // namespace

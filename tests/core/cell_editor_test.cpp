@@ -72,51 +72,44 @@ struct GridKeys : Editor {
     void gridPress(int code, char32_t ch = 0) { forms::input::gridKey(h.runtime, m->FG1, code, ch); }
 };
 
-TEST_F(GridKeys, BackspaceTakesUpToTwoCharactersAndOpensTheEditor) {
-    gridOn(1, 6); // "abc"
-    gridPress(key::Backspace, 8);
-    EXPECT_EQ(cell(1, 6), "a");
-    EXPECT_TRUE(editorOpen());
-    h.run([&] { m->FG1.setTextMatrix(2, 6, "ab"); });
-    gridOn(2, 6);
-    gridPress(key::Backspace, 8);
-    EXPECT_EQ(cell(2, 6), "");
-    EXPECT_TRUE(editorOpen());
-    gridOn(2, 5); // empty
-    gridPress(key::Backspace, 8);
-    EXPECT_FALSE(m->T1.Visible());
-}
+// Keys pressed on the grid at a cell: what the cell holds after, whether the
+// editor is open, and where the current cell is.
+struct GridKeyCase {
+    int row, col;
+    std::vector<std::pair<int, char32_t>> keys;
+    std::string text; // of the cell first pressed on
+    bool editor;
+    int endRow, endCol;
+};
 
-TEST_F(GridKeys, ACharacterReplacesTheCellAndEscBringsItBack) {
+TEST_F(GridKeys, ActOnTheCellAsTheTableSays) {
+    h.run([&] { m->FG1.setTextMatrix(2, 6, "ab"); });
+    const GridKeyCase cases[] = {
+        {1, 6, {{key::Backspace, 8}}, "a", true, 1, 6}, // up to two characters go
+        {2, 6, {{key::Backspace, 8}}, "", true, 2, 6},
+        {2, 5, {{key::Backspace, 8}}, "", false, 2, 5},
+        {1, 6, {{'X', U'x'}}, "x", true, 1, 6}, // a character replaces the cell
+        {1, 3, {{'A', 1}}, "Store", false, 1, 3}, // control characters do nothing
+        {1, 3, {{key::Enter, 13}}, "Store", true, 1, 3},
+        {2, 2, {{key::Right, 0}, {key::Up, 0}, {key::Up, 0}}, "15", false, 1, 3}, // arrows move, the editor stays shut
+    };
+    for (const GridKeyCase& c : cases) {
+        gridOn(c.row, c.col);
+        for (auto [code, ch] : c.keys) gridPress(code, ch);
+        EXPECT_EQ(cell(c.row, c.col), c.text) << c.row << "," << c.col;
+        EXPECT_EQ(c.editor ? editorOpen() : m->T1.Visible(), c.editor) << c.row << "," << c.col;
+        EXPECT_TRUE(at(c.endRow, c.endCol)) << c.row << "," << c.col;
+        if (!c.editor) {
+            EXPECT_EQ(m->FG1.Tag(), m->FG1.Text());
+        }
+    }
+    // Esc brings back what the cell held before the character.
     gridOn(1, 6);
-    gridPress('X', U'x');
-    EXPECT_EQ(cell(1, 6), "x");
-    EXPECT_TRUE(editorOpen());
+    gridPress('Y', U'y');
     EXPECT_EQ(m->T1.SelStart(), 1);
     press(key::Escape, 27);
-    EXPECT_EQ(cell(1, 6), "abc");
-    EXPECT_EQ(m->T1.Text(), "abc");
-}
-
-TEST_F(GridKeys, EnterOpensTheEditorAndControlCharactersDoNothing) {
-    gridOn(1, 3);
-    gridPress('A', 1);
-    EXPECT_EQ(cell(1, 3), "Store");
-    EXPECT_FALSE(m->T1.Visible());
-    gridPress(key::Enter, 13);
-    EXPECT_TRUE(editorOpen());
-    EXPECT_EQ(cell(1, 3), "Store");
-}
-
-TEST_F(GridKeys, ArrowKeysMoveTheCurrentCellWithoutOpeningTheEditor) {
-    gridOn(2, 2);
-    gridPress(key::Right);
-    EXPECT_TRUE(at(2, 3));
-    gridPress(key::Up);
-    gridPress(key::Up);
-    EXPECT_TRUE(at(1, 3));
-    EXPECT_FALSE(m->T1.Visible());
-    EXPECT_EQ(m->FG1.Tag(), "Store");
+    EXPECT_EQ(cell(1, 6), "x");
+    EXPECT_EQ(m->T1.Text(), "x");
 }
 
 // ---- scrolling with the editor open ---------------------------------------

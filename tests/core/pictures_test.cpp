@@ -39,59 +39,37 @@ struct Pictures : ::testing::Test {
     }
 };
 
+// The link file holds the path (in quotes for its comma), and the editor's focus on
+// the row brings that picture back.
 TEST_F(Pictures, LinkingStoresThePathUnderCategoryAndItemName) {
+    const std::string odd = h.data("a, b.jpg").string();
+    writeFile(odd, "PIC 100 100");
     open(1, 3);
-    link(jack);
+    link(odd);
     ASSERT_EQ(h.dialogs.filters.size(), 1u);
     EXPECT_EQ(h.dialogs.filters[0],
               "jpg/jpeg Files (*.jpg;*.jpeg)|*.jpg;*.jpeg|gif Files (*.gif)|*.gif|All Files (*.*)|*.*");
-    EXPECT_EQ(readFile(h.data("Car partsJack.csv")), jack + "\r\n");
-    EXPECT_EQ(shown(*m), jack);
-    EXPECT_EQ(h.globals.PicturePath, jack);
-}
-
-TEST_F(Pictures, TheEditorsFocusLoadsThePictureOfItsRow) {
-    writeFile(h.data("Car partsJack.csv"), jack + "\r\n");
-    open(1, 2);
-    EXPECT_EQ(shown(*m), jack);
-    open(2, 2); // no link: the stock picture
-    EXPECT_EQ(shown(*m), stock);
-    writeFile(h.data("Car partsWrench.csv"), h.data("gone.jpg").string() + "\r\n");
-    open(1, 2);
-    open(2, 2); // a link to a missing picture: the previous picture stays
-    EXPECT_EQ(shown(*m), jack);
-    EXPECT_FALSE(h.globals.LinkRead);
-}
-
-TEST_F(Pictures, APathWithACommaComesBackWhole) {
-    std::string odd = h.data("a, b.jpg").string();
-    writeFile(odd, "PIC 100 100");
-    open(1, 1);
-    link(odd);
+    EXPECT_EQ(readFile(h.data("Car partsJack.csv")), "\"" + odd + "\"\r\n");
+    EXPECT_EQ(shown(*m), odd);
+    EXPECT_EQ(h.globals.PicturePath, odd);
     open(2, 1);
     open(1, 1);
     EXPECT_EQ(shown(*m), odd);
 }
 
-TEST_F(Pictures, AnItemWithNoNameStoresNoLink) {
-    open(3, 1);
-    link(jack);
-    EXPECT_EQ(shown(*m), jack);
-    EXPECT_EQ(readFile(h.data("Car parts.csv"))->substr(0, 4), "Item"); // the category's own file is untouched
-}
-
-TEST_F(Pictures, ALinkIsNeverWrittenOverAnotherCategorysFile) {
-    h.run([&] { m->FG1.setTextMatrix(1, 0, "parts"); }); // "Car" + "parts"... here "Car parts" + "" is no clash,
-    h.run([&] { m->lblCategory.setCaption("Car"); });   // so make the clash: caption "Car", item "parts"
-    open(1, 1);
-    link(jack);
-    EXPECT_EQ(shown(*m), jack);
-    EXPECT_NE(readFile(h.data("Carparts.csv"))->find("x"), std::string::npos);
-    EXPECT_EQ(readFile(h.data("Carparts.csv"))->substr(0, 4), "Item");
-}
-
-TEST_F(Pictures, CancelInTheFileDialogChangesNothing) {
+// No link: the stock picture; a link to a missing picture: the previous one
+// stays; Cancel in the file dialog changes nothing.
+TEST_F(Pictures, TheEditorsFocusLoadsThePictureOfItsRow) {
     writeFile(h.data("Car partsJack.csv"), jack + "\r\n");
+    open(1, 2);
+    EXPECT_EQ(shown(*m), jack);
+    open(2, 2);
+    EXPECT_EQ(shown(*m), stock);
+    writeFile(h.data("Car partsWrench.csv"), h.data("gone.jpg").string() + "\r\n");
+    open(1, 2);
+    open(2, 2);
+    EXPECT_EQ(shown(*m), jack);
+    EXPECT_FALSE(h.globals.LinkRead);
     open(1, 1);
     forms::input::toggle(h.runtime, m->chkPic);
     forms::input::click(h.runtime, m->Pic().cmdAddPic); // no answer: Cancel
@@ -99,8 +77,23 @@ TEST_F(Pictures, CancelInTheFileDialogChangesNothing) {
     EXPECT_EQ(shown(*m), jack);
 }
 
+// An item with no name stores no link (the category's own file is untouched),
+// and a link is never written over another category's file.
+TEST_F(Pictures, ALinkIsNeverWrittenOverACategorysFile) {
+    open(3, 1);
+    link(jack);
+    EXPECT_EQ(shown(*m), jack);
+    EXPECT_EQ(readFile(h.data("Car parts.csv"))->substr(0, 4), "Item");
+    h.run([&] { m->FG1.setTextMatrix(1, 0, "parts"); }); // "Car" + "parts" is the other category's name
+    h.run([&] { m->lblCategory.setCaption("Car"); });
+    open(1, 1);
+    link(wrench);
+    EXPECT_EQ(shown(*m), wrench);
+    EXPECT_NE(readFile(h.data("Carparts.csv"))->find("x"), std::string::npos);
+    EXPECT_EQ(readFile(h.data("Carparts.csv"))->substr(0, 4), "Item");
+}
+
 TEST_F(Pictures, TheWindowFitsItselfAroundThePicture) {
-    writeFile(stock, "PIC 4365 2475");
     h.selectCategory(1);
     auto& pic = m->Pic();
     EXPECT_EQ(pic.form.Width(), 4715);

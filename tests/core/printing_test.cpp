@@ -2,53 +2,53 @@
 #include <gtest/gtest.h>
 
 #include "support/scripted_platform.h"
+#include "support/snapshots.h"
 
 using namespace qmtest;
+using Lines = std::vector<std::string>;
 
 namespace {
 
 const std::string kRule(77, '-');
 
-struct Printing : ::testing::Test {
-    Harness h;
-    qm::frmMain* m = nullptr;
-    void startWith(const std::vector<std::vector<std::string>>& items) {
-        h.writeCategories({{"Car parts", items}});
-        m = &h.start();
-    }
+struct PrintCase {
+    const char* name;
+    Table items; // of "Car parts"
+    bool select;
+    int failAfter; // lines the printer takes before an error; -1: all
+    Lines page, messages;
 };
 
-TEST_F(Printing, EachFilledCellGetsALabelledLineAndEachItemARule) {
-    startWith({{"Jack", "25.00", "", "  ", "3/1/1999"}, {}, {"Wrench"}});
-    h.selectCategory(0);
-    h.click(m->cmdPrint);
+class Printing : public ::testing::TestWithParam<PrintCase> {};
+
+TEST_P(Printing, SendsThesePagesAndMessages) {
+    const PrintCase& c = GetParam();
+    Harness h;
+    h.writeCategories({{"Car parts", c.items}});
+    auto& m = h.start();
+    if (c.select) h.selectCategory(0);
+    if (c.failAfter >= 0) h.printer.failAfter = c.failAfter;
+    h.click(m.cmdPrint);
     ASSERT_EQ(h.printer.jobs.size(), 1u);
-    EXPECT_EQ(h.printer.jobs[0], (std::vector<std::string>{
-                                     "Car parts", kRule, "", "",
-                                     "Item: Jack", "", "Original Cost: 25.00", "", "Location Purchased:   ", "",
-                                     "Date Purchased: 3/1/1999", "", kRule,
-                                     kRule, // a row with no filled cell
-                                     "Item: Wrench", "", kRule}));
-    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Category Printing."}));
+    EXPECT_EQ(h.printer.jobs[0], c.page);
+    EXPECT_EQ(h.dialogs.texts(), c.messages);
+    EXPECT_EQ(m.FG1.Rows(), c.select ? static_cast<int>(c.items.size()) + 1 : 1);
 }
 
-TEST_F(Printing, WithNoCategorySelectedThePageStillComesOutAfterTheError) {
-    startWith({{"Jack"}});
-    h.click(m->cmdPrint);
-    ASSERT_EQ(h.printer.jobs.size(), 1u);
-    EXPECT_EQ(h.printer.jobs[0], (std::vector<std::string>{"", kRule, "", ""}));
-    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Error: No category selected to print.", "Category Printing."}));
-}
-
-TEST_F(Printing, APrinterErrorEndsTheJobWithWhatWasSent) {
-    startWith({{"Jack", "25"}, {"Wrench", "5"}});
-    h.selectCategory(0);
-    h.printer.failAfter = 7;
-    h.click(m->cmdPrint);
-    ASSERT_EQ(h.printer.jobs.size(), 1u);
-    EXPECT_EQ(h.printer.jobs[0], (std::vector<std::string>{"Car parts", kRule, "", "", "Item: Jack"}));
-    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{"Category Printing."}));
-    EXPECT_EQ(m->FG1.Rows(), 3);
-}
+INSTANTIATE_TEST_SUITE_P(
+    Print, Printing,
+    ::testing::Values(
+        // Each filled cell gets a labelled line, each item a rule, a row with no filled cell only the rule.
+        PrintCase{"EveryFilledCell", {{"Jack", "25.00", "", "  ", "3/1/1999"}, {}, {"Wrench"}}, true, -1,
+                  {"Car parts", kRule, "", "", "Item: Jack", "", "Original Cost: 25.00", "", "Location Purchased:   ", "",
+                   "Date Purchased: 3/1/1999", "", kRule, kRule, "Item: Wrench", "", kRule},
+                  {"Category Printing."}},
+        // With no category selected the page still comes out after the error.
+        PrintCase{"NoCategorySelected", {{"Jack"}}, false, -1, {"", kRule, "", ""},
+                  {"Error: No category selected to print.", "Category Printing."}},
+        // A printer error ends the job with what was sent.
+        PrintCase{"PrinterError", {{"Jack", "25"}, {"Wrench", "5"}}, true, 7, {"Car parts", kRule, "", "", "Item: Jack"},
+                  {"Category Printing."}}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace

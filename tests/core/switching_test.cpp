@@ -66,7 +66,9 @@ INSTANTIATE_TEST_SUITE_P(
                  std::nullopt, "b-floppy"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(Places, WalkWithWriteToFloppyCopiesTheDatabaseAndLeavesTheDataFolder) {
+// The walk run by a gain of focus: with WriteToFloppy it copies the database
+// and leaves the data folder; with ReadFromFloppy it brings every category in.
+TEST_F(Places, WalksCopyEachWayAndLeaveTheOtherSide) {
     auto& m = h.start();
     const auto indexBefore = readFile(h.data("NumCats.csv")), namesBefore = readFile(h.data("CatFiles.csv"));
     m.WriteToFloppy = true;
@@ -75,14 +77,10 @@ TEST_F(Places, WalkWithWriteToFloppyCopiesTheDatabaseAndLeavesTheDataFolder) {
     EXPECT_EQ(readFile(h.floppy("B.csv")), crlf({kHeadingLine, "b-data,2,,,,,"}));
     EXPECT_EQ(readFile(h.floppy("CatFiles.csv")), "A\r\nB\r\n");
     EXPECT_EQ(readFile(h.floppy("NumCats.csv")), "2 \r\n"); // the count as it was read
-    EXPECT_EQ(readFile(h.data("A.csv")), lfCategory({"a-data,1,,,,,"}));
-    EXPECT_EQ(readFile(h.data("B.csv")), lfCategory({"b-data,2,,,,,"}));
     EXPECT_EQ(readFile(h.data("NumCats.csv")), indexBefore);
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), namesBefore);
-}
-
-TEST_F(Places, WalkWithReadFromFloppyBringsEveryCategoryIntoTheDataFolder) {
-    auto& m = h.start();
+    seed();
+    m.WriteToFloppy = false;
     m.ReadFromFloppy = true;
     h.run([&] { m.SaveCategoryList(); });
     EXPECT_EQ(readFile(h.data("A.csv")), crlf({kHeadingLine, "a-floppy,3,,,,,"}));
@@ -109,37 +107,27 @@ TEST_F(Places, CategoryReadOnlyInPartIsNotCopiedInPart_SuspectedBug) {
 // ---- the window after a switch ----------------------------------------------------------------------
 
 // The caption, totals, grid and editor a click shows: the GUI category and typing tests.
-TEST(Switch, ToACategoryWithItemsBringsTheGridBackFromItsParkingPlace) {
+// The first switch after the start touches no category but its own; one to a
+// heading-only file changes nothing in it; one to items brings the grid back.
+TEST(Switch, BringsTheGridBackOnlyForItemsAndTouchesNoOtherFile) {
     Harness h;
-    h.writeCategories({{"Tools", {{"Saw", "10.00", "8.00"}, {"Drill", "2.50", "1.25", "", "", "", "SN 9"}}}});
-    auto& m = h.startAndOpen(0);
-    EXPECT_EQ(m.ItemRowCount, 3);
-    EXPECT_EQ(m.FG1.FixedRows(), 1);
-    EXPECT_EQ(m.FG1.FixedCols(), 1);
-    EXPECT_EQ(std::make_pair(m.FG1.Left(), m.FG1.Top()), std::make_pair(120, 240));
-    EXPECT_EQ(std::make_pair(m.lstCategory.Left(), m.lstCategory.Top()), std::make_pair(1800, 240));
-    EXPECT_EQ(std::make_pair(m.lblCategory.Left(), m.lblCategory.Top()), std::make_pair(4560, 240));
-}
-
-TEST(Switch, ToAHeadingOnlyFileChangesNothingInIt) {
-    Harness h;
-    h.writeIndex({"Bare"});
+    h.writeIndex({"Alpha", "Bare", "Tools"});
     writeFile(h.data("Bare.csv"), crlf({"N,C,V,L,D,W,S"}));
+    writeFile(h.data("Tools.csv"), lfCategory({"Saw,10.00,8.00,,,,", "Drill,2.50,1.25,,,,SN 9"}));
     auto& m = h.startAndOpen(0);
+    EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data("Tools.csv")), lfCategory({"Saw,10.00,8.00,,,,", "Drill,2.50,1.25,,,,SN 9"}));
+    h.run([&] { m.lstCategory.setSelected(1); });
     EXPECT_EQ(m.ItemRowCount, 1);
     EXPECT_FALSE(m.FG1.Visible());
-    EXPECT_EQ(readFile(h.data("Bare.csv")), crlf({"N,C,V,L,D,W,S"}));
     EXPECT_EQ(m.FG1.TextMatrix(0, 0), "N");
-}
-
-TEST(Switch, FirstSwitchAfterTheStartTouchesNoCategoryButItsOwn) {
-    Harness h;
-    h.writeIndex({"Alpha", "Beta"});
-    writeFile(h.data("Beta.csv"), lfCategory({"b,,,,,,"}));
-    h.startAndOpen(0);
-    EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
-    EXPECT_EQ(readFile(h.data("Beta.csv")), lfCategory({"b,,,,,,"}));
-    EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
+    EXPECT_EQ(readFile(h.data("Bare.csv")), crlf({"N,C,V,L,D,W,S"}));
+    h.run([&] { m.lstCategory.setSelected(2); });
+    EXPECT_EQ(m.ItemRowCount, 3);
+    EXPECT_EQ(std::make_tuple(m.FG1.FixedRows(), m.FG1.FixedCols(), m.FG1.Left(), m.FG1.Top()), std::make_tuple(1, 1, 120, 240));
+    EXPECT_EQ(std::make_pair(m.lstCategory.Left(), m.lstCategory.Top()), std::make_pair(1800, 240));
+    EXPECT_EQ(std::make_pair(m.lblCategory.Left(), m.lblCategory.Top()), std::make_pair(4560, 240));
 }
 
 // ---- a save that fails before the grid is replaced ---------------------------------------------------------
@@ -171,21 +159,13 @@ TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
     h.files.persistent = false;
     h.files.disarm();
 
-    EXPECT_EQ(m.lstCategory.items(), names);
-    EXPECT_EQ(m.lstCategory.Text(), "B");
-    EXPECT_EQ(m.CurrentCategory, "B");
-    EXPECT_EQ(m.FG1.TextMatrix(1, 3), "edited");
-    EXPECT_FALSE(m.txtLoading.Visible());
-    EXPECT_EQ(m.FG1.Left(), 120);
-    EXPECT_EQ(m.lstCategory.Left(), 1800);
-    std::vector<std::string> texts;
+    EXPECT_EQ(std::make_tuple(m.lstCategory.items(), m.lstCategory.Text(), m.CurrentCategory, std::string(m.FG1.TextMatrix(1, 3))),
+              std::make_tuple(names, std::string("B"), std::optional<std::string>("B"), std::string("edited")));
+    EXPECT_EQ(std::make_tuple(m.txtLoading.Visible(), m.FG1.Left(), m.lstCategory.Left()), std::make_tuple(false, 120, 1800));
+    ASSERT_EQ(h.dialogs.messages.size(), told + static_cast<std::size_t>(c.messages));
     for (std::size_t i = told; i < h.dialogs.messages.size(); ++i) {
-        texts.push_back(h.dialogs.messages[i].text);
         EXPECT_EQ(h.dialogs.messages[i].title, "Quillmere");
-    }
-    ASSERT_EQ(static_cast<int>(texts.size()), c.messages) << ::testing::PrintToString(texts);
-    if (c.messages) {
-        EXPECT_NE(texts[0].find("\"B\" could not be saved"), std::string::npos) << texts[0];
+        EXPECT_NE(h.dialogs.messages[i].text.find("\"B\" could not be saved"), std::string::npos) << h.dialogs.messages[i].text;
     }
 
     if (!m.ended()) h.click(m.cmdExit);
@@ -240,30 +220,21 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---- the stock picture -----------------------------------------------------------------------------------
 
-TEST(SwitchPicture, StockPictureIsShownAndFrmPicMadeHidden) {
-    Harness h;
-    h.writeIndex({"Empty"});
-    writeFile(h.data("NoPic.jpg"), "PIC 1000 800");
-    auto& m = h.startAndOpen(0);
-    ASSERT_TRUE(m.hasPic());
-    EXPECT_FALSE(m.Pic().form.Visible());
-    auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
-    ASSERT_NE(pic, nullptr);
-    EXPECT_EQ(pic->path, h.data("NoPic.jpg").string());
-}
+class StockPicture : public ::testing::TestWithParam<std::pair<const char*, const char*>> {};
 
-class UnreadableStockPicture : public ::testing::TestWithParam<const char*> {};
-
-// A stock picture that is missing or no picture gives a plain placeholder, and the switch goes on.
-TEST_P(UnreadableStockPicture, DoesNotStopTheSwitch) {
+// The stock picture is shown in a hidden frmPic; one that is missing or no
+// picture gives a plain placeholder, and the switch goes on.
+TEST_P(StockPicture, IsShownOrAPlaceholderAndTheSwitchGoesOn) {
+    const auto [file, shown] = GetParam();
     Harness h;
     h.writeIndex({"Empty", "Tools"}); // no file for "Empty"
     h.writeCategory("Tools", {{"Saw", "10.00"}});
-    if (*GetParam()) writeFile(h.data("NoPic.jpg"), GetParam());
+    if (*file) writeFile(h.data("NoPic.jpg"), file);
     auto& m = h.startAndOpen(0);
+    EXPECT_FALSE(m.Pic().form.Visible());
     auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
     ASSERT_NE(pic, nullptr);
-    EXPECT_EQ(pic->path, "<placeholder>");
+    EXPECT_EQ(pic->path, *shown ? shown : h.data("NoPic.jpg").string());
     EXPECT_FALSE(m.txtLoading.Visible());
     EXPECT_EQ(m.lblCategory.Caption(), "Empty");
     h.run([&] { m.lstCategory.setSelected(1); });
@@ -272,8 +243,9 @@ TEST_P(UnreadableStockPicture, DoesNotStopTheSwitch) {
     EXPECT_EQ(m.lstCategory.Left(), 1800);
 }
 
-INSTANTIATE_TEST_SUITE_P(Switch, UnreadableStockPicture, ::testing::Values("", "not a picture"),
-                         [](const auto& info) { return std::string(*info.param ? "NoPicture" : "Missing"); });
+INSTANTIATE_TEST_SUITE_P(Switch, StockPicture,
+                         ::testing::Values(std::pair{"PIC 1000 800", ""}, std::pair{"", "<placeholder>"},
+                                           std::pair{"not a picture", "<placeholder>"}));
 
 // ---- the heading's font size ----------------------------------------------------------------------------------
 
