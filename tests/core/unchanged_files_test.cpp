@@ -252,33 +252,6 @@ INSTANTIATE_TEST_SUITE_P(
                       Edit{"HeadingRowOnly", [](forms::Grid& g) { g.setRows(1); }}),
     [](const auto& info) { return std::string(info.param.name); });
 
-// Files that read as the grid shows them but hold other bytes than a save
-// writes: the save after their load writes the grid's own form.
-class IrregularFile : public ::testing::TestWithParam<std::pair<const char*, std::string>> {};
-
-TEST_P(IrregularFile, IsWrittenInTheGridsForm) {
-    Harness h;
-    h.writeIndex({"Attic"});
-    writeFile(h.data("Attic.csv"), std::string(kHeadingLine) + "\r\n" + GetParam().second);
-    settleAll(h);
-    auto& m = h.start();
-    h.run([&] { m.lstCategory.setSelected(0); });
-    EXPECT_EQ(readFile(h.data("Attic.csv")).value(), recordLines(gridCells(m.FG1)));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Storage, IrregularFile,
-    ::testing::Values(std::pair{"BlankBeforeAField", std::string("Jack, 25.00,,,,,\r\n")},
-                      std::pair{"LineFeedAlone", std::string("Jack,25.00,,,,,\nSaw,,,,,,\r\n")},
-                      std::pair{"CarriageReturnAlone", std::string("Jack,25.00,,,,,\rSaw,,,,,,\r\n")},
-                      std::pair{"QuotesNotNeeded", std::string("\"Jack\",25.00,,,,,\r\n")},
-                      std::pair{"TextBehindTheClosingQuote", std::string("\"7\" wide,,,,,,\r\n")},
-                      std::pair{"CommaForTheLineEnd", std::string("Jack,25.00,,,,,,Saw,,,,,,\r\n")},
-                      std::pair{"NoLineEndAtTheEnd", std::string("Jack,25.00,,,,,")},
-                      std::pair{"BlanksBehindTheLastLine", std::string("Jack,25.00,,,,,\r\n  ")},
-                      std::pair{"QuoteNeverClosed", std::string("Jack,\"25.00,,,,,\r\n")}),
-    [](const auto& info) { return std::string(info.param.first); });
-
 // What a grid shows after a load, as far as anyone can tell.
 struct LoadedState {
     Table cells;
@@ -307,14 +280,22 @@ LoadedState loadedState(qm::frmMain& m) {
     return s;
 }
 
-// A load of the category the grid holds, after the user has moved about, aligned
-// cells, sized a row and scrolled: with the file's time far back it reads
-// nothing; with a recent time it reads the file. Both leave the same.
-TEST(UnchangedCategories, LoadOfWhatTheGridHoldsLeavesWhatAReadingLeaves) {
+// A load of the category the grid holds (after the user has moved about, aligned
+// cells, sized a row and scrolled), or a switch back to one shown before whose
+// texts are kept: with the file's time far back and a category kept, it reads
+// nothing; else it reads the file. Both leave the same window and totals.
+enum class Again { LoadOfTheGrid, SwitchBack };
+
+class LoadOfWhatIsHeld : public ::testing::TestWithParam<Again> {};
+
+TEST_P(LoadOfWhatIsHeld, LeavesWhatAReadingLeaves) {
+    const bool switchBack = GetParam() == Again::SwitchBack;
     std::optional<LoadedState> states[2];
-    for (bool settled : {true, false}) {
+    std::string totals[2];
+    for (bool replay : {true, false}) {
         Harness h;
-        auto& m = startSettled(h, settled);
+        auto& m = startSettled(h, replay || switchBack);
+        if (!replay && switchBack) m.keptCategories.setLimit(0);
         h.run([&] { m.lstCategory.setSelected(0); });
         h.run([&] {
             m.FG1.setRow(5);
@@ -323,51 +304,22 @@ TEST(UnchangedCategories, LoadOfWhatTheGridHoldsLeavesWhatAReadingLeaves) {
             m.FG1.setRowHeight(7, 600);
             m.FG1.userScrollTo(10, 2);
         });
-        h.files.arm(FaultyFiles::Read, -1);
-        h.run([&] { m.LoadCategoryFile(); });
-        if (settled) {
-            EXPECT_EQ(h.files.counted(), 0) << "the file was read again";
-        } else {
-            EXPECT_GT(h.files.counted(), 0);
-        }
+        if (switchBack) h.run([&] { m.lstCategory.setSelected(1); });
+        h.files.arm(FaultyFiles::Read, -1); // count only
+        if (switchBack) h.run([&] { m.lstCategory.setSelected(0); });
+        else h.run([&] { m.LoadCategoryFile(); });
+        EXPECT_EQ(h.files.counted() == 0, replay) << "reads of the file: " << h.files.counted();
         h.files.disarm();
-        states[settled] = loadedState(m);
-    }
-    const LoadedState &replayed = *states[1], &read = *states[0];
-    EXPECT_EQ(read.cells, withHeading(items(40, "attic")));
-    EXPECT_EQ(replayed.cells, read.cells);
-    EXPECT_EQ(replayed.colours, read.colours);
-    EXPECT_EQ(replayed.alignment, read.alignment);
-    EXPECT_EQ(replayed.heights, read.heights);
-    EXPECT_EQ(replayed.tag, read.tag);
-    EXPECT_EQ(replayed.focused, read.focused);
-    EXPECT_TRUE(replayed == read) << "current cell, selection, view, fixed rows or ItemRowCount differ";
-}
-
-// A switch back to a category shown before takes its texts from the store of
-// categories kept, without reading its file: the window ends as a reading of
-// the file leaves it (the same file read with nothing kept).
-TEST(KeptCategories, SwitchBackLeavesWhatAReadingLeaves) {
-    std::optional<LoadedState> states[2];
-    std::string totals[2];
-    for (bool keeping : {true, false}) {
-        Harness h;
-        auto& m = startSettled(h);
-        if (!keeping) m.keptCategories.setLimit(0);
-        h.run([&] { m.lstCategory.setSelected(0); });
-        h.run([&] { m.FG1.setRowHeight(3, 600); });
-        h.run([&] { m.lstCategory.setSelected(1); });
-        h.files.arm(FaultyFiles::Read, -1);
-        h.run([&] { m.lstCategory.setSelected(0); });
-        EXPECT_EQ(h.files.counted() == 0, keeping) << "reads of the file: " << h.files.counted();
-        h.files.disarm();
-        states[keeping] = loadedState(m);
-        totals[keeping] = std::string(m.txtCost.Text()) + " / " + std::string(m.txtValue.Text());
+        states[replay] = loadedState(m);
+        totals[replay] = std::string(m.txtCost.Text()) + " / " + std::string(m.txtValue.Text());
     }
     EXPECT_EQ(states[1]->cells, withHeading(items(40, "attic")));
-    EXPECT_TRUE(*states[1] == *states[0]) << "the cells, their styles, the current cell or the focus differ";
+    EXPECT_TRUE(*states[1] == *states[0]) << "the cells, their styles, the current cell, the view or the focus differ";
     EXPECT_EQ(totals[1], totals[0]);
 }
+
+INSTANTIATE_TEST_SUITE_P(Storage, LoadOfWhatIsHeld, ::testing::Values(Again::LoadOfTheGrid, Again::SwitchBack),
+                         [](const auto& info) { return std::string(info.param == Again::SwitchBack ? "SwitchBack" : "LoadOfTheGrid"); });
 
 // After the switch back, edits give the grid revisions that no file's content
 // was ever known by: as many edits as the other category's load took would
