@@ -2,6 +2,8 @@
 // writing them back with the walk over every category.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "storage/value.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
@@ -25,61 +27,91 @@ bool rewritten(Harness& h, const std::string& name) {
 
 // ---- LoadCategoryList's outcomes ----------------------------------------------------
 
-struct LoadCase {
-    const char* what;
-    std::optional<std::string> numCats;  // nothing: no file
-    std::optional<std::string> catFiles; // nothing: no file
-    bool numCatsIsFolder;
-    Value::Kind countKind;
-    std::string countText;
-    std::vector<std::string> list; // after, with the entry "Kept" that was there before
+// An index that exists but can't be read whole is told at start and never
+// written over: the category commands answer with the same message and change
+// nothing, so no category is left without its entry. A missing index is a new
+// database and is told nothing. A later load adds to the list and the count
+// that are there, and leaves them as far as it got.
+struct IndexCase {
+    std::optional<std::string> numCats, catFiles; // nothing: no file
+    const char* unreadable;                       // a file with a read error, or ""
+    std::string count;                            // CategoryCount after a load over "before"
+    std::vector<std::string> list;                // after a load over the one entry "Kept"
+    bool kept;
 };
 
-class LoadCategoryListTable : public ::testing::TestWithParam<LoadCase> {};
+class LoadCategoryListTable : public ::testing::TestWithParam<IndexCase> {};
 
-TEST_P(LoadCategoryListTable, LeavesCountAndListAsTold) {
-    const LoadCase& c = GetParam();
+TEST_P(LoadCategoryListTable, LeavesCountAndListAsToldAndAnUnreadableIndexWhole) {
+    const IndexCase& c = GetParam();
     Harness h;
-    auto& m = h.start();
+    h.writeCategory("Alpha", {{"a1"}});
     if (c.numCats) writeFile(h.data("NumCats.csv"), *c.numCats);
-    if (c.numCatsIsFolder) std::filesystem::create_directory(h.data("NumCats.csv"));
     if (c.catFiles) writeFile(h.data("CatFiles.csv"), *c.catFiles);
+    if (*c.unreadable) h.files.unreadable.insert(h.data(c.unreadable).string());
+    const auto index = [&] { return std::pair{readFile(h.data("NumCats.csv")), readFile(h.data("CatFiles.csv"))}; };
+    const auto before = index();
+    auto& m = h.start();
+    const std::vector<std::string> told{m.IndexKeptMessage()};
+    EXPECT_EQ(h.dialogs.texts(), c.kept ? told : std::vector<std::string>{});
+    std::vector<std::string> list = c.list;
+    std::erase(list, "Kept");
+    EXPECT_EQ(entries(m), list) << "at start";
     auto switches = countSwitches(m);
     h.run([&] {
+        m.lstCategory.Clear();
         m.CategoryCount = Value::text("before");
         m.lstCategory.AddItem("Kept");
         m.LoadCategoryList();
     });
-    EXPECT_EQ(m.CategoryCount.kind(), c.countKind) << c.what;
-    EXPECT_EQ(m.CategoryCount.asText(), c.countText) << c.what;
-    EXPECT_EQ(entries(m), c.list) << c.what;
-    EXPECT_EQ(m.lstCategory.ListIndex(), -1) << c.what;
-    EXPECT_FALSE(anyFileOpen(m)) << c.what << ": a file was left open";
-    EXPECT_EQ(*switches, 0) << c.what << ": loading the list ran a switch";
+    EXPECT_EQ(m.CategoryCount.kind(), Value::Kind::Text);
+    EXPECT_EQ(m.CategoryCount.asText(), c.count);
+    EXPECT_EQ(entries(m), c.list);
+    EXPECT_EQ(m.lstCategory.ListIndex(), -1);
+    EXPECT_FALSE(anyFileOpen(m));
+    EXPECT_EQ(*switches, 0) << "loading the list ran a switch";
+    h.dialogs.messages.clear();
+    h.dialogs.inputAnswers = {"Gamma"};
+    h.click(m.cmdAddCategory);
+    if (!c.kept) {
+        list = c.list;
+        list.push_back("Gamma");
+        std::sort(list.begin(), list.end());
+        EXPECT_EQ(entries(m), list);
+        return;
+    }
+    h.run([&] { m.lstCategory.setSelected(0); });
+    h.click(m.cmdRenameCat);
+    h.click(m.cmdDeleteCategory);
+    EXPECT_TRUE(h.dialogs.prompts.empty()) << "a command asked for a name";
+    for (const auto& text : h.dialogs.texts()) EXPECT_EQ(text, told[0]);
+    EXPECT_EQ(entries(m), c.list);
+    h.click(m.cmdExit);
+    EXPECT_EQ(index(), before);
 }
-
-const Value::Kind T = Value::Kind::Text;
 
 INSTANTIATE_TEST_SUITE_P(
     Index, LoadCategoryListTable,
     ::testing::Values(
-        LoadCase{"NumCats.csv missing", std::nullopt, "A\r\n", false, T, "before", {"Kept"}},
-        LoadCase{"NumCats.csv not readable", std::nullopt, "A\r\n", true, T, "before", {"Kept"}},
-        LoadCase{"NumCats.csv of 0 bytes", "", "A\r\n", false, T, "before", {"Kept"}},
-        LoadCase{"NumCats.csv of blanks only", "   ", "A\r\n", false, T, "before", {"Kept"}},
-        LoadCase{"CatFiles.csv missing", " 2 \r\n", std::nullopt, false, T, "2 ", {"Kept"}},
-        LoadCase{"count no number", "two\r\n", "A\r\nB\r\n", false, T, "two", {"Kept"}},
-        LoadCase{"count beyond 16 bits", "32768\r\n", "A\r\n", false, T, "32768", {"Kept"}},
-        LoadCase{"count an empty line", "\r\n", "A\r\n", false, T, "", {"Kept"}},
-        LoadCase{"fewer names than the count", " 5 \r\n", "B\r\nA\r\n", false, T, "5 ", {"A", "B", "Kept"}},
-        LoadCase{"more names than the count", " 1 \r\n", "B\r\nA\r\n", false, T, "1 ", {"B", "Kept"}},
-        LoadCase{"a count of 0", " 0 \r\n", "A\r\n", false, T, "0 ", {"Kept"}},
-        LoadCase{"a negative count", "-1 \r\n", "A\r\n", false, T, "-1 ", {"Kept"}},
-        LoadCase{"a count with blanks around it", "   2   \r\n", "A\r\nB\r\nC\r\n", false, T, "2   ", {"A", "B", "Kept"}},
-        LoadCase{"the largest count", "32767\r\n", "A\r\n", false, T, "32767", {"A", "Kept"}},
-        LoadCase{"an empty line is a name", " 3 \r\n", "B\r\n\r\nA\r\n", false, T, "3 ", {"", "A", "B", "Kept"}},
-        LoadCase{"quoted names", " 2 \r\n", "\"Tools, misc\"\r\n\" Spaced\"\r\n", false, T, "2 ",
-                 {" Spaced", "Kept", "Tools, misc"}}),
+        IndexCase{std::nullopt, std::nullopt, "", "before", {"Kept"}, false},                 // no index: a new database
+        IndexCase{std::nullopt, "A\r\n", "", "before", {"Kept"}, true},                      // names with no count
+        IndexCase{" 2 \r\n", "A\r\nB\r\n", "NumCats.csv", "before", {"Kept"}, true},         // the count can't be read
+        IndexCase{" 2 \r\n", "A\r\nB\r\n", "CatFiles.csv", "2 ", {"Kept"}, true},            // the names can't be read
+        IndexCase{"", "A\r\n", "", "before", {"Kept"}, true},                               // a count file of 0 bytes
+        IndexCase{"   ", "A\r\n", "", "before", {"Kept"}, true},                            // of blanks only
+        IndexCase{" 2 \r\n", std::nullopt, "", "2 ", {"Kept"}, true},                        // no names file
+        IndexCase{"two\r\n", "A\r\nB\r\n", "", "two", {"Kept"}, true},                       // a count that is no number
+        IndexCase{"32768\r\n", "A\r\n", "", "32768", {"Kept"}, true},                        // beyond 16 bits
+        IndexCase{"-1 \r\n", "A\r\n", "", "-1 ", {"Kept"}, true},                            // negative
+        IndexCase{"\r\n", "A\r\n", "", "", {"Kept"}, false},                                  // an empty count: what an exit
+        IndexCase{"\r\n", "", "", "", {"Kept"}, false},                                        // with no category leaves
+        IndexCase{" 5 \r\n", "B\r\nA\r\n", "", "5 ", {"A", "B", "Kept"}, true},               // fewer names than the count
+        IndexCase{"32767\r\n", "A\r\n", "", "32767", {"A", "Kept"}, true},
+        IndexCase{" 1 \r\n", "B\r\nA\r\n", "", "1 ", {"B", "Kept"}, false},                    // more names than the count
+        IndexCase{" 0 \r\n", "A\r\n", "", "0 ", {"Kept"}, false},
+        IndexCase{"   2   \r\n", "A\r\nB\r\nC\r\n", "", "2   ", {"A", "B", "Kept"}, false},    // blanks around the count
+        IndexCase{" 3 \r\n", "B\r\n\r\nA\r\n", "", "3 ", {"", "A", "B", "Kept"}, false},       // an empty line is a name
+        IndexCase{" 2 \r\n", "\"Tools, misc\"\r\n\" Spaced\"\r\n", "", "2 ", {" Spaced", "Kept", "Tools, misc"}, false}),
     [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 // ---- SaveCategoryList -------------------------------------------------------------------
@@ -95,18 +127,28 @@ struct IndexWalk : ::testing::Test {
     }
 };
 
-TEST_F(IndexWalk, WithNoSelectionEndsOnTheLastEntry) {
+// Every gain of focus of the list stores the whole database: with no selection
+// the walk ends on the last entry, and the focus leaves the list for the editor.
+TEST_F(IndexWalk, GainOfFocusWalksEveryCategoryAndEndsOnTheLast) {
     auto& m = h.start();
     auto switches = countSwitches(m);
-    h.run([&] { m.SaveCategoryList(); });
+    h.focus(m.lstCategory);
     EXPECT_EQ(m.lstCategory.ListIndex(), 2);
     EXPECT_EQ(m.CurrentCategory, "Gamma");
     EXPECT_EQ(m.lblCategory.Caption(), "Gamma");
     EXPECT_EQ(m.FG1.TextMatrix(1, 0), "g1");
     for (const char* name : {"Alpha", "Beta", "Gamma"}) EXPECT_TRUE(rewritten(h, name)) << name << " not walked";
     EXPECT_EQ(*switches, 3) << "one switch for each entry";
+    EXPECT_EQ(readFile(h.data("NumCats.csv")), "3 \r\n"); // the count as it was read
     EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Alpha\r\nBeta\r\nGamma\r\n");
     EXPECT_FALSE(anyFileOpen(m));
+    EXPECT_FALSE(m.lstCategory.hasFocus());
+    // A user's click on the first entry: another walk, then the switch to it.
+    writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
+    h.selectCategory(0);
+    EXPECT_TRUE(rewritten(h, "Alpha"));
+    EXPECT_EQ(m.CurrentCategory, "Alpha");
+    EXPECT_EQ(m.lstCategory.ListIndex(), 0);
 }
 
 TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
@@ -120,39 +162,6 @@ TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
     EXPECT_EQ(m.FG1.TextMatrix(1, 3), "garage");
     for (const char* name : {"Alpha", "Beta", "Gamma"}) EXPECT_TRUE(rewritten(h, name)) << name << " not walked";
     EXPECT_EQ(readFile(h.data("Beta.csv")), crlf({kHeadingLine, "b1,2,,garage,,,"}));
-}
-
-TEST(IndexSave, CountLargerThanTheListIsWrittenBackAsRead) {
-    Harness h;
-    h.writeIndex({"Alpha", "Beta"}, " 5 ");
-    auto& m = h.start();
-    EXPECT_EQ(m.lstCategory.ListCount(), 2);
-    h.run([&] { m.SaveCategoryList(); });
-    auto again = h.restart();
-    EXPECT_EQ(again->m().CategoryCount.toInt16(), 5);
-    EXPECT_EQ(entries(again->m()), (std::vector<std::string>{"Alpha", "Beta"}));
-}
-
-// Names that hold what the record format uses come back as they were typed, and
-// their categories keep their items.
-TEST(IndexSave, AwkwardNamesRoundTripWithTheirItems) {
-    const std::vector<std::string> names = {"Tools, misc", " Spaced", "\"Quoted\" name", "5\" disks", "Caf\xC3\xA9"};
-    Harness h;
-    auto& m = h.start();
-    for (const auto& n : names) {
-        h.writeCategory(n, {{"item of " + n, "1.00"}});
-        h.run([&] {
-            m.lstCategory.AddItem(n);
-            m.CategoryCount = m.CategoryCount.plus(1);
-        });
-    }
-    h.click(m.cmdExit);
-    auto again = h.restart();
-    std::vector<std::string> sorted = entries(again->m());
-    EXPECT_EQ(sorted.size(), names.size());
-    for (const auto& n : names) EXPECT_NE(std::find(sorted.begin(), sorted.end(), n), sorted.end()) << n;
-    auto seen = openEveryCategory(*again);
-    for (const auto& n : names) EXPECT_EQ(seen[n], withHeading({{"item of " + n, "1.00"}})) << n;
 }
 
 // ---- selection and focus ---------------------------------------------------------------
@@ -185,28 +194,6 @@ TEST(IndexSelection, WalkOverASingleSelectedCategoryStillWritesTheIndex) {
     EXPECT_EQ(m.FG1.TextMatrix(1, 1), "6");
 }
 
-TEST(IndexSelection, EveryGainOfFocusStoresTheWholeDatabase) {
-    Harness h;
-    h.writeIndex({"Alpha", "Beta"});
-    writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
-    writeFile(h.data("Beta.csv"), lfCategory({"b1,2,,,,,"}));
-    auto& m = h.start();
-    h.focus(m.lstCategory);
-    EXPECT_TRUE(rewritten(h, "Alpha"));
-    EXPECT_TRUE(rewritten(h, "Beta"));
-    EXPECT_EQ(readFile(h.data("NumCats.csv")), "2 \r\n"); // the count as it was read
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "Alpha\r\nBeta\r\n");
-    // The walk ends on the last entry, and the focus has left the list for the editor.
-    EXPECT_EQ(m.CurrentCategory, "Beta");
-    EXPECT_FALSE(m.lstCategory.hasFocus());
-    // A user's click on the first entry: another walk, then the switch to it.
-    writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
-    h.selectCategory(0);
-    EXPECT_TRUE(rewritten(h, "Alpha"));
-    EXPECT_EQ(m.CurrentCategory, "Alpha");
-    EXPECT_EQ(m.lstCategory.ListIndex(), 0);
-}
-
 TEST(IndexSelection, FocusOnTheListThatHasItRunsNothing) {
     Harness h;
     auto& m = h.start();
@@ -215,29 +202,6 @@ TEST(IndexSelection, FocusOnTheListThatHasItRunsNothing) {
     h.files.arm(FaultyFiles::OpenWrite, -1); // count only
     h.focus(m.lstCategory);
     EXPECT_EQ(h.files.counted(), 0);
-}
-
-// A read that fails anywhere in the index leaves no file open, runs no switch,
-// and the index is not written over at exit.
-TEST(IndexReadFaults, EveryReadFaultLeavesTheIndexWhole) {
-    const std::vector<std::string> names = {"Alpha", "Beta", "Gamma"};
-    int faults = 0;
-    for (long k = 0; k < 100; ++k) {
-        SCOPED_TRACE("fault at read " + std::to_string(k));
-        Harness h;
-        h.writeCategories({{"Alpha", {{"Alpha item"}}}, {"Beta", {{"Beta item"}}}, {"Gamma", {{"Gamma item"}}}});
-        h.files.arm(FaultyFiles::OpenRead | FaultyFiles::Read, k);
-        auto& m = h.start();
-        const bool fired = h.files.fired();
-        h.files.disarm();
-        EXPECT_FALSE(anyFileOpen(m));
-        EXPECT_FALSE(m.CurrentCategory.has_value());
-        h.click(m.cmdExit);
-        faults += fired;
-        EXPECT_EQ(entries(h.restart()->m()), names);
-        if (!fired || HasFailure()) break;
-    }
-    EXPECT_GT(faults, 2);
 }
 
 // ---- the two files change together -------------------------------------------------------------
@@ -270,67 +234,6 @@ INSTANTIATE_TEST_SUITE_P(
                       PairCase{"NamesNotInPlace", "5\r\n 3 \r\nA\r\nB\r\nD\r\n", " 2 \r\n"},
                       PairCase{"LengthBeyondTheEnd", "99\r\n 3 \r\nA\r\nB\r\nC\r\n", " 2 \r\n"},
                       PairCase{"NoLength", " 3 \r\nA\r\nB\r\nC\r\n", " 2 \r\n"}),
-    [](const auto& info) { return std::string(info.param.what); });
-
-// ---- an index that exists but can't be read --------------------------------------------------
-
-// An index that exists but can't be read whole is told at start and never
-// written over: the category commands answer with the same message and change
-// nothing, so no category is left without its entry. A missing index is a new
-// database and is told nothing.
-struct IndexState {
-    const char* what;
-    std::optional<std::string> numCats, catFiles; // nothing: no file
-    const char* unreadable;                       // a file with a read error, or ""
-    bool kept;
-};
-
-class UnreadableIndex : public ::testing::TestWithParam<IndexState> {};
-
-TEST_P(UnreadableIndex, IsToldAndNeverWrittenOver) {
-    const IndexState& c = GetParam();
-    Harness h;
-    h.writeCategory("Alpha", {{"a1"}});
-    h.writeCategory("Beta", {{"b1"}});
-    if (c.numCats) writeFile(h.data("NumCats.csv"), *c.numCats);
-    if (c.catFiles) writeFile(h.data("CatFiles.csv"), *c.catFiles);
-    if (*c.unreadable) h.files.unreadable.insert(h.data(c.unreadable).string());
-    auto& m = h.start();
-    const std::vector<std::string> told{m.IndexKeptMessage()};
-    EXPECT_EQ(h.dialogs.texts(), c.kept ? told : std::vector<std::string>{});
-    const auto index = [&] { return std::pair{readFile(h.data("NumCats.csv")), readFile(h.data("CatFiles.csv"))}; };
-    const auto before = index();
-    const std::vector<std::string> listed = entries(m);
-    h.dialogs.messages.clear();
-    h.dialogs.inputAnswers = {"Gamma", "Delta"};
-    h.click(m.cmdAddCategory);
-    if (!c.kept) {
-        EXPECT_EQ(entries(m), (std::vector<std::string>{"Gamma"}));
-        return;
-    }
-    if (!listed.empty()) {
-        h.run([&] { m.lstCategory.setSelected(0); });
-        h.click(m.cmdRenameCat);
-        h.click(m.cmdDeleteCategory);
-    }
-    EXPECT_TRUE(h.dialogs.prompts.empty()) << "a command asked for a name";
-    for (const auto& text : h.dialogs.texts()) EXPECT_EQ(text, told[0]);
-    EXPECT_EQ(entries(m), listed);
-    h.click(m.cmdExit);
-    EXPECT_EQ(index(), before);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Index, UnreadableIndex,
-    ::testing::Values(IndexState{"CountReadError", " 2 \r\n", "Alpha\r\nBeta\r\n", "NumCats.csv", true},
-                      IndexState{"NamesReadError", " 2 \r\n", "Alpha\r\nBeta\r\n", "CatFiles.csv", true},
-                      IndexState{"CountNoNumber", "two\r\n", "Alpha\r\nBeta\r\n", "", true},
-                      IndexState{"CountOutOfRange", "40000\r\n", "Alpha\r\nBeta\r\n", "", true},
-                      IndexState{"NamesMissing", " 2 \r\n", std::nullopt, "", true},
-                      IndexState{"FewerNamesThanTheCount", " 3 \r\n", "Alpha\r\nBeta\r\n", "", true},
-                      IndexState{"NamesWithoutACount", std::nullopt, "Alpha\r\nBeta\r\n", "", true},
-                      IndexState{"NoIndex", std::nullopt, std::nullopt, "", false},
-                      IndexState{"EmptyCountOfANewDatabase", "\r\n", "", "", false}),
     [](const auto& info) { return std::string(info.param.what); });
 
 } // namespace
