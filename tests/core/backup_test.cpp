@@ -80,7 +80,7 @@ TEST_F(Backup, SaveWithNoDiskStillEndsWithItsMessageAndHarmsNothing) {
     EXPECT_EQ(folderBytes(data.path()), before);
 }
 
-// The issue of a disk that refuses one name: the walk goes on, the others are
+// A disk that refuses one name: the walk goes on, the others are
 // copied, and the end names the one that is missing.
 TEST_F(Backup, ACategoryTheDiskRefusesIsToldAndTheOthersAreCopied) {
     startWithBikeCarTools();
