@@ -251,7 +251,7 @@ TEST_F(Forms, GridTextsFollowAPlainTableThroughAnyEdits) {
             grid.setTextMatrix(r, c, model[r][c]);
             break;
         }
-        if (step % 5 == 0) ASSERT_EQ(grid.Tag(), tag) << "step " << step; // reading it settles it: not every step
+        if (step % 5 == 0) { ASSERT_EQ(grid.Tag(), tag) << "step " << step; } // reading it settles it: not every step
         if (step % 97 == 0 || step > 19900) {
             for (int i = 0; i < grid.Rows(); ++i)
                 for (int j = 0; j < grid.Cols(); ++j)
