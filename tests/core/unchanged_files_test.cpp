@@ -118,8 +118,8 @@ TEST(SaveOverKnownFile, KeepsWritesOrRefusesWholeInEveryState) {
                         stateBefore = stateOf(path);
                         table.WriteBytes(out, std::string_view(next).substr(2 * kChunk));
                         table.Close(out);
-                        if (outcome == Outcome::Kept) EXPECT_EQ(stateOf(path), stateBefore) << "the file was replaced";
-                        if (outcome == Outcome::Written) EXPECT_NE(std::get<0>(stateOf(path)), std::get<0>(stateBefore)) << "not replaced";
+                        if (outcome == Outcome::Kept) { EXPECT_EQ(stateOf(path), stateBefore) << "the file was replaced"; }
+                        if (outcome == Outcome::Written) { EXPECT_NE(std::get<0>(stateOf(path)), std::get<0>(stateBefore)) << "not replaced"; }
                     } catch (const forms::Failure&) {
                         table.Abandon(out);
                         refused = true;
@@ -198,7 +198,7 @@ TEST_P(EditAfterLoad, SwitchAwayWritesTheGridOnlyWhenItChanged) {
     // that ends in an added empty row is read again, which is harmless).
     h.files.arm(FaultyFiles::Read, -1); // count only
     select(1);
-    if (GetParam().first != std::string("RowAdded")) EXPECT_EQ(h.files.counted(), 0) << "the file just written was read again";
+    if (GetParam().first != std::string("RowAdded")) { EXPECT_EQ(h.files.counted(), 0) << "the file just written was read again"; }
     EXPECT_EQ(gridCells(m.FG1), shown);
 }
 
@@ -337,7 +337,7 @@ TEST_P(ChangeBetweenLoads, IsReadForReal) {
         EXPECT_EQ(m.FG1.Rows(), GetParam().rows);
         EXPECT_EQ(m.ItemRowCount, GetParam().rows);
         EXPECT_EQ(m.UnreadableFiles.count(path.string()), GetParam().unreadable ? 1u : 0u);
-        if (GetParam().rows > 1) EXPECT_EQ(recordLines(gridCells(m.FG1)), readFile(path)) << "the grid is not the file";
+        if (GetParam().rows > 1) { EXPECT_EQ(recordLines(gridCells(m.FG1)), readFile(path)) << "the grid is not the file"; }
     }
 }
 
