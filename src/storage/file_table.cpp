@@ -30,7 +30,11 @@ void FileTable::OpenInput(int n, const std::string& path) {
     // then never taken for its content.
     f->in = files_.openRead(path);
     f->before = f->in->state();
-    f->buf.assign(kReadChunk + scan::kScanPadding, '\0');
+    // The piece of the last input closed serves again: each open of a category
+    // would otherwise clear a fresh one, and a walk opens hundreds. Its old
+    // bytes lie behind the sentinel, where no scan looks.
+    f->buf = std::move(spareReadPiece_);
+    if (f->buf.size() != kReadChunk + scan::kScanPadding) f->buf.assign(kReadChunk + scan::kScanPadding, '\0');
     f->buf[0] = '\n';
     if (f->before) f->hashing = !memory_.knowsState(path, *f->before);
     open_[static_cast<std::size_t>(n)] = std::move(f);
@@ -59,6 +63,7 @@ void FileTable::Close(int n) {
             memory_.remember(f->path, *f->before, size, f->digests.finish());
         }
         memory_.noteRead(f->path, f->before, f->eof);
+        spareReadPiece_ = std::move(f->buf);
         return;
     }
     if (!f->out || f->broken) return;

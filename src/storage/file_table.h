@@ -160,6 +160,7 @@ private:
 
     forms::FilesPort& files_;
     std::array<std::unique_ptr<Open>, kMaxFiles + 1> open_{};
+    std::vector<char> spareReadPiece_; // an input's piece, kept from its close for the next open
     FileMemory memory_;
 };
 
