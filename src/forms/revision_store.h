@@ -1,11 +1,12 @@
 #pragma once
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iterator>
+#include <list>
 #include <optional>
+#include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace forms {
 
@@ -18,24 +19,29 @@ class RevisionStore {
 public:
     explicit RevisionStore(std::size_t limit) : limit_(limit) {}
 
-    bool holds(std::uint64_t revision) const { return find(revision) != kept_.end(); }
+    // A walk over a thousand categories asks at every switch: these are
+    // looked up, not searched for.
+    bool holds(std::uint64_t revision) const { return index_.count(revision) != 0; }
     // The value kept under this revision, taken out of the store.
     std::optional<T> take(std::uint64_t revision) {
-        auto it = find(revision);
-        if (it == kept_.end()) return std::nullopt;
-        T value = std::move(it->value);
-        kept_.erase(it);
+        auto at = index_.find(revision);
+        if (at == index_.end()) return std::nullopt;
+        T value = std::move(at->second->value);
+        drop(at);
         return value;
     }
     void keep(std::uint64_t revision, T value, std::size_t bytes, const std::function<bool(std::uint64_t)>& stale = {}) {
-        std::erase_if(kept_, [&](const Entry& e) { return e.revision == revision; });
+        if (auto at = index_.find(revision); at != index_.end()) drop(at);
         kept_.push_back({revision, bytes, std::move(value)});
-        if (total() <= limit_) return;
-        if (stale) std::erase_if(kept_, [&](const Entry& e) { return stale(e.revision); });
-        std::size_t bytesKept = total();
-        auto oldest = kept_.begin();
-        while (bytesKept > limit_ && oldest != kept_.end()) bytesKept -= (oldest++)->bytes;
-        kept_.erase(kept_.begin(), oldest);
+        index_[revision] = std::prev(kept_.end());
+        total_ += bytes;
+        if (total_ <= limit_) return;
+        if (stale)
+            for (auto it = kept_.begin(); it != kept_.end();) {
+                const std::uint64_t r = (it++)->revision;
+                if (stale(r)) drop(index_.find(r));
+            }
+        while (total_ > limit_ && !kept_.empty()) drop(index_.find(kept_.front().revision));
     }
     void setLimit(std::size_t bytes) { limit_ = bytes; }
 
@@ -45,19 +51,18 @@ private:
         std::size_t bytes;
         T value;
     };
-    auto find(std::uint64_t revision) const {
-        return std::find_if(kept_.begin(), kept_.end(), [&](const Entry& e) { return e.revision == revision; });
-    }
-    auto find(std::uint64_t revision) {
-        return std::find_if(kept_.begin(), kept_.end(), [&](const Entry& e) { return e.revision == revision; });
-    }
-    std::size_t total() const {
-        std::size_t bytes = 0;
-        for (const Entry& e : kept_) bytes += e.bytes;
-        return bytes;
+    using Entries = std::list<Entry>;
+    using Index = std::unordered_map<std::uint64_t, typename Entries::iterator>;
+
+    void drop(typename Index::iterator at) {
+        total_ -= at->second->bytes;
+        kept_.erase(at->second);
+        index_.erase(at);
     }
 
-    std::vector<Entry> kept_; // oldest first
+    Entries kept_; // oldest first
+    Index index_;
+    std::size_t total_ = 0;
     std::size_t limit_;
 };
 
