@@ -5,6 +5,7 @@
 
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
+#include "storage/index_files.h"
 #include "storage/whole_file.h"
 
 namespace qm {
@@ -13,7 +14,7 @@ using forms::Failure;
 
 namespace {
 
-constexpr const char* kIndexFiles[] = {"NumCats.csv", "CatFiles.csv"};
+constexpr const char* kIndexFiles[] = {storage::kCountFile, storage::kNamesFile};
 constexpr const char* kTheList = "the list of categories";
 
 // Both files hold the same bytes (or neither exists); a file that can't be
@@ -40,13 +41,12 @@ bool sameRecords(forms::FilesPort& port, const std::string& a, const std::string
 // The count and names an index gives, read as the list reads them.
 std::optional<std::vector<std::string>> indexEntries(forms::FilesPort& port, const std::string& place) {
     try {
-        const auto count = storage::ReadAllFields(port, place + kIndexFiles[0]);
+        const auto count = storage::ReadAllFields(port, place + storage::kCountFile);
         if (!count || count->empty()) return std::nullopt;
-        const std::optional<int> n = storage::Value::text(count->front()).toInt16();
-        const bool blank = count->front().find_first_not_of(" \t") == std::string::npos;
-        if ((!n && !blank) || (n && *n < 0)) return std::nullopt;
-        std::vector<std::string> names = storage::ReadAllFields(port, place + kIndexFiles[1]).value_or(std::vector<std::string>{});
-        const std::size_t wanted = n ? static_cast<std::size_t>(*n) : 0;
+        const std::optional<int> n = storage::ListedEntries(storage::Value::text(count->front()));
+        if (!n) return std::nullopt;
+        std::vector<std::string> names = storage::ReadAllFields(port, place + storage::kNamesFile).value_or(std::vector<std::string>{});
+        const std::size_t wanted = static_cast<std::size_t>(*n);
         if (names.size() < wanted) return std::nullopt;
         names.resize(wanted);
         return names;

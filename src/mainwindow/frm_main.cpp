@@ -6,6 +6,7 @@
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
+#include "storage/index_files.h"
 
 namespace qm {
 
@@ -58,7 +59,7 @@ frmPic& frmMain::Pic() {
 
 bool frmMain::IsIndexFile(const std::string& path) const {
     for (const std::string* place : {&platform.places.dataFolder, &platform.places.floppyRoot})
-        if (path == *place + "NumCats.csv" || path == *place + "CatFiles.csv") return true;
+        if (path == *place + storage::kCountFile || path == *place + storage::kNamesFile) return true;
     return false;
 }
 

@@ -111,7 +111,9 @@ public:
     void LoadCategoryList();
     void SaveCategoryList();
     void StoreIndex(const std::string& place, bool walk);
-    // Whether the data folder's index could not be read and is kept as it is.
+    // Whether the index in this place (in the data folder) could not be read
+    // and is kept as it is.
+    bool IndexKeptAt(const std::string& place) const;
     bool IndexKept() const;
     void SaveCategoryFile();
     void LoadCategoryFile();

@@ -6,15 +6,16 @@
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
 #include "storage/field_rules.h"
+#include "storage/index_files.h"
 #include "storage/whole_file.h"
 
 namespace qm {
 
 using forms::Failure;
+using storage::kCountFile;
+using storage::kNamesFile;
 
 namespace {
-constexpr const char* kCountFile = "NumCats.csv";
-constexpr const char* kNamesFile = "CatFiles.csv";
 // The two index files change together: when the count changes, the new count
 // and names are first put here whole, then the names file and the count file
 // replaced in that order, and this file removed. A start that finds it
@@ -116,13 +117,9 @@ void frmMain::LoadCategoryList() {
             return noCount();
         }
         files.Close(n);
-        std::optional<int> count = CategoryCount.toInt16();
-        if (!count || *count < 0) {
-            // An empty count is what an exit with no category ever made leaves:
-            // nothing to keep. Any other count that is no count is kept as found.
-            if (CategoryCount.asText().find_first_not_of(" \t") != std::string::npos) keepIndex(place);
-            return;
-        }
+        const std::optional<int> count = storage::ListedEntries(CategoryCount);
+        // A count that is no count is kept as found.
+        if (!count) return keepIndex(place);
         if (*count == 0) return;
         files.OpenInput(n, place + kNamesFile);
         for (int i = 0; i < *count; ++i) lstCategory.AddItem(files.ReadField(n));
@@ -134,10 +131,11 @@ void frmMain::LoadCategoryList() {
     if (unreadable) keepIndex(place);
 }
 
-bool frmMain::IndexKept() const {
-    const std::string& place = platform.places.dataFolder;
+bool frmMain::IndexKeptAt(const std::string& place) const {
     return UnreadableFiles.count(place + kCountFile) || UnreadableFiles.count(place + kNamesFile);
 }
+
+bool frmMain::IndexKept() const { return IndexKeptAt(platform.places.dataFolder); }
 
 void frmMain::keepIndex(const std::string& place) {
     UnreadableFiles.insert(place + kCountFile);
@@ -157,7 +155,7 @@ void frmMain::SaveCategoryList() {
 // two files are replaced together, after the walk; an index that can't be
 // read is never written over.
 void frmMain::StoreIndex(const std::string& place, bool walk) {
-    const bool keepIndex = UnreadableFiles.count(place + kCountFile) || UnreadableFiles.count(place + kNamesFile);
+    const bool keepIndex = IndexKeptAt(place);
     int n = 0;
     try {
         if (!keepIndex) {
