@@ -32,16 +32,12 @@ std::unique_ptr<CoreClicks>& instance() {
 template <int Categories, int Items>
 void listClick(benchmark::State& state) {
     measureAgainstIoFloor(state, [&state] {
-        auto& c = instance();
-        if (!c || c->db.categories != Categories || c->db.items != Items) {
-            c.reset();
-            c = std::make_unique<CoreClicks>(Categories, Items);
-        }
+        CoreClicks& c = setUpFor(instance(), Categories, Items);
         state.counters["categories"] = Categories;
         state.counters["items"] = Items;
-        ListClicks& clicks = *c->clicks;
-        FloorSubject s{c->h.data("io floor scratch").string(),
-                       c->h.dataDir.place(),
+        ListClicks& clicks = *c.clicks;
+        FloorSubject s{c.h.data("io floor scratch").string(),
+                       c.h.dataDir.place(),
                        [&clicks] { return clicks.verify(); },
                        [&clicks] { clicks.click(); },
                        [&clicks] { return clicks.problem(); },

@@ -1,6 +1,7 @@
 #pragma once
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,18 @@ public:
 
 // Made at first use and kept for the run; released by releaseClickDatabases.
 const ClickDatabase& clickDatabase(int categories, int items);
+
+// The set-up of a click benchmark (a T made from a size, holding its ClickDatabase
+// as db) kept for the run: made at first use, and made again when a benchmark
+// of another size comes, so only one is held at a time.
+template <class T>
+T& setUpFor(std::unique_ptr<T>& current, int categories, int items) {
+    if (!current || current->db.categories != categories || current->db.items != items) {
+        current.reset();
+        current = std::make_unique<T>(categories, items);
+    }
+    return *current;
+}
 
 // Clicks on the list of a program started on a copy of a ClickDatabase, taking
 // turns between its first two entries: each click a walk over every category

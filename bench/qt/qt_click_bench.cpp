@@ -46,11 +46,7 @@ std::unique_ptr<WindowAndCore>& instance() {
 template <int Categories, int Items>
 void windowClick(benchmark::State& state) {
     try {
-        auto& w = instance();
-        if (!w || w->db.categories != Categories || w->db.items != Items) {
-            w.reset();
-            w = std::make_unique<WindowAndCore>(Categories, Items);
-        }
+        WindowAndCore* w = &setUpFor(instance(), Categories, Items);
         state.counters["categories"] = Categories;
         state.counters["items"] = Items;
         for (ListClicks* c : {w->coreClicks.get(), w->windowClicks.get()})
