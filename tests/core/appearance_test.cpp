@@ -22,20 +22,15 @@ struct Colours : ::testing::Test {
 TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
     writeColours(h, {{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
     auto& m = h.start();
-    EXPECT_EQ(m.lblCategory.ForeColor(), 255u);
-    EXPECT_EQ(m.lstCategory.BackColor(), 65535u);
-    EXPECT_EQ(m.T1.BackColor(), 16711680u);
-    EXPECT_EQ(m.T1.ForeColor(), 128u);
-    EXPECT_EQ(m.FG1.ForeColor(), 128u);
-    EXPECT_EQ(m.lstCategory.ForeColor(), 32768u);
+    EXPECT_EQ(std::vector({m.lblCategory.ForeColor(), m.lstCategory.BackColor(), m.T1.BackColor(), m.T1.ForeColor(), m.FG1.ForeColor(),
+                           m.lstCategory.ForeColor()}),
+              std::vector<forms::Color>({255, 65535, 16711680, 128, 128, 32768}));
     ASSERT_NE(m.propertiesIfLoaded(), nullptr); // made hidden by the first swatch
     auto& p = *m.propertiesIfLoaded();
     EXPECT_FALSE(p.form.Visible());
-    EXPECT_EQ(p.shpCatHead.BackColor(), 255u);
-    EXPECT_EQ(p.shpCatList.BackColor(), 65535u);
-    EXPECT_EQ(p.shpCell.BackColor(), 16711680u);
-    EXPECT_EQ(p.shpCellText.BackColor(), 128u);
-    EXPECT_EQ(p.shpListText.BackColor(), 32768u);
+    EXPECT_EQ(std::vector({p.shpCatHead.BackColor(), p.shpCatList.BackColor(), p.shpCell.BackColor(), p.shpCellText.BackColor(),
+                           p.shpListText.BackColor()}),
+              std::vector<forms::Color>({255, 65535, 16711680, 128, 32768}));
 }
 
 TEST_F(Colours, AMissingFileStopsTheReadingThere) {

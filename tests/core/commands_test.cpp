@@ -3,8 +3,6 @@
 // user answers them in the real boxes are in the GUI commands test.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -17,20 +15,6 @@ struct Commands : ::testing::Test {
     Harness h;
     qm::frmMain* m = nullptr;
 
-    // The window in one line: the list (selection starred), the open category
-    // and its caption, the grid's first column, rows counted, current cell, shape, and the focus.
-    std::string window() {
-        auto& g = m->FG1;
-        std::ostringstream s;
-        for (const auto& e : m->lstCategory.items()) s << e << (e == m->lstCategory.Text() ? "* " : " ");
-        s << "| " << m->CurrentCategory.value_or("-") << " \"" << m->lblCategory.Caption() << "\" |";
-        if (g.Rows() < 50)
-            for (int r = 0; r < g.Rows(); ++r) s << " " << g.TextMatrix(r, 0);
-        s << " | " << m->ItemRowCount << " at " << g.Row() << "," << g.Col() << (g.Visible() ? "" : " hidden")
-          << (g.Enabled() ? "" : " disabled") << " fixed " << g.FixedRows() << g.FixedCols()
-          << (m->T1.Visible() ? " editor" : "") << " focus " << (h.runtime.focused() ? h.runtime.focused()->name() : "-");
-        return s.str();
-    }
     Texts prompts() {
         Texts t;
         for (const auto& p : h.dialogs.prompts) t.push_back(p.title + ": " + p.text);
@@ -40,35 +24,45 @@ struct Commands : ::testing::Test {
 
 // ---- items ----------------------------------------------------------------------
 
-// Each case starts with "Garage" (these items, opened by a click) and "Kitchen".
-struct ItemCase {
+// Each case writes these categories, clicks on one entry (or none), and runs
+// `act` with the answers queued; then the window, the messages (all titled
+// "Quillmere"), the prompts if given, and the files are as told ("<missing>":
+// none); the files named `kept` still hold their item.
+struct CommandCase {
     const char* name;
-    Table items;
+    std::vector<Harness::Category> categories;
+    int click;
     void (*act)(Harness&, qm::frmMain&);
     Texts answers;
     std::string window;
-    Texts messages, prompts;
-    std::string file;  // Garage.csv after the command
-    std::string saved = {}; // and after a switch to Kitchen, if given
-    const char* open = "click";
+    Texts messages;
+    std::optional<Texts> prompts;
+    std::map<std::string, std::string> files;
+    Texts kept = {};
 };
 
-class ItemCommands : public Commands, public ::testing::WithParamInterface<ItemCase> {};
+class CommandTable : public Commands, public ::testing::WithParamInterface<CommandCase> {};
 
-TEST_P(ItemCommands, LeaveThisWindowAndFile) {
-    const ItemCase& c = GetParam();
-    h.writeCategories({{"Garage", c.items}, {"Kitchen", {{"Kettle", "30"}}}});
-    m = c.open == std::string("click") ? &h.startAndClick(0) : &h.start();
+TEST_P(CommandTable, LeavesThisWindowAndTheseFiles) {
+    const CommandCase& c = GetParam();
+    h.writeCategories(c.categories);
+    m = c.click < 0 ? &h.start() : &h.startAndClick(c.click);
     h.dialogs.inputAnswers = {c.answers.begin(), c.answers.end()};
     c.act(h, *m);
-    EXPECT_EQ(window(), c.window);
+    EXPECT_EQ(window(h), c.window);
     EXPECT_EQ(h.dialogs.texts(), c.messages);
     for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.title, "Quillmere");
-    EXPECT_EQ(prompts(), c.prompts);
-    EXPECT_EQ(h.text("Garage.csv"), c.file);
-    if (c.saved.empty()) return;
-    h.selectCategory(1);
-    EXPECT_EQ(h.text("Garage.csv"), c.saved);
+    if (c.prompts) EXPECT_EQ(prompts(), *c.prompts);
+    for (const auto& [file, bytes] : c.files) EXPECT_EQ(h.text(file), bytes) << file;
+    for (const auto& f : c.kept) EXPECT_NE(h.text(f + ".csv").find(" item,1"), std::string::npos) << f;
+}
+
+// "Garage" with these items and "Kitchen"; categories each holding one item "<name> item" costing 1.
+std::vector<Harness::Category> garage(const Table& items) { return {{"Garage", items}, {"Kitchen", {{"Kettle", "30"}}}}; }
+std::vector<Harness::Category> oneItemEach(const Texts& names) {
+    std::vector<Harness::Category> all;
+    for (const auto& n : names) all.push_back({n, {{n + " item", "1"}}});
+    return all;
 }
 
 const char* const kAdd = "Add Item: Please type in name of item you would like to add";
@@ -77,48 +71,52 @@ const char* const kDelete = "This will permanently DELETE the item: ";
 const char* const kDeleteEnd = ", and all the information on this item. Are you sure?";
 
 INSTANTIATE_TEST_SUITE_P(
-    Items, ItemCommands,
+    Items, CommandTable,
     ::testing::Values(
-        ItemCase{"AddFirstItemBringsTheGridBack", {}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"AddFirstItemBringsTheGridBack", garage({}), 0, [](Harness& h, qm::frmMain& m) {
                      EXPECT_EQ(m.FG1.Visible(), false);
                      EXPECT_TRUE(m.cmdAddAsset.hasFocus());
                      h.click(m.cmdAddAsset);
-                 }, {"Mower"}, "Garage* Kitchen | Garage \"Garage\" | Item Mower | 2 at 1,1 fixed 11 editor focus T1", {},
-                 {kAdd}, kHead + "Mower,,,,,,\r\n"},
+                 }, {"Mower"}, "Garage* Kitchen | Garage \"Garage\" | Item Mower | 2 at 1,1 fixed 11 editor focus T1", {}, Texts{kAdd},
+                 {{"Garage.csv", kHead + "Mower,,,,,,\r\n"}}},
         // Cancel writes nothing, not even a missing file.
-        ItemCase{"CancelledAdd", {{"Mower", "100"}, {"Rake", "10"}}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"CancelledAdd", garage({{"Mower", "100"}, {"Rake", "10"}}), 0, [](Harness& h, qm::frmMain& m) {
                      std::filesystem::remove(h.data("Garage.csv"));
                      h.click(m.cmdAddAsset);
-                 }, {}, "Garage* Kitchen | Garage \"Garage\" | Item Mower Rake | 3 at 2,1 fixed 11 editor focus T1", {},
-                 {kAdd}, "<missing>"},
-        ItemCase{"NoCategorySelected", {{"Rake"}}, [](Harness& h, qm::frmMain& m) {
+                 }, {}, "Garage* Kitchen | Garage \"Garage\" | Item Mower Rake | 3 at 2,1 fixed 11 editor focus T1", {}, Texts{kAdd},
+                 {{"Garage.csv", "<missing>"}}},
+        CommandCase{"NoCategorySelected", garage({{"Rake"}}), -1, [](Harness& h, qm::frmMain& m) {
                      h.click(m.cmdAddAsset);
                      h.menu("mnuDelItems");
-                 }, {}, "Garage Kitchen | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddAsset", {"You must select a category in order to add an item.", "Error deleting items: No category selected."},
-                 {}, kHead + "Rake,,,,,,\r\n", "", "none"},
-        ItemCase{"TwoOfTheSameNameBothStay", {{"Rake"}}, [](Harness& h, qm::frmMain& m) { h.click(m.cmdAddAsset); }, {"Rake"},
-                 "Garage* Kitchen | Garage \"Garage\" | Item Rake Rake | 3 at 2,1 fixed 11 editor focus T1", {},
-                 {kAdd}, kHead + "Rake,,,,,,\r\nRake,,,,,,\r\n"},
-        ItemCase{"FullCategoryRefuses", {{"Rake"}}, [](Harness& h, qm::frmMain& m) {
+                 }, {}, "Garage Kitchen | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddAsset",
+                 {"You must select a category in order to add an item.", "Error deleting items: No category selected."}, Texts{},
+                 {{"Garage.csv", kHead + "Rake,,,,,,\r\n"}}},
+        CommandCase{"TwoOfTheSameNameBothStay", garage({{"Rake"}}), 0, [](Harness& h, qm::frmMain& m) { h.click(m.cmdAddAsset); }, {"Rake"},
+                 "Garage* Kitchen | Garage \"Garage\" | Item Rake Rake | 3 at 2,1 fixed 11 editor focus T1", {}, Texts{kAdd},
+                 {{"Garage.csv", kHead + "Rake,,,,,,\r\nRake,,,,,,\r\n"}}},
+        CommandCase{"FullCategoryRefuses", garage({{"Rake"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.run([&] {
                          m.FG1.setRows(forms::Grid::kMaxRows);
                          m.ItemRowCount = forms::Grid::kMaxRows;
                      });
                      h.click(m.cmdAddAsset);
                  }, {"x"}, "Garage* Kitchen | Garage \"Garage\" | | 32767 at 32766,1 fixed 11 editor focus T1",
-                 {"This category is full: it holds 32766 items, the most a category can hold. Nothing was added."}, {}, kHead + "Rake,,,,,,\r\n"},
+                 {"This category is full: it holds 32766 items, the most a category can hold. Nothing was added."}, Texts{}, {{"Garage.csv",
+                 kHead + "Rake,,,,,,\r\n"}}},
         // The name changes in the grid only; an empty answer changes nothing.
-        ItemCase{"Rename", {{"Rake", "10"}, {"Hoe", "5"}}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"Rename", garage({{"Rake", "10"}, {"Hoe", "5"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.run([&] { m.FG1.setRow(1); });
                      h.click(m.cmdRenameItem);
                      h.click(m.cmdRenameItem);
-                 }, {"Leaf rake"}, "Garage* Kitchen | Garage \"Garage\" | Item Leaf rake Hoe | 3 at 1,6 fixed 11 editor focus cmdRenameItem", {},
-                 {": What would you like to change Rake to?", ": What would you like to change Leaf rake to?"}, kHead + "Rake,10,,,,,\r\nHoe,5,,,,,\r\n"},
-        ItemCase{"RenameWithTheGridHidden", {}, [](Harness& h, qm::frmMain& m) { h.click(m.cmdRenameItem); }, {"Something"},
+                 }, {"Leaf rake"},
+                 "Garage* Kitchen | Garage \"Garage\" | Item Leaf rake Hoe | 3 at 1,6 fixed 11 editor focus cmdRenameItem", {},
+                 Texts{": What would you like to change Rake to?", ": What would you like to change Leaf rake to?"}, {{"Garage.csv",
+                 kHead + "Rake,10,,,,,\r\nHoe,5,,,,,\r\n"}}},
+        CommandCase{"RenameWithTheGridHidden", garage({}), 0, [](Harness& h, qm::frmMain& m) { h.click(m.cmdRenameItem); }, {"Something"},
                  "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 hidden fixed 01 focus cmdRenameItem", {},
-                 {": What would you like to change Item to?"}, kHead},
+                 Texts{": What would you like to change Item to?"}, {{"Garage.csv", kHead}}},
         // No keeps the item; Yes removes it and the editor reopens on the grid.
-        ItemCase{"DeleteNoThenYes", {{"Rake", "10"}, {"Hoe", "5"}, {"Spade", "7"}}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"DeleteNoThenYes", garage({{"Rake", "10"}, {"Hoe", "5"}, {"Spade", "7"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.run([&] { m.FG1.setRow(2); });
                      h.dialogs.msgAnswers.push_back(forms::vbNo);
                      h.click(m.cmdDeleteAsset);
@@ -127,19 +125,22 @@ INSTANTIATE_TEST_SUITE_P(
                      h.click(m.cmdDeleteAsset);
                      EXPECT_EQ(m.FG1.Tag(), m.FG1.Text());
                  }, {}, "Garage* Kitchen | Garage \"Garage\" | Item Rake Spade | 3 at 2,6 fixed 11 editor focus T1",
-                 {kDelete + std::string("Hoe") + kDeleteEnd, kDelete + std::string("Hoe") + kDeleteEnd}, {},
-                 kHead + "Rake,10,,,,,\r\nHoe,5,,,,,\r\nSpade,7,,,,,\r\n"},
+                 {kDelete + std::string("Hoe") + kDeleteEnd, kDelete + std::string("Hoe") + kDeleteEnd}, Texts{}, {{"Garage.csv",
+                 kHead + "Rake,10,,,,,\r\nHoe,5,,,,,\r\nSpade,7,,,,,\r\n"}}},
         // The last item leaves an empty, disabled grid on show; the file keeps it until the next save.
-        ItemCase{"DeleteTheLastItem", {{"Rake", "10"}}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"DeleteTheLastItem", garage({{"Rake", "10"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.click(m.cmdDeleteAsset);
                      EXPECT_EQ(m.FG1.ColWidth(6), 3100);
-                 }, {}, "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 disabled fixed 01 focus cmdDeleteAsset",
-                 {kDelete + std::string("Rake") + kDeleteEnd}, {}, kHead + "Rake,10,,,,,\r\n", kHead},
-        ItemCase{"DeleteInAnEmptyCategory", {}, [](Harness& h, qm::frmMain& m) { h.click(m.cmdDeleteAsset); }, {},
+                     EXPECT_EQ(window(h), "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 disabled fixed 01 focus cmdDeleteAsset");
+                     EXPECT_EQ(h.text("Garage.csv"), kHead + "Rake,10,,,,,\r\n");
+                     h.selectCategory(1);
+                 }, {}, "Garage Kitchen* | Kitchen \"Kitchen\" | Item Kettle | 2 at 1,6 fixed 11 editor focus T1",
+                 {kDelete + std::string("Rake") + kDeleteEnd}, Texts{}, {{"Garage.csv", kHead}}},
+        CommandCase{"DeleteInAnEmptyCategory", garage({}), 0, [](Harness& h, qm::frmMain& m) { h.click(m.cmdDeleteAsset); }, {},
                  "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 hidden disabled fixed 01 focus cmdDeleteAsset",
-                 {kDelete + std::string("Item") + kDeleteEnd, "There are no items to delete"}, {}, kHead},
+                 {kDelete + std::string("Item") + kDeleteEnd, "There are no items to delete"}, Texts{}, {{"Garage.csv", kHead}}},
         // Delete All empties the category and its file at once; the grid is hidden until an item is added.
-        ItemCase{"DeleteAllThenAdd", {{"Rake", "10"}, {"Hoe", "5"}}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"DeleteAllThenAdd", garage({{"Rake", "10"}, {"Hoe", "5"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.menu("mnuDelItems");
                      EXPECT_EQ(h.text("Garage.csv"), kHead);
                      EXPECT_NE(h.text("Kitchen.csv").find("Kettle"), std::string::npos);
@@ -147,8 +148,8 @@ INSTANTIATE_TEST_SUITE_P(
                      EXPECT_FALSE(m.T1.Visible());
                      h.click(m.cmdAddAsset);
                  }, {"Shovel"}, "Garage* Kitchen | Garage \"Garage\" | Item Shovel | 2 at 1,1 fixed 11 editor focus T1",
-                 {"This will permanently DELETE ALL items in category 'Garage'. Are you sure?"},
-                 {kAdd}, kHead + "Shovel,,,,,,\r\n"}),
+                 {"This will permanently DELETE ALL items in category 'Garage'. Are you sure?"}, Texts{kAdd}, {{"Garage.csv",
+                 kHead + "Shovel,,,,,,\r\n"}}}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // A category whose file can't be read, or that is named like an index file:
@@ -194,86 +195,61 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---- categories -----------------------------------------------------------------
 
-// Each case starts with these categories, each holding one item "<name> item"
-// costing 1, none open; `act` runs with the answers queued.
-struct CategoryCase {
-    const char* name;
-    Texts categories;
-    void (*act)(Harness&, qm::frmMain&);
-    Texts answers;
-    std::string window;
-    Texts messages;
-    std::string count, names; // NumCats.csv and CatFiles.csv after
-    Texts gone = {}, kept = {};   // category files gone, and kept with their item
-};
-
-class CategoryCommands : public Commands, public ::testing::WithParamInterface<CategoryCase> {};
-
-TEST_P(CategoryCommands, LeaveThisListAndIndex) {
-    const CategoryCase& c = GetParam();
-    h.writeIndex(c.categories);
-    for (const auto& n : c.categories) h.writeCategory(n, {{n + " item", "1"}});
-    m = &h.start();
-    h.dialogs.inputAnswers = {c.answers.begin(), c.answers.end()};
-    c.act(h, *m);
-    EXPECT_EQ(window(), c.window);
-    EXPECT_EQ(h.dialogs.texts(), c.messages);
-    for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.title, "Quillmere");
-    EXPECT_EQ(h.text("NumCats.csv"), c.count);
-    EXPECT_EQ(h.text("CatFiles.csv"), c.names);
-    for (const auto& f : c.gone) EXPECT_EQ(h.text(f + ".csv"), "<missing>") << f;
-    for (const auto& f : c.kept) EXPECT_NE(h.text(f + ".csv").find(" item,1"), std::string::npos) << f;
-}
-
 const char* const kUnreadable = "The file of the category \"Bike\" can't be read, so nothing typed in this category can be "
                                  "stored until the file can be read. The file is left as it is.";
 const char* const kExists = "Error occured while renaming category. Category 'Bike' already exists.";
 
 INSTANTIATE_TEST_SUITE_P(
-    Categories, CategoryCommands,
+    Categories, CommandTable,
     ::testing::Values(
         // Cancelled: no walk, and nothing written, not even a missing file.
-        CategoryCase{"CancelledAdd", {"Bike", "Car"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"CancelledAdd", oneItemEach({"Bike", "Car"}), -1, [](Harness& h, qm::frmMain& m) {
                          std::filesystem::remove(h.data("Car.csv"));
                          auto switches = countSwitches(m);
                          h.click(m.cmdAddCategory);
                          EXPECT_EQ(h.dialogs.prompts.size(), 1u);
                          EXPECT_EQ(*switches, 0);
                          EXPECT_FALSE(std::filesystem::exists(h.data("Car.csv")));
-                     }, {}, "Bike Car | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, " 2 \r\n", "Bike\r\nCar\r\n"},
+                     }, {}, "Bike Car | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, std::nullopt,
+                 {{"NumCats.csv", " 2 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\n"}}},
         // The new category is open and empty; the walks stored the others unchanged.
-        CategoryCase{"Add", {"Bike", "Tools"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"Add", oneItemEach({"Bike", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdAddCategory);
                          EXPECT_EQ(m.NewCategoryName, "");
                          EXPECT_EQ(m.txtCost.Text(), "$0.00");
                          EXPECT_EQ(h.text("Car.csv"), crlf({kHeadingLine}));
-                     }, {"Car"}, "Bike Car* Tools | Car \"Car\" | Item | 1 at 0,6 hidden fixed 01 focus cmdAddAsset", {}, " 3 \r\n", "Bike\r\nCar\r\nTools\r\n", {}, {"Bike", "Tools"}},
+                     }, {"Car"}, "Bike Car* Tools | Car \"Car\" | Item | 1 at 0,6 hidden fixed 01 focus cmdAddAsset", {}, std::nullopt,
+                 {{"NumCats.csv", " 3 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\nTools\r\n"}}, {"Bike", "Tools"}},
         // An exact duplicate stays selected and open; another letter case is another name.
-        CategoryCase{"AddDuplicates", {"Bike", "Car", "Tools"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"AddDuplicates", oneItemEach({"Bike", "Car", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdAddCategory);
                          EXPECT_EQ(m.lstCategory.Text(), "Car");
                          EXPECT_EQ(m.CurrentCategory, "Car");
                          EXPECT_EQ(m.lstCategory.ListCount(), 3);
                          h.click(m.cmdAddCategory);
                      }, {"Car", "car"}, "Bike Car car* Tools | car \"car\" | Item | 1 at 0,6 hidden fixed 01 focus cmdAddAsset",
-                     {"You already have a category named Car"}, " 4 \r\n", "Bike\r\nCar\r\ncar\r\nTools\r\n"},
+                 {"You already have a category named Car"}, std::nullopt,
+                 {{"NumCats.csv", " 4 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\ncar\r\nTools\r\n"}}},
         // Names that can't be categories are refused before any walk.
-        CategoryCase{"AddRefusedNames", {"Bike"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"AddRefusedNames", oneItemEach({"Bike"}), -1, [](Harness& h, qm::frmMain& m) {
                          auto switches = countSwitches(m);
                          for (int i = 0; i < 4; ++i) h.click(m.cmdAddCategory);
                          for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.buttons, forms::vbOKOnly);
                          EXPECT_EQ(*switches, 0);
-                     }, {"NumCats", "CatFiles", "Tab\there", std::string(300, 'x')}, "Bike | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory",
-                     {"\"NumCats\" is the name of one of the program's own files. Please choose another name.",
-                      "\"CatFiles\" is the name of one of the program's own files. Please choose another name.",
-                      "A category name can't hold tabs, line breaks or other control characters.",
-                      "That name is too long for a file name. Please choose a shorter name."}, " 1 \r\n", "Bike\r\n"},
-        CategoryCase{"RenameTheOnlyCategory", {"Bike"}, [](Harness& h, qm::frmMain& m) {
+                     }, {"NumCats", "CatFiles", "Tab\there", std::string(300, 'x')},
+                 "Bike | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory",
+                 {"\"NumCats\" is the name of one of the program's own files. Please choose another name.",
+                  "\"CatFiles\" is the name of one of the program's own files. Please choose another name.",
+                  "A category name can't hold tabs, line breaks or other control characters.",
+                  "That name is too long for a file name. Please choose a shorter name."},
+                 std::nullopt, {{"NumCats.csv", " 1 \r\n"}, {"CatFiles.csv", "Bike\r\n"}}},
+        CommandCase{"RenameTheOnlyCategory", oneItemEach({"Bike"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.selectCategory(0);
                          h.click(m.cmdRenameCat);
-                     }, {"Bicycle"}, "Bicycle* | Bicycle \"Bicycle\" | Item Bike item | 2 at 1,6 fixed 11 editor focus T1", {}, " 1 \r\n", "Bicycle\r\n", {"Bike"}, {"Bicycle"}},
+                     }, {"Bicycle"}, "Bicycle* | Bicycle \"Bicycle\" | Item Bike item | 2 at 1,6 fixed 11 editor focus T1", {},
+                 std::nullopt, {{"NumCats.csv", " 1 \r\n"}, {"CatFiles.csv", "Bicycle\r\n"}, {"Bike.csv", "<missing>"}}, {"Bicycle"}},
         // Nothing selected; its own name is a duplicate like any other; cancelled: the old entry is selected again.
-        CategoryCase{"RenameRefusals", {"Bike", "Car"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"RenameRefusals", oneItemEach({"Bike", "Car"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdRenameCat);
                          EXPECT_TRUE(h.dialogs.prompts.empty());
                          h.selectCategory(0);
@@ -282,33 +258,37 @@ INSTANTIATE_TEST_SUITE_P(
                          h.click(m.cmdRenameCat);
                          EXPECT_FALSE(m.RenamePending);
                      }, {"Bike"}, "Bike* Car | Bike \"Bike\" | Item Bike item | 2 at 1,6 fixed 11 editor focus T1",
-                     {"Error renaming category: No category selected.", kExists}, "2 \r\n", "Bike\r\nCar\r\n", {}, {"Bike", "Car"}},
+                 {"Error renaming category: No category selected.", kExists}, std::nullopt,
+                 {{"NumCats.csv", "2 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\n"}}, {"Bike", "Car"}},
         // A category whose file can't be read is not renamed.
-        CategoryCase{"RenameUnreadable", {"Bike", "Car"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"RenameUnreadable", oneItemEach({"Bike", "Car"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.files.unreadable.insert(h.data("Bike.csv").string());
                          h.selectCategory(0);
                          h.click(m.cmdRenameCat);
                          EXPECT_TRUE(h.dialogs.prompts.empty());
-                     }, {"Other"}, "Bike* Car | Bike \"Bike\" | Item | 1 at 0,6 hidden fixed 01 focus cmdRenameCat",
-                     {kUnreadable, "The file of the category 'Bike' can't be read, so it can't be renamed. Nothing was changed."}, "2 \r\n",
-                     "Bike\r\nCar\r\n", {}, {"Bike"}},
+                     }, {"Other"}, "Bike* Car | Bike \"Bike\" | Item | 1 at 0,6 hidden fixed 01 focus cmdRenameCat", {kUnreadable,
+                 "The file of the category 'Bike' can't be read, so it can't be renamed. Nothing was changed."}, std::nullopt,
+                 {{"NumCats.csv", "2 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\n"}}, {"Bike"}},
         // The walk ends on the last entry.
-        CategoryCase{"Delete", {"Bike", "Car", "Tools"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"Delete", oneItemEach({"Bike", "Car", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdDeleteCategory);
                          h.selectCategory(1);
                          h.click(m.cmdDeleteCategory);
                      }, {}, "Bike Tools* | Tools \"Tools\" | Item Tools item | 2 at 1,6 fixed 11 editor focus T1",
-                     {"Error deleting category: No category selected.", "This will permanently DELETE all contents of 'Car'. Are you sure?"}, " 2 \r\n", "Bike\r\nTools\r\n", {"Car"}},
+                 {"Error deleting category: No category selected.", "This will permanently DELETE all contents of 'Car'. Are you sure?"},
+                 std::nullopt, {{"NumCats.csv", " 2 \r\n"}, {"CatFiles.csv", "Bike\r\nTools\r\n"}, {"Car.csv", "<missing>"}}},
         // After the last category nothing is open, and nothing is written under its name.
-        CategoryCase{"DeleteTheLast", {"Bike"}, [](Harness& h, qm::frmMain& m) {
+        CommandCase{"DeleteTheLast", oneItemEach({"Bike"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.selectCategory(0);
                          h.click(m.cmdDeleteCategory);
                          EXPECT_EQ(m.txtCost.Text(), "");
                          h.click(m.cmdExit);
                      }, {}, "| - \"\" | Item | 1 at 0,6 hidden fixed 01 focus cmdExit",
-                     {"This will permanently DELETE all contents of 'Bike'. Are you sure?"}, " 0 \r\n", "", {"Bike"}},
-        CategoryCase{"DeleteAllOnAnEmptyListAsksNothing", {}, [](Harness& h, qm::frmMain&) { h.menu("mnuDelAllCats"); }, {},
-                     "| - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, " 0 \r\n", ""}),
+                 {"This will permanently DELETE all contents of 'Bike'. Are you sure?"}, std::nullopt, {{"NumCats.csv", " 0 \r\n"},
+                 {"CatFiles.csv", ""}, {"Bike.csv", "<missing>"}}},
+        CommandCase{"DeleteAllOnAnEmptyListAsksNothing", oneItemEach({}), -1, [](Harness& h, qm::frmMain&) { h.menu("mnuDelAllCats"); }, {},
+                 "| - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, std::nullopt,
+                 {{"NumCats.csv", " 0 \r\n"}, {"CatFiles.csv", ""}}}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // A first run left at once writes a count never assigned, an empty line: no

@@ -33,12 +33,6 @@ const std::map<std::string, Table> kItems = {
 };
 const std::string kEdited = "Mom's stuff";
 
-bool anyFileOpen(const qm::frmMain& m) {
-    for (int n = 1; n <= storage::FileTable::kMaxFiles; ++n)
-        if (m.files.isOpen(n)) return true;
-    return false;
-}
-
 // Start: the fault hits the start. Switch: the switch to Attic; its save, an
 // edit of another category and Exit follow unfaulted. Walk, Exit: an edit, then
 // the fault hits SaveCategoryList or Exit.

@@ -36,11 +36,6 @@ void setTimeBack(const fs::path& p, int secondsAgo) {
     fs::last_write_time(p, fs::file_time_type::clock::now() - std::chrono::seconds(secondsAgo));
 }
 
-// A file's change time can't be set back: states are made old enough to be
-// trusted by judging them against a clock an hour ahead.
-constexpr std::int64_t kHourNs = 3600'000'000'000;
-void settleAll(Harness& h) { h.files.setClockAhead(kHourNs); }
-
 // ---- the file table: a save over a file it has read whole --------------------------
 
 constexpr std::size_t kChunk = storage::ChunkDigests::kChunk;
@@ -91,7 +86,7 @@ TEST(SaveOverKnownFile, KeepsWritesOrRefusesWholeInEveryState) {
                     const fs::path path = dir.path() / "Tools.csv";
                     writeFile(path, base);
                     forms::StdFiles real;
-                    if (settled) real.clockAheadNs = kHourNs;
+                    if (settled) real.clockAheadNs = kSettledNs;
                     storage::FileTable table(real);
                     const int in = table.FreeFile();
                     table.OpenInput(in, path.string());
@@ -160,7 +155,7 @@ Table items(int n, const std::string& where) {
 // Both categories on disk with their times far back (or not), the program started.
 qm::frmMain& startSettled(Harness& h, bool settled = true) {
     h.writeCategories({{"Attic", items(40, "attic")}, {"Garage", items(3000, "garage")}});
-    if (settled) settleAll(h);
+    if (settled) settle(h);
     return h.start();
 }
 
@@ -302,7 +297,7 @@ TEST(KeptCategories, TotalsComeBackWithTheirCategory) {
         for (int i = 0; i < 5; ++i) categories.back().items.push_back({"thing", std::to_string(100 * (k + 1) + i) + ".25", "1"});
     }
     h.writeCategories(categories);
-    settleAll(h);
+    settle(h);
     auto& m = h.start();
     const std::string cost[] = {"$511.25", "$1,011.25", "$1,511.25"};
     for (int k : {0, 1, 2, 0, 2, 1, 0}) {

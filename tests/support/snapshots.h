@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -78,6 +79,35 @@ inline std::string crlf(const std::vector<std::string>& lines) {
     std::string s;
     for (const auto& l : lines) s += l + "\r\n";
     return s;
+}
+
+// The window in one line: the list (selection starred), the open category and
+// its caption, the grid's first column (up to 50 rows), rows counted, current
+// cell, shape, the cell editor, and the focus.
+inline std::string window(const Harness& h) {
+    const qm::frmMain& m = *h.main;
+    const forms::Grid& g = m.FG1;
+    std::ostringstream s;
+    for (const auto& e : m.lstCategory.items()) s << e << (e == m.lstCategory.Text() ? "* " : " ");
+    s << "| " << m.CurrentCategory.value_or("-") << " \"" << m.lblCategory.Caption() << "\" |";
+    if (g.Rows() < 50)
+        for (int r = 0; r < g.Rows(); ++r) s << " " << g.TextMatrix(r, 0);
+    s << " | " << m.ItemRowCount << " at " << g.Row() << "," << g.Col() << (g.Visible() ? "" : " hidden")
+      << (g.Enabled() ? "" : " disabled") << " fixed " << g.FixedRows() << g.FixedCols() << (m.T1.Visible() ? " editor" : "")
+      << " focus " << (h.runtime.focused() ? h.runtime.focused()->name() : "-");
+    return s.str();
+}
+
+// A file's change time can't be set back: judged against a clock an hour
+// ahead, every file's time is far enough back to be trusted.
+constexpr std::int64_t kSettledNs = 3600'000'000'000;
+inline void settle(Harness& h) { h.files.setClockAhead(kSettledNs); }
+
+// Whether the program holds any file open.
+inline bool anyFileOpen(const qm::frmMain& m) {
+    for (int n = 1; n <= storage::FileTable::kMaxFiles; ++n)
+        if (m.files.isOpen(n)) return true;
+    return false;
 }
 
 // Counts the switches (runs of the list's click handling) from now on.
