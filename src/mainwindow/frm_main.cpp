@@ -1,6 +1,7 @@
 #include "mainwindow/frm_main.h"
 
 #include <stdexcept>
+#include <string_view>
 
 #include "appearance/frm_properties.h"
 #include "infowindows/frm_about.h"
@@ -57,9 +58,12 @@ frmPic& frmMain::Pic() {
     return *pic_;
 }
 
+// Asked at every load and save of a walk: compared in place, nothing built.
 bool frmMain::IsIndexFile(const std::string& path) const {
+    const std::string_view p(path);
     for (const std::string* place : {&platform.places.dataFolder, &platform.places.floppyRoot})
-        if (path == *place + storage::kCountFile || path == *place + storage::kNamesFile) return true;
+        for (const std::string_view name : {storage::kCountFile, storage::kNamesFile})
+            if (p.size() == place->size() + name.size() && p.starts_with(*place) && p.ends_with(name)) return true;
     return false;
 }
 
