@@ -1,10 +1,12 @@
-// The ports done with Qt: message boxes, the file filter, pictures, the
-// program's end and the system information program, and the signals that end
-// the program. The printer has print_test.cpp; the input box is answered as a
-// user does in commands_test.cpp.
+// The ports done with Qt: message and input boxes, the file filter, pictures,
+// the program's end and the system information program, and the signals that
+// end the program. The printer has print_test.cpp.
 #include <QBuffer>
 #include <QEventLoop>
 #include <QFile>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -14,6 +16,7 @@
 #include <csignal>
 
 #include "forms/failure.h"
+#include "qt/qt_dialogs.h"
 #include "qt/qt_program.h"
 #include "qt/session_end.h"
 #include "support/qt_harness.h"
@@ -51,6 +54,17 @@ private slots:
         QCOMPARE(dialogs.MsgBox("Go on?", forms::vbOKCancel, "T"), int(forms::vbCancel));
         whenShown<QMessageBox>([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); });
         QCOMPARE(dialogs.MsgBox("Done", forms::vbOKOnly, "T"), int(forms::vbOK));
+        // An input box shows its title and prompt, empty; it answers what was typed, or nothing on Cancel.
+        for (bool ok : {true, false}) {
+            whenShown<QInputDialog>([&](QInputDialog* d) {
+                seen = d->windowTitle() + "|" + d->labelText() + "|" + d->textValue();
+                QTest::keyClicks(d->findChild<QLineEdit*>(), "Attic");
+                QTest::keyClick(d->findChild<QLineEdit*>(), ok ? Qt::Key_Return : Qt::Key_Escape);
+            });
+            QCOMPARE(dialogs.InputBox("Name of the category?", "Add Category"), std::string(ok ? "Attic" : ""));
+            QCOMPARE(seen, QString("Add Category|Name of the category?|"));
+        }
+        QCOMPARE(prepared, 6);
     }
 
     // Pictures know their size in twips; a file that is no picture fails as

@@ -1,5 +1,5 @@
-// Printing a category from the real window with the Qt printer, the PDF read
-// back as text with pdftotext.
+// The Qt printer: with no printer here a job becomes a PDF, read back as text
+// with pdftotext. What the program prints is the core tests' business.
 #include <QDir>
 #include <QPrinterInfo>
 #include <QProcess>
@@ -10,10 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "storage/places.h"
-#include "support/qt_harness.h"
-
-using qttest::QtHarness;
+#include "qt/qt_printer.h"
 
 namespace {
 
@@ -67,19 +64,6 @@ QStringList nonEmpty(const QList<QStringList>& pages) {
     return out;
 }
 
-const QString kRule(77, '-');
-
-// The printed lines of one item, empty cells left out, and its closing rule.
-QStringList itemBlock(const std::vector<std::string>& cells) {
-    static const char* const headings[] = {"Item", "Original Cost", "Current Value", "Location Purchased",
-                                           "Date Purchased", "Warranty Expiration", "Serial Number / Description"};
-    QStringList out;
-    for (std::size_t j = 0; j < cells.size(); ++j)
-        if (!cells[j].empty()) out << QString("%1: %2").arg(headings[j], QString::fromStdString(cells[j]));
-    out << kRule;
-    return out;
-}
-
 } // namespace
 
 class PrintTest : public QObject {
@@ -99,64 +83,52 @@ private slots:
     }
     void init() { QDir(docs_).removeRecursively(); }
 
-    // Every line once, in order, as labelled lines with empty cells left out,
-    // across the page breaks; each page but the last filled to its foot (give
-    // or take the empty line of a cell).
-    void categoryPrintsAsLabelledLinesOverPages() {
-        QtHarness h(qttest::RealPorts{.printer = true});
-        auto items = qttest::itemRows(40);
-        items.insert(items.begin(), {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
-                                     {"Saw", "", "999.99", "", "2002", "", "blade, 24 teeth"},
-                                     {"", "", "", "", "", "", ""}});
-        h.core.writeCategories({{"Garage", items}});
-        QVERIFY(h.startAndClick(0));
-        h.click(h.m().cmdPrint);
-
-        QCOMPARE(h.core.dialogs.messages.size(), std::size_t(1));
-        QCOMPARE(h.core.dialogs.messages[0].text, std::string("Category Printing."));
+    // Every line once, in order, the empty ones in their places, a line printed
+    // in pieces as one; each page but the last filled to its foot (give or take
+    // an empty line).
+    void linesStandInOrderOverPages() {
+        std::vector<QString> opened;
+        qtface::QtPrinter printer("Quillmere", [&](const QString& pdf) { opened.push_back(pdf); });
+        QStringList want{"Garage", "", "", "Item: Drill", ""};
+        for (int i = 0; i < 200; ++i) want << QString("Line %1").arg(i) << (i % 2 ? "" : "-----");
+        for (const QString& line : want)
+            if (line.startsWith("Item: ")) {
+                printer.Print("Item: ", true);
+                printer.Print(line.mid(6).toStdString(), false);
+            } else {
+                printer.Print(line.toStdString(), false);
+            }
+        printer.EndDoc();
         const QString pdf = QDir(docs_).filePath("Garage.pdf");
-        // The desktop's viewer is asked to open it; in this test nobody does.
-        QCOMPARE(h.openedPdfs, std::vector<QString>{pdf});
+        QCOMPARE(opened, std::vector<QString>{pdf}); // the desktop's viewer is asked to open it
         const QList<QStringList> pages = pdfPages(pdf);
         QVERIFY2(pages.size() >= 3, qPrintable(QString::number(pages.size())));
-        // Title, rule and two empty lines lead, and each cell's line has an empty line under it.
-        QCOMPARE(pages[0].mid(0, 6), (QStringList{"Garage", kRule, "", "", "Item: Drill", ""}));
-        QStringList want{"Garage", kRule};
-        for (const auto& item : items) want << itemBlock(item);
-        QCOMPARE(nonEmpty(pages), want);
+        QCOMPARE(pages[0].mid(0, 5), want.mid(0, 5));
+        QCOMPARE(nonEmpty(pages), nonEmpty({want}));
         qsizetype longest = 0;
         for (const QStringList& page : pages) longest = std::max(longest, page.size());
         for (int i = 0; i + 1 < pages.size(); ++i) QVERIFY2(pages[i].size() >= longest - 1, qPrintable(QString::number(i)));
     }
 
-    void jobsAreNamedAfterTheCategoryAndNoneIsLost() {
-        QtHarness h(qttest::RealPorts{.printer = true});
-        h.core.writeIndex({"Tools/Hardware"});
-        h.core.writeCategory(storage::FileStem("Tools/Hardware"), qttest::itemRows(1));
-        QVERIFY(h.start());
-        auto& m = h.m();
-
-        // Nothing selected: the error is printed under an empty title, as the program's name.
-        h.click(m.cmdPrint);
+    // Named after the first line: no "/" in a file name, the program's name for
+    // none, at most 240 bytes and whole characters; a second job doesn't
+    // replace the first, and a job with nothing printed writes nothing.
+    void jobsAreNamedAfterTheirTitleAndNoneIsLost() {
+        std::vector<QString> opened;
+        qtface::QtPrinter printer("Quillmere", [&](const QString& pdf) { opened.push_back(pdf); });
+        auto job = [&](const QString& title) {
+            printer.Print(title.toStdString(), false);
+            printer.Print("x", false);
+            printer.EndDoc();
+        };
+        const QString slash = QString("Tools%1Hardware").arg(QChar(0x2215)), smiles = QString("\U0001F600").repeated(100);
+        for (const QString& title : {QString(" \t"), QString("Tools/Hardware"), QString("Tools/Hardware"), smiles}) job(title);
+        printer.EndDoc();
         const QDir docs(docs_);
-        QVERIFY(docs.exists("Quillmere.pdf"));
-        QCOMPARE(nonEmpty(pdfPages(docs.filePath("Quillmere.pdf"))), QStringList{kRule});
-        QCOMPARE(h.core.dialogs.messages.at(0).text, std::string("Error: No category selected to print."));
-
-        // A "/" can't stand in a file name; a second print doesn't replace the first.
-        h.clickListEntry(0);
-        h.click(m.cmdPrint);
-        h.click(m.cmdPrint);
-        const QString first = docs.filePath(QString("Tools%1Hardware.pdf").arg(QChar(0x2215)));
-        const QString second = docs.filePath(QString("Tools%1Hardware (2).pdf").arg(QChar(0x2215)));
-        QCOMPARE(h.openedPdfs, (std::vector<QString>{docs.filePath("Quillmere.pdf"), first, second}));
-        QCOMPARE(nonEmpty(pdfPages(first)).value(0), QString("Tools/Hardware"));
-        QCOMPARE(nonEmpty(pdfPages(second)), nonEmpty(pdfPages(first)));
-        QCOMPARE(docs.entryList(QDir::Files).size(), 3);
-
-        // A job with nothing printed writes nothing.
-        h.qtPrinter.EndDoc();
-        QCOMPARE(docs.entryList(QDir::Files).size(), 3);
+        QCOMPARE(opened, (std::vector<QString>{docs.filePath("Quillmere.pdf"), docs.filePath(slash + ".pdf"),
+                                               docs.filePath(slash + " (2).pdf"), docs.filePath(smiles.left(120) + ".pdf")}));
+        QCOMPARE(nonEmpty(pdfPages(opened[2])), (QStringList{"Tools/Hardware", "x"}));
+        QCOMPARE(docs.entryList(QDir::Files).size(), 4);
     }
 };
 

@@ -1,28 +1,19 @@
 #include "support/qt_harness.h"
 
 #include <QApplication>
-#include <QDialogButtonBox>
-#include <QInputDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPushButton>
 #include <QScreen>
 #include <QTest>
+#include <QWheelEvent>
 #include <cmath>
 
 namespace qttest {
 
-QtHarness::QtHarness(RealPorts real)
+QtHarness::QtHarness()
     : host(core.runtime), pictures(host.twips()),
-      platform{core.runtime,
-               core.files,
-               real.dialogs ? static_cast<forms::DialogsPort&>(qtDialogs) : core.dialogs,
-               pictures,
-               real.printer ? static_cast<forms::PrinterPort&>(qtPrinter) : core.printer,
-               currency,
-               core.program,
-               core.platform.places} {
+      platform{core.runtime, core.files, core.dialogs, pictures, core.printer, currency, core.program, core.platform.places} {
     core.runtime.setHost(&host);
 }
 
@@ -48,6 +39,66 @@ bool QtHarness::startAndClick(int entry) {
     if (!start()) return false;
     clickListEntry(entry);
     return true;
+}
+
+bool QtHarness::open(const std::vector<qmtest::Harness::Category>& categories, int entry) {
+    core.writeCategories(categories);
+    if (!startAndClick(entry)) return false;
+    settle(); // the view lays out its scroll bars when the loop runs
+    return true;
+}
+
+QRect QtHarness::editorRect() const {
+    QWidget* frame = t1()->parentWidget();
+    const QPoint viewport = grid()->viewport()->mapTo(frame, QPoint(0, 0));
+    return QRect(t1()->mapTo(frame, QPoint(0, 0)) - viewport, t1()->size());
+}
+
+void QtHarness::clickCell(int r, int c) { QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, grid()->cellRect(r, c).center()); }
+
+bool QtHarness::clickCaret(int n) {
+    QLineEdit* e = t1();
+    for (int x = 0; x < e->width(); ++x) {
+        const QPoint p(x, e->height() / 2);
+        if (e->cursorPositionAt(p) != n) continue;
+        QTest::mouseClick(e, Qt::LeftButton, {}, p);
+        return main->T1.SelStart() == n && e->cursorPosition() == n;
+    }
+    return false;
+}
+
+bool QtHarness::editorOn(int r, int c) const {
+    const QRect cellRect = grid()->cellRect(r, c);
+    const bool ok = main->FG1.Row() == r && main->FG1.Col() == c && t1()->isVisible() && QApplication::focusWidget() == t1() &&
+                    !cellRect.isEmpty() && editorRect() == cellRect && t1()->text() == QString::fromStdString(cell(r, c)) &&
+                    shown(r, c) == t1()->text();
+    if (!ok) qWarning() << "cell" << main->FG1.Row() << main->FG1.Col() << t1()->isVisible() << editorRect() << cellRect << t1()->text();
+    return ok;
+}
+
+bool QtHarness::caretAtEnd() const {
+    return t1()->cursorPosition() == t1()->text().size() && main->T1.SelStart() == main->T1.length();
+}
+
+QWidget* QtHarness::focus() const { return QApplication::focusWidget() ? QApplication::focusWidget() : topWidget(); }
+
+void QtHarness::wheel(int notches) {
+    QWidget* vp = grid()->viewport();
+    const QPointF at(vp->width() / 2.0, vp->height() / 2.0);
+    QWheelEvent e(at, vp->mapToGlobal(at), {}, QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(vp, &e);
+}
+
+const std::vector<std::vector<std::string>> kGarage = {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
+                                                       {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"},
+                                                       {"Lathe", "5", "5", "", "", "", "abc"}};
+
+bool BareFace::show(forms::Form& form) {
+    form.setVisible(true);
+    host.sync();
+    QWidget* top = host.window(form)->window();
+    top->activateWindow();
+    return QTest::qWaitForWindowActive(top);
 }
 
 void QtHarness::clickListEntry(int index) {
@@ -87,60 +138,6 @@ QPoint QtHarness::inClient(const QWidget* w) const { return w->mapTo(window()->c
 void QtHarness::settle() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
-}
-
-ModalBoxes::ModalBoxes() {
-    // Polled, since a box runs its own event loop inside the click that opened it.
-    QObject::connect(&timer_, &QTimer::timeout, [this] { poll(); });
-    timer_.start(10);
-}
-
-ModalBoxes::~ModalBoxes() { timer_.stop(); }
-
-ModalBoxes& ModalBoxes::type(const QString& text, bool ok) {
-    steps_.push_back([this, text, ok](QWidget* w) {
-        auto* d = qobject_cast<QInputDialog*>(w);
-        if (!d) return false;
-        seen_.push_back({d->windowTitle(), d->labelText(), true});
-        QTest::keyClicks(d->findChild<QLineEdit*>(), text);
-        auto* buttons = d->findChild<QDialogButtonBox*>();
-        QTest::mouseClick(buttons->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel), Qt::LeftButton);
-        return true;
-    });
-    return *this;
-}
-
-ModalBoxes& ModalBoxes::press(QMessageBox::StandardButton button) {
-    steps_.push_back([this, button](QWidget* w) {
-        auto* box = qobject_cast<QMessageBox*>(w);
-        if (!box || !box->button(button)) return false;
-        seen_.push_back({box->windowTitle(), box->text(), false});
-        QTest::mouseClick(box->button(button), Qt::LeftButton);
-        return true;
-    });
-    return *this;
-}
-
-QStringList ModalBoxes::texts() const {
-    QStringList out;
-    for (const Seen& s : seen_) out << s.text;
-    return out;
-}
-
-void ModalBoxes::poll() {
-    QWidget* w = QApplication::activeModalWidget();
-    if (!w || w == handled_) return;
-    handled_ = w;
-    if (!steps_.empty()) {
-        auto step = std::move(steps_.front());
-        steps_.pop_front();
-        if (step(w)) return;
-    }
-    // Not the box the test expected: seen, counted and cancelled.
-    ++unexpected_;
-    if (auto* box = qobject_cast<QMessageBox*>(w)) seen_.push_back({box->windowTitle(), box->text(), false});
-    if (auto* input = qobject_cast<QInputDialog*>(w)) seen_.push_back({input->windowTitle(), input->labelText(), true});
-    if (auto* dialog = qobject_cast<QDialog*>(w)) dialog->reject();
 }
 
 std::vector<std::vector<std::string>> itemRows(int n) {

@@ -1,47 +1,34 @@
 #pragma once
 #include <QApplication>
+#include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPointer>
+#include <QTest>
 #include <QTimer>
-#include <deque>
 #include <functional>
 #include <memory>
 
 #include "mainwindow/frm_main.h"
 #include "qt/form_window.h"
 #include "qt/grid_view.h"
-#include "qt/qt_dialogs.h"
 #include "qt/qt_host.h"
 #include "qt/qt_pictures.h"
-#include "qt/qt_printer.h"
 #include "support/scripted_platform.h"
 
 namespace qttest {
-
-// Ports that are Qt's own in place of the scripted ones: the real message and
-// input boxes (answered with ModalBoxes), the real printer (its PDF opened by
-// nobody; the path is kept in openedPdfs).
-struct RealPorts {
-    bool dialogs = false;
-    bool printer = false;
-};
 
 // The whole program in real Qt windows on temporary folders: the core test
 // platform (real files with faults on demand, scripted boxes, printer and
 // program end) with the Qt host, Qt pictures and the locale's currency.
 class QtHarness {
 public:
-    explicit QtHarness(RealPorts real = {});
+    QtHarness();
     ~QtHarness();
 
     qmtest::Harness core; // folders, files, scripted ports, writeIndex/writeCategory
     qtface::QtHost host;
     qtface::QtPictures pictures;
     forms::LocaleCurrency currency{""};
-    qtface::QtDialogs qtDialogs{[this] { host.sync(); }};
-    std::vector<QString> openedPdfs;
-    qtface::QtPrinter qtPrinter{"Quillmere", [this](const QString& pdf) { openedPdfs.push_back(pdf); }};
     qm::Platform platform;
     std::unique_ptr<qm::frmMain> main;
 
@@ -49,6 +36,8 @@ public:
     bool start();
     // start(), then a user's click on entry k of the list.
     bool startAndClick(int entry);
+    // These categories written, then startAndClick(entry), with the view laid out.
+    bool open(const std::vector<qmtest::Harness::Category>& categories, int entry = 0);
     qm::frmMain& m() { return *main; }
 
     qtface::FormWindow* window() const { return host.window(main->form); }
@@ -70,48 +59,41 @@ public:
     // The widget's top left corner in the client area of the window.
     QPoint inClient(const QWidget* w) const;
 
+    // The cell editor over the grid, as the user meets it.
+    QLineEdit* t1() const { return widgetAs<QLineEdit>(main->T1); }
+    std::string cell(int r, int c) const { return std::string(main->FG1.TextMatrix(r, c)); }
+    QString shown(int r, int c) const { return grid()->model()->index(r, c).data().toString(); }
+    QRect editorRect() const; // in the grid's viewport
+    void clickCell(int r, int c);
+    // A click in the editor where Qt puts the caret before character n.
+    bool clickCaret(int n);
+    // Open on the cell: the editor lies exactly over it, holds its text and the
+    // keyboard focus, and the grid draws the same text.
+    bool editorOn(int r, int c) const;
+    bool caretAtEnd() const;
+    // Keys go to whichever widget Qt gives the keyboard focus.
+    QWidget* focus() const;
+    void key(int k, Qt::KeyboardModifiers mods = {}) { QTest::keyClick(focus(), static_cast<Qt::Key>(k), mods); }
+    void type(const QString& s) { QTest::keyClicks(focus(), s); }
+    // The mouse wheel turned over the grid, notches towards the top.
+    void wheel(int notches);
+
     // Runs the posted work of the event loop (syncs, deferred deletes).
     static void settle();
 };
+
+// Drill, Saw and Lathe: three items with empty cells, money with cents and without.
+extern const std::vector<std::vector<std::string>> kGarage;
 
 // The Qt face over a runtime of its own and no program, for forms a test makes.
 struct BareFace {
     BareFace() { rt.setHost(&host); }
     forms::Runtime rt;
     qtface::QtHost host{rt};
-};
-
-// Answers the real modal boxes as a user does, one step for each box as it
-// comes up: types into an input box and presses a button. What each box showed
-// is kept. A box that comes with no step left is cancelled and counted, so no
-// test hangs on it.
-class ModalBoxes {
-public:
-    struct Seen {
-        QString title, text; // an input box's text is its prompt
-        bool input = false;
-    };
-
-    ModalBoxes();
-    ~ModalBoxes();
-
-    // The next input box gets this text typed and OK (or Cancel) pressed.
-    ModalBoxes& type(const QString& text, bool ok = true);
-    // The next message box gets this button pressed.
-    ModalBoxes& press(QMessageBox::StandardButton button);
-
-    const std::vector<Seen>& seen() const { return seen_; }
-    QStringList texts() const;
-    int unexpected() const { return unexpected_; }
-    bool done() const { return steps_.empty(); }
-
-private:
-    void poll();
-    QTimer timer_;
-    std::deque<std::function<bool(QWidget*)>> steps_; // false: not the box it answers
-    QPointer<QWidget> handled_;
-    std::vector<Seen> seen_;
-    int unexpected_ = 0;
+    // Shows the form and waits for its window to be active.
+    bool show(forms::Form& form);
+    template <class W> W* w(const forms::Control& c) { return qobject_cast<W*>(host.window(c.form())->widgetOf(c)); }
+    void focus(forms::Control& c) { host.dispatch([&] { c.TrySetFocus(); }); }
 };
 
 // Runs f on the modal box of type Box once it is up (a single box).
