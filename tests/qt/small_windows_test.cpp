@@ -72,19 +72,9 @@ void saveShot(QWidget* top, const char* name) {
 class SmallWindowsTest : public QObject {
     Q_OBJECT
 private slots:
-    void opensAndClosesAgain_data() {
-        QTest::addColumn<int>("window");
-        QTest::addColumn<bool>("byWindowManager");
-        for (int i = 0; i < int(std::size(kWindows)); ++i) {
-            QTest::addRow("%s, its button", kWindows[i].name) << i << false;
-            QTest::addRow("%s, window manager", kWindows[i].name) << i << true;
-        }
-    }
-
+    // One program through all five: each opened twice (a window that was
+    // unloaded comes back afresh), closed by its button, then by the window manager.
     void opensAndClosesAgain() {
-        QFETCH(int, window);
-        QFETCH(bool, byWindowManager);
-        const SmallWindow& w = kWindows[window];
         QtHarness h;
         QApplication::setWindowIcon(QIcon(kIcon));
         h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
@@ -93,35 +83,35 @@ private slots:
                                    h.core.data("Readme.htm"));
         QVERIFY(h.start());
         auto& m = h.m();
+        for (const SmallWindow& w : kWindows) {
+            for (bool byWindowManager : {false, true}) {
+                open(h, w);
+                QPointer<QWidget> top = shownWindow(h, w);
+                QVERIFY2(top, w.name);
+                QCOMPARE(top->windowTitle(), QString(w.caption));
+                QVERIFY(h.topWidget()->isVisible());
+                if (auto* browser = top->findChild<QTextBrowser*>())
+                    QVERIFY(browser->toPlainText().contains("Where your data lives"));
+                if (!byWindowManager) saveShot(top, w.name);
+                if (auto* icon = dynamic_cast<forms::PictureBox*>(w.form(m)->find("picIcon"))) {
+                    // The application's icon, drawn in the box.
+                    const auto* shown = dynamic_cast<const qtface::QtPicture*>(icon->picture().get());
+                    const QImage expected = QIcon(kIcon).pixmap(48, 48).toImage();
+                    QVERIFY(shown && shown->image().convertToFormat(expected.format()) == expected);
+                    const QImage drawn = h.host.window(*w.form(m))->widgetOf(*icon)->grab().toImage();
+                    QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
+                }
 
-        // Twice: a window that was unloaded comes back afresh.
-        for (int round = 0; round < 2; ++round) {
-            open(h, w);
-            QPointer<QWidget> top = shownWindow(h, w);
-            QVERIFY2(top, w.name);
-            QCOMPARE(top->windowTitle(), QString(w.caption));
-            QVERIFY(h.topWidget()->isVisible());
-            if (auto* browser = top->findChild<QTextBrowser*>())
-                QVERIFY(browser->toPlainText().contains("Where your data lives"));
-            if (round == 0) saveShot(top, w.name);
-            if (auto* icon = dynamic_cast<forms::PictureBox*>(w.form(m)->find("picIcon"))) {
-                // The application's icon, drawn in the box.
-                const auto* shown = dynamic_cast<const qtface::QtPicture*>(icon->picture().get());
-                const QImage expected = QIcon(kIcon).pixmap(48, 48).toImage();
-                QVERIFY(shown && shown->image().convertToFormat(expected.format()) == expected);
-                const QImage drawn = h.host.window(*w.form(m))->widgetOf(*icon)->grab().toImage();
-                QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
-            }
-
-            if (byWindowManager) top->close();
-            else QTest::mouseClick(h.host.window(*w.form(m))->widgetOf(*w.form(m)->find(w.closeButton)), Qt::LeftButton);
-            QtHarness::settle();
-            QVERIFY(!top || !top->isVisible());
-            QVERIFY(!shownWindow(h, w));
-            QCOMPARE(w.form(m) != nullptr, w.stays);
-            if (w.stays) {
-                QCOMPARE(m.chkPic.Value(), 0);
-                QVERIFY(!h.widgetAs<QCheckBox>(m.chkPic)->isChecked());
+                if (byWindowManager) top->close();
+                else QTest::mouseClick(h.host.window(*w.form(m))->widgetOf(*w.form(m)->find(w.closeButton)), Qt::LeftButton);
+                QtHarness::settle();
+                QVERIFY2(!top || !top->isVisible(), w.name);
+                QVERIFY(!shownWindow(h, w));
+                QCOMPARE(w.form(m) != nullptr, w.stays);
+                if (w.stays) {
+                    QCOMPARE(m.chkPic.Value(), 0);
+                    QVERIFY(!h.widgetAs<QCheckBox>(m.chkPic)->isChecked());
+                }
             }
         }
 
