@@ -99,9 +99,16 @@ INSTANTIATE_TEST_SUITE_P(
                   {"GridGotFocus", "BoxGotFocus"}},
         EventCase{"focus that leaves and comes back in one handler is delivered again", [](Fixture& f) { f.box.SetFocus(); },
                   [](Fixture& f) { f.grid.SetFocus(); f.box.SetFocus(); }, {"BoxGotFocus"}},
+        EventCase{"a job posted in a handler runs after it", nullptr,
+                  [](Fixture& f) { f.rt.post([&f] { f.log.push_back("posted"); }), f.log.push_back("handler"); }, {"handler", "posted"}},
         EventCase{"SetFocus on the focused control runs nothing", [](Fixture& f) { f.grid.SetFocus(); },
                   [](Fixture& f) { f.grid.SetFocus(); }, {}}),
     [](const auto& info) { return "Case" + std::to_string(info.index); });
+
+TEST_F(Forms, AJobPostedOutsideAnyInputRunsAtOnce) {
+    rt.post([&] { log.push_back("posted"); });
+    EXPECT_EQ(log, Log{"posted"});
+}
 
 // A hidden container hides its controls.
 TEST_F(Forms, SetFocusFailsOnHiddenDisabledOrOffScreenControls) {
