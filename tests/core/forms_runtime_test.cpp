@@ -144,8 +144,9 @@ TEST_F(Forms, GridRefusesCellsOutsideItAndFixedRowsItCantHold) {
     EXPECT_EQ(grid.FixedRows(), 0);
     grid.setRows(3);
     grid.setFixedRows(1);
-    grid.setRows(1); // shrinking takes the fixed rows down with it
-    EXPECT_EQ(grid.FixedRows(), 0);
+    grid.setFixedCols(2);
+    grid.setRows(1), grid.setCols(1); // shrinking takes the fixed rows and columns down with it
+    EXPECT_EQ(std::make_pair(grid.FixedRows(), grid.FixedCols()), std::make_pair(0, 0));
     grid.setRows(Grid::kMaxRows);
     EXPECT_THROW(grid.AddItem("one too many"), Failure);
     EXPECT_THROW(grid.setRows(Grid::kMaxRows + 1), Failure);
