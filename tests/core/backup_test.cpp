@@ -20,121 +20,119 @@ namespace {
 const char* const kSaveStart =
     "Please insert a blank disk into A:\\ to save files to disk.. A message box will appear when save is complete. "
     "Please be patient, this may take a few minutes.";
+const char* const kCarOpen = "Bike Car* Tools | Car \"Car\" | Item Jack | 2 at 1,6 fixed 11 editor focus T1";
 
-
-struct Backup : ::testing::Test {
-    Harness h;
-    qm::frmMain* m = nullptr;
-
-    void startWithBikeCarTools() {
-        h.writeCategories({{"Bike", {{"Bell", "5", "4"}, {"Pump", "20", "15", "Shop, main st"}}},
-                           {"Car", {{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}}},
-                           {"Tools", {}}});
-        m = &h.startAndClick(1); // Car open
-    }
+// One command on Bike, Car (open) and Tools, after `before` has set the scene.
+struct Case {
+    const char* name;
+    void (*before)(Harness&);
+    bool save;              // else a load
+    const char* told;       // a piece of the last message
+    bool dataKept;          // the data folder as it was, also after an Exit
+    void (*after)(Harness&);
 };
 
-// A save copies the index and every category; a load into a data folder with
-// no csv file goes through the second pass; a category missing on the floppy
-// arrives empty and is named.
-TEST_F(Backup, SaveCopiesEveryCategoryAndLoadBringsThemBack) {
-    startWithBikeCarTools();
-    writeFile(h.data("CarJack.csv"), "/pictures/jack.jpg\r\n");
-    h.click(m->cmdSave);
-    EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{kSaveStart, "Save complete."}));
-    auto onFloppy = folderBytes(h.floppyDir.path());
-    auto inData = folderBytes(h.dataDir.path());
-    for (const char* f : {"NumCats.csv", "CatFiles.csv", "Bike.csv", "Car.csv", "Tools.csv"}) EXPECT_EQ(onFloppy[f], inData[f]) << f;
-    EXPECT_EQ(onFloppy["CatFiles.csv"], "Bike\r\nCar\r\nTools\r\n");
-    EXPECT_EQ(onFloppy["Tools.csv"], crlf({kHeadingLine}));
-    EXPECT_EQ(onFloppy.size(), 5u); // no ".csv", no picture links, no colours
-    EXPECT_FALSE(m->WriteToFloppy);
-    EXPECT_EQ(m->lstCategory.Text(), "Car");
-    EXPECT_EQ(m->CurrentCategory, "Car");
+class Backup : public ::testing::TestWithParam<Case> {};
 
-    TempDir empty;
-    Harness fresh(empty.place(), h.floppyDir.place());
-    auto& m2 = fresh.start();
-    fresh.click(m2.cmdLoad);
-    EXPECT_EQ(std::count_if(fresh.dialogs.messages.begin(), fresh.dialogs.messages.end(),
-                            [](const Message& msg) { return msg.text == "Load complete."; }), 1);
-    EXPECT_EQ(m2.lstCategory.items(), (std::vector<std::string>{"Bike", "Car", "Tools"}));
-    EXPECT_EQ(fresh.text("Car.csv"), inData["Car.csv"]);
-
-    fs::remove(h.floppy("Bike.csv"));
-    h.click(m->cmdLoad);
-    EXPECT_EQ(readFile(h.data("Bike.csv")), crlf({kHeadingLine}));
-    EXPECT_NE(readFile(h.data("Car.csv"))->find("Jack"), std::string::npos);
-    EXPECT_NE(h.dialogs.messages.back().text.find("Not loaded whole: \"Bike\"."), std::string::npos);
+void save(Harness& h) { h.click(h.m().cmdSave); }
+bool sameOnFloppy(Harness& h, std::initializer_list<const char*> files) {
+    return std::all_of(files.begin(), files.end(), [&](const char* f) { return readFile(h.floppy(f)) == readFile(h.data(f)); });
+}
+// A disk that holds no database that can be loaded: nothing changes.
+void nothingLoaded(Harness& h) {
+    EXPECT_EQ(h.m().lstCategory.items(), (std::vector<std::string>{"Bike", "Car", "Tools"}));
+    EXPECT_FALSE(h.m().ReadFromFloppy);
 }
 
-TEST_F(Backup, SaveWithNoDiskStillEndsWithItsMessageAndHarmsNothing) {
-    TempDir data;
-    Harness nodisk(data.place(), (data.path() / "no-such-floppy").string() + "/");
-    nodisk.writeCategories({{"Bike", {{"Bell"}}}});
-    auto& mm = nodisk.startAndClick(0);
-    auto before = folderBytes(data.path());
-    nodisk.click(mm.cmdSave);
-    EXPECT_NE(nodisk.dialogs.messages.back().text.find("Not copied: the list of categories and \"Bike\"."), std::string::npos);
-    EXPECT_FALSE(fs::exists(data.path() / "no-such-floppy"));
-    EXPECT_EQ(folderBytes(data.path()), before);
-}
-
-// A disk that refuses one name: the walk goes on, the others are
-// copied, and the end names the one that is missing.
-TEST_F(Backup, ACategoryTheDiskRefusesIsToldAndTheOthersAreCopied) {
-    startWithBikeCarTools();
-    h.files.unwritable.insert(h.floppy("Bike.csv").string());
-    h.click(m->cmdSave);
-    EXPECT_NE(h.dialogs.messages.back().text.find("Not copied: \"Bike\"."), std::string::npos);
-    for (const char* f : {"NumCats.csv", "CatFiles.csv", "Car.csv", "Tools.csv"}) EXPECT_EQ(readFile(h.floppy(f)), readFile(h.data(f))) << f;
-    EXPECT_EQ(m->lstCategory.Text(), "Car");
-}
-
-// When this computer's disk refuses the walk that comes first, the copy's
-// walk would replace the unsaved category with its old file: nothing is copied.
-TEST_F(Backup, NothingIsCopiedWhenTheDataFolderCantBeStoredFirst) {
-    startWithBikeCarTools();
-    h.run([&] { m->FG1.setTextMatrix(1, 6, "typed"); });
-    h.files.persistent = true;
-    h.files.arm(FaultyFiles::OpenWrite, 0);
-    h.click(m->cmdSave);
+TEST_P(Backup, EndsWithItsMessageAndKeepsWhatItShould) {
+    const Case& c = GetParam();
+    Harness h;
+    h.writeCategories({{"Bike", {{"Bell", "5", "4"}, {"Pump", "20", "15", "Shop, main st"}}},
+                       {"Car", {{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}}},
+                       {"Tools", {}}});
+    auto& m = h.startAndClick(1);
+    if (c.before) c.before(h);
+    const auto data = folderBytes(h.dataDir.path());
+    h.click(c.save ? m.cmdSave : m.cmdLoad);
     h.files.disarm();
-    const auto texts = h.dialogs.texts();
-    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string& t) { return t.rfind("Nothing was copied to the disk", 0) == 0; }));
-    EXPECT_EQ(m->FG1.TextMatrix(1, 6), "typed");
-    EXPECT_TRUE(folderBytes(h.floppyDir.path()).empty());
+    EXPECT_NE(h.dialogs.messages.back().text.find(c.told), std::string::npos) << h.dialogs.messages.back().text;
+    if (c.after) c.after(h);
+    h.click(m.cmdExit);
+    if (c.dataKept) { EXPECT_EQ(folderBytes(h.dataDir.path()), data); }
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, Backup,
+    ::testing::Values(
+        // The index and every category go to the disk, nothing else (no ".csv", picture links or colours).
+        Case{"SaveCopiesEveryCategory", [](Harness& h) { writeFile(h.data("CarJack.csv"), "/pictures/jack.jpg\r\n"); }, true,
+             "Save complete.", true,
+             [](Harness& h) {
+                 EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{kSaveStart, "Save complete."}));
+                 EXPECT_TRUE(sameOnFloppy(h, {"NumCats.csv", "CatFiles.csv", "Bike.csv", "Car.csv", "Tools.csv"}));
+                 EXPECT_EQ(folderBytes(h.floppyDir.path()).size(), 5u);
+                 EXPECT_FALSE(h.m().WriteToFloppy);
+                 EXPECT_EQ(window(h), kCarOpen);
+             }},
+        Case{"SaveWithNoDisk", [](Harness& h) { fs::remove_all(h.floppyDir.path()); }, true,
+             "Not copied: the list of categories, \"Bike\", \"Car\" and \"Tools\".", true,
+             [](Harness& h) { EXPECT_FALSE(fs::exists(h.floppyDir.path())); }},
+        // The walk goes on past a name the disk refuses.
+        Case{"SaveToADiskThatRefusesOneName", [](Harness& h) { h.files.unwritable.insert(h.floppy("Bike.csv").string()); }, true,
+             "Not copied: \"Bike\".", true,
+             [](Harness& h) { EXPECT_TRUE(sameOnFloppy(h, {"NumCats.csv", "CatFiles.csv", "Car.csv", "Tools.csv"})); EXPECT_EQ(window(h), kCarOpen); }},
+        // When this computer's disk refuses the walk that comes first, the copy's
+        // walk would replace the unsaved category with its old file: nothing is copied.
+        Case{"SaveWhenTheDataFolderCantBeStoredFirst",
+             [](Harness& h) { h.run([&] { h.m().FG1.setTextMatrix(1, 6, "typed"); }), h.files.persistent = true, h.files.arm(FaultyFiles::OpenWrite, 0); },
+             true, "Nothing was copied to the disk", false,
+             [](Harness& h) { EXPECT_EQ(h.m().FG1.TextMatrix(1, 6), "typed"); EXPECT_TRUE(folderBytes(h.floppyDir.path()).empty()); }},
+        Case{"SaveCancelled", [](Harness& h) { h.dialogs.msgAnswers.push_back(forms::vbCancel); }, true, kSaveStart, true,
+             [](Harness& h) { EXPECT_TRUE(folderBytes(h.floppyDir.path()).empty()); EXPECT_FALSE(h.m().txtLoading.Visible()); }},
+        Case{"LoadCancelledAtTheFirstPrompt", [](Harness& h) { save(h), h.dialogs.msgAnswers = {forms::vbCancel}; }, false, "", true,
+             nothingLoaded},
+        Case{"LoadCancelledAtTheSecondPrompt", [](Harness& h) { save(h), h.dialogs.msgAnswers = {forms::vbOK, forms::vbCancel}; },
+             false, "", true, nothingLoaded},
+        // A category missing on the disk arrives empty and is named.
+        Case{"LoadOfADiskWithoutACategory", [](Harness& h) { save(h), fs::remove(h.floppy("Bike.csv")); }, false,
+             "Not loaded whole: \"Bike\".", false,
+             [](Harness& h) { EXPECT_EQ(h.text("Bike.csv"), crlf({kHeadingLine})); EXPECT_NE(h.text("Car.csv").find("Jack"), std::string::npos); }},
+        Case{"LoadOfAnEmptyDatabase",
+             [](Harness& h) { writeFile(h.floppy("NumCats.csv"), "\r\n"), writeFile(h.floppy("CatFiles.csv"), ""); }, false,
+             "Load complete.", false,
+             [](Harness& h) { EXPECT_EQ(h.m().lstCategory.ListCount(), 0); EXPECT_EQ(h.text("NumCats.csv") + "|" + h.text("CatFiles.csv"), "\r\n|"); }},
+        // Each way a disk can hold no database that can be loaded.
+        Case{"LoadWithNoDisk", [](Harness& h) { save(h), fs::remove_all(h.floppyDir.path()); }, false, "Nothing was changed.", true, nothingLoaded},
+        Case{"LoadWithoutCount", [](Harness& h) { save(h), fs::remove(h.floppy("NumCats.csv")); }, false, "Nothing was changed.", true, nothingLoaded},
+        Case{"LoadWithoutNames", [](Harness& h) { save(h), fs::remove(h.floppy("CatFiles.csv")); }, false, "Nothing was changed.", true, nothingLoaded},
+        Case{"LoadOfAWordForACount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), "three\r\n"); }, false, "Nothing was changed.", true, nothingLoaded},
+        Case{"LoadOfANegativeCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), " -1 \r\n"); }, false, "Nothing was changed.", true, nothingLoaded},
+        Case{"LoadOfFewerNamesThanTheCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), " 4 \r\n"); }, false, "Nothing was changed.", true, nothingLoaded},
+        Case{"LoadOfAnEmptyCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), ""); }, false, "Nothing was changed.", true, nothingLoaded}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 // Names that FAT refuses, one that only letter case tells from the index, and
 // a disk written before such names were escaped: all come back whole into an
-// empty data folder, with the index there at once.
-TEST_F(Backup, EveryNameComesBackWithEveryCell) {
+// empty data folder (the load's second pass), with the index there at once.
+TEST(BackupNames, EveryNameComesBackWithEveryCell) {
     const std::vector<std::string> names = {"Tools: misc", "What is this?", "Box 5\"", "a/b", "Caf\xC3\xA9", "numcats", "Box."};
     std::vector<Harness::Category> categories;
     for (const auto& n : names) categories.push_back({n, {{n + " item", "1.50", "", "at <home>", "", "", "x|y"}}});
+    Harness h;
     h.writeCategories(categories);
-    m = &h.startAndClick(0);
-    h.click(m->cmdSave);
+    h.startAndClick(0);
+    save(h);
     ASSERT_EQ(h.dialogs.messages.back().text, "Save complete.");
     fs::rename(h.floppy(storage::StickStem("a/b") + ".csv"), h.floppy(storage::FileStem("a/b") + ".csv"));
     TempDir empty;
     Harness fresh(empty.place(), h.floppyDir.place());
     fresh.click(fresh.start().cmdLoad);
-    EXPECT_EQ(fresh.dialogs.messages.back().text, "Load complete.");
-    EXPECT_EQ(fresh.text("CatFiles.csv"), h.text("CatFiles.csv"));
+    const auto told = fresh.dialogs.texts();
+    EXPECT_EQ(told.back(), "Load complete.");
+    EXPECT_EQ(std::count(told.begin(), told.end(), "Load complete."), 1);
+    EXPECT_EQ(fresh.m().lstCategory.ListCount(), static_cast<int>(names.size()));
     for (const auto& n : names) EXPECT_EQ(fresh.text(storage::FileStem(n) + ".csv"), h.text(storage::FileStem(n) + ".csv")) << n;
-}
-
-TEST_F(Backup, ADiskFromAnEmptyDatabaseLoadsAsAnEmptyList) {
-    startWithBikeCarTools();
-    writeFile(h.floppy("NumCats.csv"), "\r\n");
-    writeFile(h.floppy("CatFiles.csv"), "");
-    h.click(m->cmdLoad);
-    EXPECT_EQ(h.dialogs.messages.back().text, "Load complete.");
-    EXPECT_EQ(m->lstCategory.ListCount(), 0);
-    EXPECT_EQ(h.text("NumCats.csv"), "\r\n");
-    EXPECT_EQ(h.text("CatFiles.csv"), "");
+    EXPECT_EQ(fresh.text("CatFiles.csv"), h.text("CatFiles.csv"));
 }
 
 // A stick's name for any category: only what FAT and exFAT take, no index
@@ -145,77 +143,19 @@ TEST(StickNames, CarryEveryNameAndTellThemApart) {
                                              "%4", "\xC3\xA9", "\xE2\x88\x95", "~", "numcats", "CatFiles"};
     std::mt19937 rng(15);
     for (int i = 0; i < 20000; ++i) {
-        std::string name;
+        std::string name, back, lower;
         for (int k = 1 + static_cast<int>(rng() % 4); k > 0; --k) name += pieces[rng() % pieces.size()];
         const std::string stem = storage::StickStem(name);
-        std::string back;
         for (std::size_t j = 0; j < stem.size(); ++j) {
             const unsigned char c = static_cast<unsigned char>(stem[j]);
             ASSERT_TRUE(c >= 0x20 && c != 0x7F && !std::strchr("\\/:*?\"<>|", c)) << stem;
-            if (c == '%') {
-                back += static_cast<char>(std::stoi(stem.substr(j + 1, 2), nullptr, 16));
-                j += 2;
-            } else {
-                back += static_cast<char>(c);
-            }
+            back += c == '%' ? static_cast<char>(std::stoi(stem.substr(j + 1, 2), nullptr, 16)) : static_cast<char>(c);
+            if (c == '%') j += 2;
         }
+        for (char c : stem) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         ASSERT_EQ(back, name);
-        ASSERT_NE(stem.back(), '.');
-        ASSERT_NE(stem.back(), ' ');
-        std::string lower = stem;
-        for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        ASSERT_TRUE(lower != "numcats" && lower != "catfiles") << stem;
+        ASSERT_TRUE(stem.back() != '.' && stem.back() != ' ' && lower != "numcats" && lower != "catfiles") << stem;
     }
 }
-
-TEST_F(Backup, CancelAtAnyPromptChangesNothing) {
-    startWithBikeCarTools();
-    h.dialogs.msgAnswers.push_back(forms::vbCancel);
-    h.click(m->cmdSave);
-    EXPECT_TRUE(folderBytes(h.floppyDir.path()).empty());
-    EXPECT_FALSE(m->txtLoading.Visible());
-    h.click(m->cmdSave);
-    auto before = folderBytes(h.dataDir.path());
-    h.dialogs.msgAnswers = {forms::vbCancel};
-    h.click(m->cmdLoad);
-    h.dialogs.msgAnswers = {forms::vbOK, forms::vbCancel};
-    h.click(m->cmdLoad);
-    EXPECT_EQ(folderBytes(h.dataDir.path()), before);
-    EXPECT_EQ(m->lstCategory.ListCount(), 3);
-}
-
-struct BadFloppy : Backup, ::testing::WithParamInterface<int> {};
-
-// Each way a disk can hold no database that can be loaded.
-void spoil(Harness& h, int how) {
-    switch (how) {
-    case 0: fs::remove_all(h.floppyDir.path()); break;
-    case 1: fs::remove(h.floppy("NumCats.csv")); break;
-    case 2: fs::remove(h.floppy("CatFiles.csv")); break;
-    case 3: writeFile(h.floppy("NumCats.csv"), "three\r\n"); break;
-    case 4: writeFile(h.floppy("NumCats.csv"), " -1 \r\n"); break;
-    case 5: writeFile(h.floppy("NumCats.csv"), " 4 \r\n"); break; // fewer names than the count
-    case 6: writeFile(h.floppy("NumCats.csv"), ""); break;
-    }
-}
-
-TEST_P(BadFloppy, LeavesTheDatabaseExactlyAsItWas) {
-    startWithBikeCarTools();
-    h.click(m->cmdSave);
-    spoil(h, GetParam());
-    h.click(m->cmdExit);
-    auto before = folderBytes(h.dataDir.path());
-    Harness again(h.dataDir.place(), h.floppyDir.place());
-    auto& m2 = again.start();
-    again.selectCategory(0);
-    again.click(m2.cmdLoad);
-    EXPECT_NE(again.dialogs.messages.back().text.find("Nothing was changed."), std::string::npos);
-    EXPECT_EQ(m2.lstCategory.items(), (std::vector<std::string>{"Bike", "Car", "Tools"}));
-    EXPECT_FALSE(m2.ReadFromFloppy);
-    again.click(m2.cmdExit);
-    EXPECT_EQ(folderBytes(h.dataDir.path()), before);
-}
-
-INSTANTIATE_TEST_SUITE_P(Disks, BadFloppy, ::testing::Range(0, 7));
 
 } // namespace

@@ -13,6 +13,7 @@
 #include "forms/grid.h"
 #include "forms/listbox.h"
 #include "forms/runtime.h"
+#include "support/snapshots.h"
 
 using namespace forms;
 using Log = std::vector<std::string>;
@@ -75,27 +76,18 @@ INSTANTIATE_TEST_SUITE_P(
                   [](Fixture& f) { f.grid.setRow(2); f.log.push_back("after Row"); f.grid.setCol(1); f.grid.setCol(1); },
                   {"Leave 0,0", "Enter 2,0", "after Row", "Leave 2,0", "Enter 2,1"}},
         EventCase{"TextMatrix and Text writes run no handler", nullptr,
-                  [](Fixture& f) {
-                      f.grid.setTextMatrix(3, 2, "x");
-                      f.grid.setText("y");
-                      f.log.push_back(std::string(f.grid.TextMatrix(3, 2)) + std::string(f.grid.TextMatrix(0, 0)));
-                  },
+                  [](Fixture& f) { f.grid.setTextMatrix(3, 2, "x"), f.grid.setText("y"), f.log.push_back(std::string(f.grid.TextMatrix(3, 2)) + std::string(f.grid.Text())); },
                   {"xy"}},
         EventCase{"a different text runs Change inside the write; the same text nothing", nullptr,
                   [](Fixture& f) { f.box.setText("abc"); f.log.push_back("after"); f.box.setText("abc"); }, {"Change abc", "after"}},
         EventCase{"handlers nest inside assignments made by other handlers", nullptr,
                   [](Fixture& f) {
                       f.grid.EnterCell = [&f] { f.log.push_back("Enter " + f.cell()); f.box.setText(f.grid.Text()); };
-                      f.grid.setTextMatrix(1, 0, "one");
-                      f.grid.setRow(1);
+                      f.grid.setTextMatrix(1, 0, "one"), f.grid.setRow(1);
                   },
                   {"Leave 0,0", "Enter 1,0", "Change one"}},
         EventCase{"a failure in a handler ends that handler only, not the assignment", nullptr,
-                  [](Fixture& f) {
-                      f.grid.LeaveCell = [] { throw Failure("boom"); };
-                      f.grid.setRow(1);
-                      f.log.push_back("at " + f.cell());
-                  },
+                  [](Fixture& f) { f.grid.LeaveCell = [] { throw Failure("boom"); }, f.grid.setRow(1), f.log.push_back("at " + f.cell()); },
                   {"Enter 1,0", "at 1,0"}},
         EventCase{"focus events wait until the outermost handler has ended", nullptr,
                   [](Fixture& f) { f.grid.SetFocus(); f.log.push_back(f.grid.hasFocus() ? "has it" : "hasn't"); },
@@ -103,33 +95,34 @@ INSTANTIATE_TEST_SUITE_P(
         EventCase{"the focus event goes to whoever holds the focus when the handler ends", nullptr,
                   [](Fixture& f) { f.grid.SetFocus(); f.box.SetFocus(); }, {"BoxGotFocus"}},
         EventCase{"a GotFocus handler that moves the focus causes another round", nullptr,
-                  [](Fixture& f) {
-                      f.grid.GotFocus = [&f] { f.log.push_back("GridGotFocus"); f.box.SetFocus(); };
-                      f.grid.SetFocus();
-                  },
+                  [](Fixture& f) { f.grid.GotFocus = [&f] { f.log.push_back("GridGotFocus"), f.box.SetFocus(); }, f.grid.SetFocus(); },
                   {"GridGotFocus", "BoxGotFocus"}},
         EventCase{"focus that leaves and comes back in one handler is delivered again", [](Fixture& f) { f.box.SetFocus(); },
                   [](Fixture& f) { f.grid.SetFocus(); f.box.SetFocus(); }, {"BoxGotFocus"}},
+        EventCase{"a job posted in a handler runs after it", nullptr,
+                  [](Fixture& f) { f.rt.post([&f] { f.log.push_back("posted"); }), f.log.push_back("handler"); }, {"handler", "posted"}},
         EventCase{"SetFocus on the focused control runs nothing", [](Fixture& f) { f.grid.SetFocus(); },
                   [](Fixture& f) { f.grid.SetFocus(); }, {}}),
     [](const auto& info) { return "Case" + std::to_string(info.index); });
 
+TEST_F(Forms, AJobPostedOutsideAnyInputRunsAtOnce) {
+    rt.post([&] { log.push_back("posted"); });
+    EXPECT_EQ(log, Log{"posted"});
+}
+
+// A hidden container hides its controls.
 TEST_F(Forms, SetFocusFailsOnHiddenDisabledOrOffScreenControls) {
-    box.setVisible(false);
-    EXPECT_THROW(box.SetFocus(), Failure);
-    box.setVisible(true);
-    box.setEnabled(false);
-    EXPECT_THROW(box.SetFocus(), Failure);
-    box.setEnabled(true);
-    frame.setVisible(false); // a hidden container hides its controls
-    EXPECT_FALSE(box.TrySetFocus());
-    frame.setVisible(true);
-    form.setVisible(false);
-    EXPECT_FALSE(box.canFocus());
-    form.setVisible(true);
+    const std::function<void(bool)> ways[] = {[&](bool on) { box.setVisible(on); }, [&](bool on) { box.setEnabled(on); },
+                                              [&](bool on) { frame.setVisible(on); }, [&](bool on) { form.setVisible(on); }};
+    for (const auto& way : ways) {
+        way(false);
+        EXPECT_FALSE(box.canFocus());
+        EXPECT_FALSE(box.TrySetFocus());
+        EXPECT_THROW(box.SetFocus(), Failure);
+        way(true);
+    }
     EXPECT_TRUE(box.TrySetFocus());
-    Label label{form, &frame, "lblTest"};
-    EXPECT_FALSE(label.canFocus());
+    EXPECT_FALSE((Label{form, &frame, "lblTest"}.canFocus()));
 }
 
 // ---- grid shape --------------------------------------------------------------
@@ -138,11 +131,10 @@ TEST_F(Forms, GridRefusesCellsOutsideItAndFixedRowsItCantHold) {
     grid.setFixedRows(1);
     grid.setFixedCols(1);
     EXPECT_EQ(cell(), "1,1") << "the current cell leaves the fixed cells";
-    EXPECT_THROW(grid.setRow(0), Failure);
-    EXPECT_THROW(grid.setCol(0), Failure);
-    EXPECT_THROW(grid.setRow(4), Failure);
-    EXPECT_THROW((void)grid.TextMatrix(4, 0), Failure);
-    EXPECT_THROW((void)grid.TextMatrix(0, 3), Failure);
+    for (const auto& refused : std::initializer_list<std::function<void()>>{
+             [&] { grid.setRow(0); }, [&] { grid.setCol(0); }, [&] { grid.setRow(4); }, [&] { (void)grid.TextMatrix(4, 0); },
+             [&] { (void)grid.TextMatrix(0, 3); }})
+        EXPECT_THROW(refused(), Failure);
     grid.setRows(2);
     EXPECT_THROW(grid.RemoveItem(1), Failure) << "the last row below the fixed rows";
     grid.setFixedRows(0);
@@ -152,8 +144,9 @@ TEST_F(Forms, GridRefusesCellsOutsideItAndFixedRowsItCantHold) {
     EXPECT_EQ(grid.FixedRows(), 0);
     grid.setRows(3);
     grid.setFixedRows(1);
-    grid.setRows(1); // shrinking takes the fixed rows down with it
-    EXPECT_EQ(grid.FixedRows(), 0);
+    grid.setFixedCols(2);
+    grid.setRows(1), grid.setCols(1); // shrinking takes the fixed rows and columns down with it
+    EXPECT_EQ(std::make_pair(grid.FixedRows(), grid.FixedCols()), std::make_pair(0, 0));
     grid.setRows(Grid::kMaxRows);
     EXPECT_THROW(grid.AddItem("one too many"), Failure);
     EXPECT_THROW(grid.setRows(Grid::kMaxRows + 1), Failure);
@@ -167,96 +160,44 @@ TEST_F(Forms, GridRefusesCellsOutsideItAndFixedRowsItCantHold) {
 TEST_F(Forms, GridTextsFollowAPlainTableThroughAnyEdits) {
     grid.setRows(1);
     grid.setCols(2);
-    grid.setTextMatrix(0, 0, "");
-    grid.setTextMatrix(0, 1, "");
-    std::vector<std::vector<std::string>> model(1, std::vector<std::string>(2));
+    qmtest::Table model(1, qmtest::Row(2));
     std::string tag;
     std::mt19937 rng(11);
     auto pick = [&](int n) { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
     auto someText = [&] { return std::string(static_cast<std::size_t>(pick(4) == 0 ? pick(3000) : pick(40)), static_cast<char>('a' + pick(26))); };
     for (int step = 0; step < 20000; ++step) {
-        const int r = pick(grid.Rows()), c = pick(grid.Cols());
-        const int r2 = pick(grid.Rows()), c2 = pick(grid.Cols());
+        const int r = pick(grid.Rows()), c = pick(grid.Cols()), r2 = pick(grid.Rows()), c2 = pick(grid.Cols());
         switch (pick(11)) {
-        case 0: {
-            const std::string t = someText();
-            grid.setTextMatrix(r, c, t);
-            model[r][c] = t;
-            break;
-        }
-        case 1: {
-            const std::string t = someText();
-            grid.setText(t);
-            model[grid.Row()][grid.Col()] = t;
-            break;
-        }
+        case 0: grid.setTextMatrix(r, c, model[r][c] = someText()); break;
+        case 1: grid.setText(model[grid.Row()][grid.Col()] = someText()); break;
         case 2: { // another cell's text, or a piece of the cell's own
-            const std::string_view whole = grid.TextMatrix(r2, c2);
-            const std::string_view from = pick(2) ? whole : whole.substr(whole.size() / 2);
+            const std::string_view whole = grid.TextMatrix(r2, c2), from = pick(2) ? whole : whole.substr(whole.size() / 2);
             model[r][c] = std::string(from);
             grid.setTextMatrix(r, c, from);
             break;
         }
-        case 3:
-            if (grid.Rows() < 300) {
-                const std::string t = someText();
-                grid.AddItem(t);
-                model.push_back(std::vector<std::string>(static_cast<std::size_t>(grid.Cols())));
-                model.back()[0] = t;
-            }
-            break;
-        case 4:
-            if (grid.Rows() > 1) {
-                grid.RemoveItem(r);
-                model.erase(model.begin() + r);
-            }
-            break;
-        case 5: {
-            const int n = 1 + pick(pick(10) == 0 ? 300 : 5);
-            grid.setRows(n);
-            model.resize(static_cast<std::size_t>(n), std::vector<std::string>(static_cast<std::size_t>(grid.Cols())));
-            break;
-        }
-        case 6: {
-            const int n = 1 + pick(8);
-            grid.setCols(n);
-            for (auto& row : model) row.resize(static_cast<std::size_t>(n));
-            break;
-        }
+        case 3: if (grid.Rows() < 300) grid.AddItem(model.emplace_back(grid.Cols())[0] = someText()); break;
+        case 4: if (grid.Rows() > 1) grid.RemoveItem(r), model.erase(model.begin() + r); break;
+        case 5: { const int n = 1 + pick(pick(10) == 0 ? 300 : 5); grid.setRows(n), model.resize(n, qmtest::Row(grid.Cols())); break; }
+        case 6: { const int n = 1 + pick(8); grid.setCols(n); for (auto& row : model) row.resize(n); break; }
         case 7: { // the texts go out, the first row's stay; edits meanwhile go when they come back
             const std::uint64_t revision = grid.Revision();
             Grid::Texts texts = grid.takeTexts();
-            ASSERT_EQ(grid.Rows(), 1);
-            for (int j = 0; j < grid.Cols(); ++j) ASSERT_EQ(grid.TextMatrix(0, j), model[0][j]);
+            ASSERT_EQ(qmtest::gridCells(grid), qmtest::Table{model[0]});
             grid.setTextMatrix(0, c, someText());
             const std::uint64_t meanwhile = grid.Revision();
             grid.swapTexts(texts);
-            ASSERT_EQ(grid.Revision(), revision);
-            ASSERT_EQ(texts.revision(), meanwhile);
+            ASSERT_EQ(std::make_pair(grid.Revision(), texts.revision()), std::make_pair(revision, meanwhile));
             grid.setTextMatrix(r, c, model[r][c]);
             ASSERT_GT(grid.Revision(), meanwhile) << "a revision given out twice";
             break;
         }
-        case 8:
-            input([&] { grid.setRow(r); grid.setCol(c); });
-            grid.setTag(grid.Text());
-            tag = model[r][c];
-            break;
-        case 9: // the current cell moves on; the tag is given to itself
-            input([&] { grid.setCol(c2); });
-            grid.setTag(grid.Tag());
-            break;
-        case 10: // bytes left unused, which a later change packs away
-            grid.setTextMatrix(r, c, std::string(6000, 'w'));
-            grid.setTextMatrix(r, c, model[r][c]);
-            break;
+        case 8: input([&] { grid.setRow(r), grid.setCol(c); }), grid.setTag(grid.Text()), tag = model[r][c]; break;
+        case 9: input([&] { grid.setCol(c2); }), grid.setTag(grid.Tag()); break; // the current cell moves on; the tag is given to itself
+        case 10: grid.setTextMatrix(r, c, std::string(6000, 'w')), grid.setTextMatrix(r, c, model[r][c]); break; // bytes a later change packs away
         }
         if (step % 5 == 0) { ASSERT_EQ(grid.Tag(), tag) << "step " << step; } // reading it settles it: not every step
-        if (step % 97 == 0 || step > 19900) {
-            for (int i = 0; i < grid.Rows(); ++i)
-                for (int j = 0; j < grid.Cols(); ++j)
-                    ASSERT_EQ(grid.TextMatrix(i, j), model[i][j]) << "step " << step << ", cell " << i << "," << j;
-        }
+        if (step % 97 == 0 || step > 19900) { ASSERT_EQ(qmtest::gridCells(grid), model) << "step " << step; }
     }
 }
 
@@ -308,30 +249,23 @@ TEST_F(Forms, ListSortsIgnoringCaseWithTiesByExactText) {
 // Selecting runs Click only when the selection changes; adding, removing and
 // clearing keep the selection on its entry (or none) and run no Click.
 TEST_F(Forms, ListClickRunsOnlyForAChangedSelection) {
+    // The selected entry, its index, the entries and the Clicks run so far.
+    auto state = [&] { return std::string(list.Text()) + " " + std::to_string(list.ListIndex()) + "/" + std::to_string(list.ListCount()) + " " + std::to_string(clicks); };
     list.AddItem("m");
     list.AddItem("b");
-    input([&] {
-        list.setSelected(1);
-        list.setSelected(1);
-        list.setText("m");
-        list.setText("nothing like it");
-    });
-    EXPECT_EQ(clicks, 1);
+    input([&] { list.setSelected(1), list.setSelected(1), list.setText("m"), list.setText("nothing like it"); });
+    EXPECT_EQ(state(), "m 1/2 1");
     EXPECT_THROW(list.setSelected(2), Failure);
     list.AddItem("a");
-    EXPECT_EQ(list.Text(), "m");
-    EXPECT_EQ(list.ListIndex(), 2);
+    EXPECT_EQ(state(), "m 2/3 1");
     list.RemoveItem(0);
-    EXPECT_EQ(list.ListIndex(), 1);
+    EXPECT_EQ(state(), "m 1/2 1");
     list.RemoveItem(1); // the selected one: none is selected after
-    EXPECT_EQ(list.ListIndex(), -1);
-    EXPECT_EQ(list.Text(), "");
+    EXPECT_EQ(state(), " -1/1 1");
     input([&] { list.setText("b"); });
-    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(state(), "b 0/1 2");
     list.Clear();
-    EXPECT_EQ(list.ListCount(), 0);
-    EXPECT_EQ(list.ListIndex(), -1);
-    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(state(), " -1/0 2");
 }
 
 // ---- text box ----------------------------------------------------------------

@@ -10,14 +10,18 @@ using namespace qmtest;
 
 namespace {
 
+const std::string kA = lfCategory({"a-data,1,,,,,"}), kB = lfCategory({"b-data,2,,,,,"});
+const std::string kFloppyA = lfCategory({"a-floppy,3,,,,,"}), kFloppyB = lfCategory({"b-floppy,4,,,,,"});
+const std::string kEditedA = crlf({kHeadingLine, "a-data,1,,edited,,,"});
+using Files = std::vector<std::optional<std::string>>; // A and B in the data folder, then on the floppy
+
 struct Places : ::testing::Test {
     Harness h;
     void seed() {
-        writeFile(h.data("A.csv"), lfCategory({"a-data,1,,,,,"}));
-        writeFile(h.data("B.csv"), lfCategory({"b-data,2,,,,,"}));
-        writeFile(h.floppy("A.csv"), lfCategory({"a-floppy,3,,,,,"}));
-        writeFile(h.floppy("B.csv"), lfCategory({"b-floppy,4,,,,,"}));
+        writeFile(h.data("A.csv"), kA), writeFile(h.data("B.csv"), kB);
+        writeFile(h.floppy("A.csv"), kFloppyA), writeFile(h.floppy("B.csv"), kFloppyB);
     }
+    Files files() const { return {readFile(h.data("A.csv")), readFile(h.data("B.csv")), readFile(h.floppy("A.csv")), readFile(h.floppy("B.csv"))}; }
     void SetUp() override {
         h.writeIndex({"A", "B"});
         seed();
@@ -27,8 +31,7 @@ struct Places : ::testing::Test {
 struct FlagCase {
     const char* name;
     bool writeToFloppy, readFromFloppy;
-    // What each file holds after the switch from A (edited) to B; nothing: untouched.
-    std::optional<std::string> dataA, dataB, floppyA, floppyB;
+    Files after; // after the switch from A (edited) to B
     std::string itemShown;
 };
 
@@ -42,51 +45,37 @@ TEST_P(SwitchPlaces, EachSaveAndLoadTouchesItsPlace) {
     m.WriteToFloppy = c.writeToFloppy;
     m.ReadFromFloppy = c.readFromFloppy;
     h.run([&] { m.lstCategory.setSelected(1); });
-    EXPECT_EQ(readFile(h.data("A.csv")), c.dataA.value_or(lfCategory({"a-data,1,,,,,"})));
-    EXPECT_EQ(readFile(h.data("B.csv")), c.dataB.value_or(lfCategory({"b-data,2,,,,,"})));
-    EXPECT_EQ(readFile(h.floppy("A.csv")), c.floppyA.value_or(lfCategory({"a-floppy,3,,,,,"})));
-    EXPECT_EQ(readFile(h.floppy("B.csv")), c.floppyB.value_or(lfCategory({"b-floppy,4,,,,,"})));
+    EXPECT_EQ(files(), c.after);
     EXPECT_EQ(m.FG1.TextMatrix(1, 0), c.itemShown);
     EXPECT_EQ(m.CurrentCategory, "B");
 }
-
-const std::string kEditedA = crlf({kHeadingLine, "a-data,1,,edited,,,"});
 
 INSTANTIATE_TEST_SUITE_P(
     Switch, SwitchPlaces,
     ::testing::Values(
         // Saves and loads in the data folder; the edit of A is stored before B is read.
-        FlagCase{"FlagsFalse", false, false, kEditedA, crlf({kHeadingLine, "b-data,2,,,,,"}), std::nullopt, std::nullopt,
-                 "b-data"},
+        FlagCase{"FlagsFalse", false, false, {kEditedA, crlf({kHeadingLine, "b-data,2,,,,,"}), kFloppyA, kFloppyB}, "b-data"},
         // Saves to the floppy root, loads from the data folder: A's grid and B's data copy go to the floppy.
-        FlagCase{"WriteToFloppy", true, false, std::nullopt, std::nullopt, kEditedA, crlf({kHeadingLine, "b-data,2,,,,,"}),
-                 "b-data"},
+        FlagCase{"WriteToFloppy", true, false, {kA, kB, kEditedA, crlf({kHeadingLine, "b-data,2,,,,,"})}, "b-data"},
         // Loads from the floppy root, saves to the data folder: B comes from the floppy into the data folder.
-        FlagCase{"ReadFromFloppy", false, true, kEditedA, crlf({kHeadingLine, "b-floppy,4,,,,,"}), std::nullopt,
-                 std::nullopt, "b-floppy"}),
+        FlagCase{"ReadFromFloppy", false, true, {kEditedA, crlf({kHeadingLine, "b-floppy,4,,,,,"}), kFloppyA, kFloppyB}, "b-floppy"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // The walk run by a gain of focus: with WriteToFloppy it copies the database
 // and leaves the data folder; with ReadFromFloppy it brings every category in.
 TEST_F(Places, WalksCopyEachWayAndLeaveTheOtherSide) {
     auto& m = h.start();
-    const auto indexBefore = readFile(h.data("NumCats.csv")), namesBefore = readFile(h.data("CatFiles.csv"));
+    const auto data = folderBytes(h.dataDir.path());
     m.WriteToFloppy = true;
     h.run([&] { m.SaveCategoryList(); });
-    EXPECT_EQ(readFile(h.floppy("A.csv")), crlf({kHeadingLine, "a-data,1,,,,,"}));
-    EXPECT_EQ(readFile(h.floppy("B.csv")), crlf({kHeadingLine, "b-data,2,,,,,"}));
-    EXPECT_EQ(readFile(h.floppy("CatFiles.csv")), "A\r\nB\r\n");
-    EXPECT_EQ(readFile(h.floppy("NumCats.csv")), "2 \r\n"); // the count as it was read
-    EXPECT_EQ(readFile(h.data("NumCats.csv")), indexBefore);
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), namesBefore);
+    EXPECT_EQ(folderBytes(h.dataDir.path()), data);
+    EXPECT_EQ(files(), (Files{kA, kB, crlf({kHeadingLine, "a-data,1,,,,,"}), crlf({kHeadingLine, "b-data,2,,,,,"})}));
+    EXPECT_EQ(*readFile(h.floppy("CatFiles.csv")) + *readFile(h.floppy("NumCats.csv")), "A\r\nB\r\n2 \r\n"); // the count as it was read
     seed();
     m.WriteToFloppy = false;
     m.ReadFromFloppy = true;
     h.run([&] { m.SaveCategoryList(); });
-    EXPECT_EQ(readFile(h.data("A.csv")), crlf({kHeadingLine, "a-floppy,3,,,,,"}));
-    EXPECT_EQ(readFile(h.data("B.csv")), crlf({kHeadingLine, "b-floppy,4,,,,,"}));
-    EXPECT_EQ(readFile(h.floppy("A.csv")), lfCategory({"a-floppy,3,,,,,"}));
-    EXPECT_EQ(readFile(h.floppy("B.csv")), lfCategory({"b-floppy,4,,,,,"}));
+    EXPECT_EQ(files(), (Files{crlf({kHeadingLine, "a-floppy,3,,,,,"}), crlf({kHeadingLine, "b-floppy,4,,,,,"}), kFloppyA, kFloppyB}));
 }
 
 // A category that could not be read whole (here: more rows than the grid
@@ -115,19 +104,17 @@ TEST(Switch, BringsTheGridBackOnlyForItemsAndTouchesNoOtherFile) {
     writeFile(h.data("Bare.csv"), crlf({"N,C,V,L,D,W,S"}));
     writeFile(h.data("Tools.csv"), lfCategory({"Saw,10.00,8.00,,,,", "Drill,2.50,1.25,,,,SN 9"}));
     auto& m = h.startAndOpen(0);
-    EXPECT_EQ(readFile(h.data(".csv")), crlf({kHeadingLine}));
-    EXPECT_EQ(readFile(h.data("Alpha.csv")), crlf({kHeadingLine}));
-    EXPECT_EQ(readFile(h.data("Tools.csv")), lfCategory({"Saw,10.00,8.00,,,,", "Drill,2.50,1.25,,,,SN 9"}));
+    EXPECT_EQ(folderBytes(h.dataDir.path()), (std::map<std::string, std::string>{
+        {".csv", crlf({kHeadingLine})}, {"Alpha.csv", crlf({kHeadingLine})}, {"Bare.csv", crlf({"N,C,V,L,D,W,S"})},
+        {"CatFiles.csv", "Alpha\r\nBare\r\nTools\r\n"}, {"NumCats.csv", " 3 \r\n"},
+        {"Tools.csv", lfCategory({"Saw,10.00,8.00,,,,", "Drill,2.50,1.25,,,,SN 9"})}}));
     h.run([&] { m.lstCategory.setSelected(1); });
-    EXPECT_EQ(m.ItemRowCount, 1);
-    EXPECT_FALSE(m.FG1.Visible());
-    EXPECT_EQ(m.FG1.TextMatrix(0, 0), "N");
+    EXPECT_EQ(window(h), "Alpha Bare* Tools | Bare \"Bare\" | N | 1 at 0,6 hidden fixed 01 focus cmdAddAsset");
     EXPECT_EQ(readFile(h.data("Bare.csv")), crlf({"N,C,V,L,D,W,S"}));
     h.run([&] { m.lstCategory.setSelected(2); });
-    EXPECT_EQ(m.ItemRowCount, 3);
-    EXPECT_EQ(std::make_tuple(m.FG1.FixedRows(), m.FG1.FixedCols(), m.FG1.Left(), m.FG1.Top()), std::make_tuple(1, 1, 120, 240));
-    EXPECT_EQ(std::make_pair(m.lstCategory.Left(), m.lstCategory.Top()), std::make_pair(1800, 240));
-    EXPECT_EQ(std::make_pair(m.lblCategory.Left(), m.lblCategory.Top()), std::make_pair(4560, 240));
+    EXPECT_EQ(window(h), "Alpha Bare Tools* | Tools \"Tools\" | Item Saw Drill | 3 at 2,6 fixed 11 editor focus T1");
+    EXPECT_EQ(std::make_tuple(m.FG1.Left(), m.FG1.Top(), m.lstCategory.Left(), m.lstCategory.Top(), m.lblCategory.Left(), m.lblCategory.Top()),
+              std::make_tuple(120, 240, 1800, 240, 4560, 240));
 }
 
 // ---- a save that fails before the grid is replaced ---------------------------------------------------------
@@ -163,10 +150,8 @@ TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
               std::make_tuple(names, std::string("B"), std::optional<std::string>("B"), std::string("edited")));
     EXPECT_EQ(std::make_tuple(m.txtLoading.Visible(), m.FG1.Left(), m.lstCategory.Left()), std::make_tuple(false, 120, 1800));
     ASSERT_EQ(h.dialogs.messages.size(), told + static_cast<std::size_t>(c.messages));
-    for (std::size_t i = told; i < h.dialogs.messages.size(); ++i) {
-        EXPECT_EQ(h.dialogs.messages[i].title, "Quillmere");
-        EXPECT_NE(h.dialogs.messages[i].text.find("\"B\" could not be saved"), std::string::npos) << h.dialogs.messages[i].text;
-    }
+    for (auto msg = h.dialogs.messages.begin() + static_cast<long>(told); msg != h.dialogs.messages.end(); ++msg)
+        EXPECT_TRUE(msg->title == "Quillmere" && msg->text.find("\"B\" could not be saved") != std::string::npos) << msg->text;
 
     if (!m.ended()) h.click(m.cmdExit);
     auto again = h.restart();
@@ -183,39 +168,22 @@ INSTANTIATE_TEST_SUITE_P(
         // The gain of focus can't write the index, so it runs no walk; the selection stops.
         KeptCase{"ClickOnTheList", [](Harness& h, qm::frmMain&) { h.selectCategory(0); }, kEditedB, 1},
         // The index file opens, then every save fails: each step of the walk stops.
-        KeptCase{"Walk",
-                 [](Harness& h, qm::frmMain& m) {
-                     h.focus(m.cmdAddAsset);
-                     h.focus(m.lstCategory);
-                 },
-                 kEditedB, 1, 1},
+        KeptCase{"Walk", [](Harness& h, qm::frmMain& m) { h.focus(m.cmdAddAsset), h.focus(m.lstCategory); }, kEditedB, 1, 1},
         KeptCase{"AddItem",
                  [](Harness& h, qm::frmMain& m) {
-                     h.dialogs.inputAnswers.push_back("new thing");
-                     h.click(m.cmdAddAsset);
+                     h.dialogs.inputAnswers.push_back("new thing"), h.click(m.cmdAddAsset);
                      EXPECT_EQ(m.FG1.TextMatrix(2, 0), "new thing");
                  },
                  {{"B1", "1", "", "edited"}, {"new thing"}}, 1},
-        KeptCase{"AddCategory",
-                 [](Harness& h, qm::frmMain& m) {
-                     h.dialogs.inputAnswers.push_back("D");
-                     h.click(m.cmdAddCategory);
-                 },
-                 kEditedB, 1},
+        KeptCase{"AddCategory", [](Harness& h, qm::frmMain& m) { h.dialogs.inputAnswers.push_back("D"), h.click(m.cmdAddCategory); }, kEditedB, 1},
         KeptCase{"RenameCategory",
                  [](Harness& h, qm::frmMain& m) {
-                     h.dialogs.inputAnswers.push_back("Z");
-                     h.click(m.cmdRenameCat);
+                     h.dialogs.inputAnswers.push_back("Z"), h.click(m.cmdRenameCat);
                      EXPECT_FALSE(m.RenamePending);
                  },
                  kEditedB, 1},
         // Exit says nothing and ends, as always; what it could not store is lost.
-        KeptCase{"Exit",
-                 [](Harness& h, qm::frmMain& m) {
-                     h.click(m.cmdExit);
-                     EXPECT_EQ(h.program.ends, 1);
-                 },
-                 {{"B1", "1"}}, 0}),
+        KeptCase{"Exit", [](Harness& h, qm::frmMain& m) { h.click(m.cmdExit); EXPECT_EQ(h.program.ends, 1); }, {{"B1", "1"}}, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // ---- the stock picture -----------------------------------------------------------------------------------
@@ -238,7 +206,7 @@ TEST_P(StockPicture, IsShownOrAPlaceholderAndTheSwitchGoesOn) {
     EXPECT_FALSE(m.txtLoading.Visible());
     EXPECT_EQ(m.lblCategory.Caption(), "Empty");
     h.run([&] { m.lstCategory.setSelected(1); });
-    EXPECT_EQ(m.CurrentCategory, "Tools");
+    EXPECT_EQ(window(h), "Empty Tools* | Tools \"Tools\" | Item Saw | 2 at 1,6 fixed 11 editor focus T1");
     EXPECT_EQ(m.txtCost.Text(), "$10.00");
     EXPECT_EQ(m.lstCategory.Left(), 1800);
 }
@@ -249,29 +217,21 @@ INSTANTIATE_TEST_SUITE_P(Switch, StockPicture,
 
 // ---- the heading's font size ----------------------------------------------------------------------------------
 
-struct CaptionStep {
-    std::string caption;
-    double size;
-};
-
 TEST(CategoryHeading, FontSizeFollowsTheLengthInCharacters) {
     const std::string a14 = "Fourteen chars", a15 = "Fifteen chars!!", a16 = "Sixteen chars!!!";
     // Letters of two and three bytes: a byte count would put these over 15.
     const std::string u14 = "\xC3\x84\xC3\x96\xC3\x9C\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F\xC3\x84\xC3\x96\xC3\x9C\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F";
     const std::string u15 = u14 + "\xE2\x82\xAC";
-    ASSERT_EQ(a14.size(), 14u);
-    ASSERT_EQ(a15.size(), 15u);
-    ASSERT_EQ(a16.size(), 16u);
-    const std::vector<CaptionStep> steps = {
+    const std::vector<std::pair<std::string, double>> steps = {
         {a16, 20}, {a15, 20}, {a14, 36}, {a15, 36}, {a16, 20}, {u14, 36}, {a16, 20}, {"", 20}, {"x", 36}, {u15, 36},
         {a16, 20}, {u15, 20},
     };
     Harness h;
     auto& m = h.start();
     EXPECT_EQ(m.lblCategory.font().size, 36);
-    for (const auto& s : steps) {
-        h.run([&] { m.lblCategory.setCaption(s.caption); });
-        EXPECT_EQ(m.lblCategory.font().size, s.size) << "caption \"" << s.caption << "\"";
+    for (const auto& [caption, size] : steps) {
+        h.run([&] { m.lblCategory.setCaption(caption); });
+        EXPECT_EQ(m.lblCategory.font().size, size) << "caption \"" << caption << "\"";
     }
 }
 
