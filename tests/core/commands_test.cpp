@@ -52,7 +52,9 @@ TEST_P(CommandTable, LeavesThisWindowAndTheseFiles) {
     EXPECT_EQ(window(h), c.window);
     EXPECT_EQ(h.dialogs.texts(), c.messages);
     for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.title, "Quillmere");
-    if (c.prompts) EXPECT_EQ(prompts(), *c.prompts);
+    if (c.prompts) {
+        EXPECT_EQ(prompts(), *c.prompts);
+    }
     for (const auto& [file, bytes] : c.files) EXPECT_EQ(h.text(file), bytes) << file;
     for (const auto& f : c.kept) EXPECT_NE(h.text(f + ".csv").find(" item,1"), std::string::npos) << f;
 }
