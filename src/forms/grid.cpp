@@ -91,6 +91,17 @@ void Grid::renewRows() {
     notifyLayout();
 }
 
+void Grid::passTo(int r, int c, Color left) {
+    checkCell(r, c);
+    const std::size_t from = index(row_, col_), to = index(r, c);
+    if (to < from) throw Failure("invalid procedure call: a pass goes forward");
+    const std::uint8_t slot = paletteIndex(left);
+    std::fill(back_.begin() + static_cast<std::ptrdiff_t>(from), back_.begin() + static_cast<std::ptrdiff_t>(to), slot);
+    row_ = rowSel_ = r;
+    col_ = colSel_ = c;
+    notifyLayout();
+}
+
 Grid::Texts Grid::takeTexts() {
     Texts first;
     first.cols_ = cols_;

@@ -100,6 +100,11 @@ public:
     // they hold leaves, without touching a text: those rows lose their colours,
     // alignment and heights, and the current cell goes to row 0 with no event.
     void renewRows();
+    // What moving the current cell forward through every cell, in reading
+    // order, to (r, c) leaves when LeaveCell only gives the cell it leaves
+    // `left` and EnterCell leaves nothing that lasts: for a caller that knows
+    // its handlers do just that, the cells get their colour and no event runs.
+    void passTo(int r, int c, Color left);
 
     // The texts of all cells and the number of rows, as they stood when taken
     // out of a grid, with the revision they had there.

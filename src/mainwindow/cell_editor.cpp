@@ -91,7 +91,9 @@ void frmMain::FG1_GotFocus() {
 
 // Runs for every cell a load passes, so it must stay cheap: a grid that can't
 // take the focus ends the handler without the failure machinery, and only the
-// first cell of a load finds the focus elsewhere.
+// first cell of a load finds the focus elsewhere. A load's pass over held
+// cells (passHeldCells) does in one go what this and FG1_EnterCell do once the
+// grid has the focus and the editor is hidden: keep the three in step.
 void frmMain::FG1_LeaveCell() {
     if (FG1.hasFocus()) return FG1.setCellBackColor(forms::syscolor::Window);
     leaveCellTakingFocus();

@@ -118,6 +118,7 @@ public:
     void SaveCategoryFile();
     void LoadCategoryFile();
     void openCategoryFile(const std::string& path);
+    bool passHeldCells();
     std::string CategoryPath(const std::string& place, const std::string& name) const;
     // "NumCats.csv" or "CatFiles.csv" in either place.
     bool IsIndexFile(const std::string& path) const;

@@ -16,25 +16,36 @@ namespace {
 constexpr int kFieldsPerRow = 7;
 constexpr std::size_t kSavePiece = 32 * 1024;
 
+} // namespace
+
 // The moves of the current cell a reading of the grid's own rows makes, with
 // their cell events, on rows that lose their colours as a reading's would.
 // False if a handler changed the grid on the way: then it must be read for real.
-bool passCells(forms::Grid& grid) {
-    const std::uint64_t revision = grid.Revision();
-    const int rows = grid.Rows();
-    grid.renewRows();
+bool frmMain::passHeldCells() {
+    const std::uint64_t revision = FG1.Revision();
+    const int rows = FG1.Rows();
+    FG1.renewRows();
     try {
-        for (int r = 0; r < rows; ++r)
+        for (int r = 0; r < rows; ++r) {
             for (int c = 0; c < kFieldsPerRow; ++c) {
-                grid.setCol(c);
-                grid.setRow(r);
+                FG1.setCol(c);
+                FG1.setRow(r);
             }
+            // Once the grid holds the focus and the editor is hidden, LeaveCell
+            // only colours the cell it leaves and EnterCell only points the tag
+            // at the new one: the rest of the pass (a walk makes two for every
+            // category) is done in one go with the same outcome.
+            if (r == 0 && FG1.hasFocus() && !T1.Visible()) {
+                FG1.passTo(rows - 1, kFieldsPerRow - 1, forms::syscolor::Window);
+                FG1.setTag(FG1.Text());
+                break;
+            }
+        }
     } catch (const Failure&) {
         return false;
     }
-    return grid.Revision() == revision;
+    return FG1.Revision() == revision;
 }
-} // namespace
 
 // Writes the whole grid, one line a row, to the file of CurrentCategory.
 void frmMain::SaveCategoryFile() {
@@ -146,7 +157,7 @@ void frmMain::LoadCategoryFile() {
         FG1.swapTexts(texts);
         keep(std::move(texts));
     }
-    if (held && passCells(FG1)) {
+    if (held && passHeldCells()) {
         files.Close(LoadFileNumber);
         ItemRowCount = FG1.Rows();
         UnreadableFiles.erase(path);

@@ -225,9 +225,13 @@ TEST_P(LoadOfWhatIsHeld, LeavesWhatAReadingLeaves) {
         Harness h;
         auto& m = startSettled(h, replay || switchBack);
         if (!replay) m.keptCategories.setLimit(0);
+        // Cells a load passes take the editor's colour: make that tell.
+        m.FG1.setBackColor(0x00123456);
         h.run([&] { m.lstCategory.setSelected(0); });
         h.run([&] { m.FG1.setRow(5), m.FG1.setCol(3), m.FG1.setCellAlignment(forms::Grid::AlignRightCenter), m.FG1.setRowHeight(7, 600), m.FG1.userScrollTo(10, 2); });
         if (switchBack) h.run([&] { m.lstCategory.setSelected(1); });
+        // The same bytes written anew: the file is no longer known, and is read.
+        if (!replay) writeFile(h.data("Attic.csv"), h.text("Attic.csv"));
         h.files.arm(FaultyFiles::Read, -1); // count only
         h.run([&] { switchBack ? m.lstCategory.setSelected(0) : m.LoadCategoryFile(); });
         EXPECT_EQ(h.files.counted() == 0, replay) << "reads of the file: " << h.files.counted();
