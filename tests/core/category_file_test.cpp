@@ -154,7 +154,8 @@ TEST(CategoryFile, LinesOfEveryFormLoadAsTheirFieldsReadOneByOne) {
 }
 
 // A file of 32767 lines fills the grid and is stored as ever; one more line and
-// the grid holds what fits, and the file is never written over in that run.
+// the grid holds what fits, and the file is never written over in that run,
+// nor copied in part to the floppy, where a later load would bring the cut copy back.
 TEST(CategoryFile, GridHoldsAtMost32767RowsAndALongerFileStays) {
     auto linesOfItems = [](int items) {
         std::string s = std::string(kHeadingLine) + "\r\n";
@@ -169,13 +170,16 @@ TEST(CategoryFile, GridHoldsAtMost32767RowsAndALongerFileStays) {
     auto& m = h.start();
     for (int i : {0, 1}) {
         h.run([&] { m.lstCategory.setSelected(i); });
-        EXPECT_EQ(m.FG1.Rows(), 32767);
-        EXPECT_EQ(m.ItemRowCount, 32767);
-        EXPECT_EQ(m.FG1.TextMatrix(32766, 0), "item 32766");
+        EXPECT_EQ(std::make_tuple(m.FG1.Rows(), m.ItemRowCount, std::string(m.FG1.TextMatrix(32766, 0))), std::make_tuple(32767, 32767, std::string("item 32766")));
         h.run([&] { m.FG1.setTextMatrix(32766, 6, "last cell"); });
     }
     h.run([&] { m.lstCategory.setSelected(0); });
     h.run([&] { m.lstCategory.setSelected(1); });
+    m.WriteToFloppy = true;
+    h.run([&] { m.SaveCategoryList(); });
+    m.WriteToFloppy = false;
+    const auto copy = readFile(h.floppy("Over.csv"));
+    EXPECT_TRUE(!copy || copy == over) << "a copy of " << copy.value_or("").size() << " bytes";
     h.click(m.cmdExit);
     EXPECT_EQ(readFile(h.data("Exact.csv")), exact.substr(0, exact.size() - 2) + "last cell\r\n");
     EXPECT_EQ(readFile(h.data("Over.csv")), over);

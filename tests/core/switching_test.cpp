@@ -78,21 +78,6 @@ TEST_F(Places, WalksCopyEachWayAndLeaveTheOtherSide) {
     EXPECT_EQ(files(), (Files{crlf({kHeadingLine, "a-floppy,3,,,,,"}), crlf({kHeadingLine, "b-floppy,4,,,,,"}), kFloppyA, kFloppyB}));
 }
 
-// A category that could not be read whole (here: more rows than the grid
-// holds) must not reach the floppy in part, where a later load from the floppy
-// would bring the cut copy back.
-TEST_F(Places, CategoryReadOnlyInPartIsNotCopiedInPart_SuspectedBug) {
-    std::string big = std::string(kHeadingLine) + "\r\n";
-    for (int i = 1; i <= 32800; ++i) big += "item " + std::to_string(i) + ",,,,,,\r\n";
-    writeFile(h.data("A.csv"), big);
-    auto& m = h.startAndOpen(0);
-    m.WriteToFloppy = true;
-    h.run([&] { m.SaveCategoryList(); });
-    const auto copy = readFile(h.floppy("A.csv"));
-    EXPECT_TRUE(copy == big || copy == lfCategory({"a-floppy,3,,,,,"})) << "a copy of " << copy.value_or("").size() << " bytes";
-    EXPECT_EQ(readFile(h.data("A.csv")), big);
-}
-
 // ---- the window after a switch ----------------------------------------------------------------------
 
 // The caption, totals, grid and editor a click shows: the GUI category and typing tests.
