@@ -1,14 +1,16 @@
-// The floppy backup on temporary folders: what a save puts on the floppy, the
-// load's passes and prompts, and that a load from a disk it can't read changes
-// nothing. A save and a load back through the real boxes: the GUI commands test.
+// The floppy backup on temporary folders (and on a real FAT stick): what a
+// save puts on the floppy, the load's passes and prompts, and that a load from
+// a disk it can't read changes nothing. A save and a load back through the real boxes: the GUI commands test.
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <random>
 
 #include <gtest/gtest.h>
 
 #include "storage/places.h"
 
+#include "support/fat_stick.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -111,19 +113,34 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"LoadOfAnEmptyCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), ""); }, false, "Nothing was changed.", true, nothingLoaded}),
     [](const auto& info) { return std::string(info.param.name); });
 
-// Names that FAT refuses, one that only letter case tells from the index, and
-// a disk written before such names were escaped: all come back whole into an
-// empty data folder (the load's second pass), with the index there at once.
-TEST(BackupNames, EveryNameComesBackWithEveryCell) {
-    const std::vector<std::string> names = {"Tools: misc", "What is this?", "Box 5\"", "a/b", "Caf\xC3\xA9", "numcats", "Box."};
+// Every character FAT refuses, a name ending in a dot, one that only letter
+// case tells from the index, a disk written before such names were escaped:
+// on a plain folder and on a real FAT stick (as root, through FUSE) all come
+// back whole into an empty data folder (the load's second pass), with the
+// index there at once.
+const std::vector<std::string> kAwkwardNames = {"Tools: misc", "What is this?", "Box 5\"", "back\\slash", "star*", "less<",
+                                                "more>", "pipe|", "Box.", "a/b", "numcats"};
+
+std::vector<Harness::Category> awkwardCategories(const std::vector<std::string>& names = kAwkwardNames) {
     std::vector<Harness::Category> categories;
-    for (const auto& n : names) categories.push_back({n, {{n + " item", "1.50", "", "at <home>", "", "", "x|y"}}});
+    for (const auto& n : names) categories.push_back({n, {{n + " item", "1.50", "", "at <home>", "", "", "x|y"}, {"Item 2"}}});
+    return categories;
+}
+
+class BackupNames : public ::testing::TestWithParam<bool> {}; // on a FAT stick
+
+TEST_P(BackupNames, EveryNameComesBackWithEveryCell) {
+    if (const std::string why = GetParam() ? FatStick::unavailable() : ""; !why.empty()) GTEST_SKIP() << why;
     Harness h;
-    h.writeCategories(categories);
+    std::optional<FatStick> stick;
+    if (GetParam()) { ASSERT_TRUE(stick.emplace(4096).mountAt(h.floppyDir.path())); }
+    std::vector<std::string> names = kAwkwardNames;
+    if (!GetParam()) names.push_back("Caf\xC3\xA9"); // fusefat takes no letters beyond ASCII
+    h.writeCategories(awkwardCategories(names));
     h.startAndClick(0);
     save(h);
     ASSERT_EQ(h.dialogs.messages.back().text, "Save complete.");
-    fs::rename(h.floppy(storage::StickStem("a/b") + ".csv"), h.floppy(storage::FileStem("a/b") + ".csv"));
+    if (!GetParam()) fs::rename(h.floppy(storage::StickStem("a/b") + ".csv"), h.floppy(storage::FileStem("a/b") + ".csv"));
     TempDir empty;
     Harness fresh(empty.place(), h.floppyDir.place());
     fresh.click(fresh.start().cmdLoad);
@@ -132,7 +149,30 @@ TEST(BackupNames, EveryNameComesBackWithEveryCell) {
     EXPECT_EQ(std::count(told.begin(), told.end(), "Load complete."), 1);
     EXPECT_EQ(fresh.m().lstCategory.ListCount(), static_cast<int>(names.size()));
     for (const auto& n : names) EXPECT_EQ(fresh.text(storage::FileStem(n) + ".csv"), h.text(storage::FileStem(n) + ".csv")) << n;
-    EXPECT_EQ(fresh.text("CatFiles.csv"), h.text("CatFiles.csv"));
+    for (const char* f : {"NumCats.csv", "CatFiles.csv"}) EXPECT_EQ(fresh.text(f), h.text(f));
+}
+
+INSTANTIATE_TEST_SUITE_P(Backup, BackupNames, ::testing::Bool(), [](const auto& info) { return info.param ? "FatStick" : "Folder"; });
+
+// A category too big for what is left on a real stick: told by name at the
+// end, and every other category still copied whole.
+TEST(FatStickBackup, FullStickIsToldAndTakesTheRest) {
+    if (const std::string why = FatStick::unavailable(); !why.empty()) GTEST_SKIP() << why;
+    FatStick stick(1024);
+    Harness h;
+    ASSERT_TRUE(stick.mountAt(h.floppyDir.path()));
+    auto categories = awkwardCategories();
+    std::vector<std::vector<std::string>> big;
+    for (int i = 0; i < 20000; ++i) big.push_back({"Item " + std::to_string(i), "1.00", "", "", "", "", std::string(40, 'z')});
+    categories.push_back({"Big", big});
+    h.writeCategories(categories);
+    auto& m = h.startAndClick(0);
+    save(h);
+    const std::string said = h.dialogs.messages.back().text;
+    EXPECT_TRUE(said.starts_with("The copy on the disk is not complete. Not copied: \"Big\".")) << said;
+    for (const auto& name : kAwkwardNames)
+        EXPECT_EQ(readFile(h.floppy(storage::StickStem(name) + ".csv")), readFile(h.data(storage::FileStem(name) + ".csv"))) << name;
+    EXPECT_EQ(std::make_pair(m.lstCategory.Text(), m.CurrentCategory.value_or("")), std::make_pair(std::string("a/b"), std::string("a/b")));
 }
 
 // A stick's name for any category: only what FAT and exFAT take, no index

@@ -288,6 +288,23 @@ INSTANTIATE_TEST_SUITE_P(
                      }, {}, "| - \"\" | Item | 1 at 0,6 hidden fixed 01 focus cmdExit",
                  {"This will permanently DELETE all contents of 'Bike'. Are you sure?"}, std::nullopt, {{"NumCats.csv", " 0 \r\n"},
                  {"CatFiles.csv", ""}, {"Bike.csv", "<missing>"}}},
+        // Delete All drops every .csv (picture links too) and keeps colours,
+        // pictures and help; picture links stay behind a rename and a delete.
+        CommandCase{"PictureLinksGoOnlyWithDeleteAll", {{"Bike", {{"Bike item"}}}, {"Car", {}}}, -1, [](Harness& h, qm::frmMain& m) {
+                         for (const char* keep : {"HColor", "NoPic.jpg", "Readme.htm"}) writeFile(h.data(keep), "keep");
+                         writeFile(h.data("BikeBike item.csv"), "/pictures/bike.jpg\r\n");
+                         h.selectCategory(0);
+                         h.click(m.cmdRenameCat);
+                         h.selectCategory(0);
+                         h.click(m.cmdDeleteCategory);
+                         EXPECT_TRUE(std::filesystem::exists(h.data("BikeBike item.csv")));
+                         h.menu("mnuDelAllCats");
+                     }, {"Bicycle"}, "| - \"\" | Item | 1 at 0,6 hidden fixed 01 focus cmdAddAsset",
+                 {"This will permanently DELETE all contents of 'Bicycle'. Are you sure?",
+                  "WARNING: This will DELETE ALL Categories and ERASE EVERYTHING from the whole asset database. Are you sure?"},
+                 std::nullopt,
+                 {{"NumCats.csv", " 0 \r\n"}, {"CatFiles.csv", ""}, {"Car.csv", "<missing>"}, {"BikeBike item.csv", "<missing>"},
+                  {"HColor", "keep"}, {"NoPic.jpg", "keep"}, {"Readme.htm", "keep"}}},
         CommandCase{"DeleteAllOnAnEmptyListAsksNothing", oneItemEach({}), -1, [](Harness& h, qm::frmMain&) { h.menu("mnuDelAllCats"); }, {},
                  "| - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, std::nullopt,
                  {{"NumCats.csv", " 0 \r\n"}, {"CatFiles.csv", ""}}}),
@@ -304,30 +321,6 @@ TEST_F(Commands, AddToAnEmptyListAfterAnEmptyCount) {
     EXPECT_EQ(m->CategoryCount.toInt16(), 1);
     EXPECT_EQ(h.text("NumCats.csv"), " 1 \r\n");
     EXPECT_EQ(h.text("CatFiles.csv"), "Mom's stuff\r\n");
-}
-
-// Delete All drops every .csv (picture links too) and keeps colours, pictures
-// and help; picture links also stay behind a rename and a delete.
-TEST_F(Commands, PictureLinksStayBehindARenameAndADeleteAndGoWithDeleteAll) {
-    h.writeCategories({{"Bike", {{"Bike item"}}}, {"Car", {}}});
-    m = &h.start();
-    for (const char* keep : {"HColor", "NoPic.jpg", "Readme.htm"}) writeFile(h.data(keep), "keep");
-    writeFile(h.data("BikeBike item.csv"), "/pictures/bike.jpg\r\n");
-    h.selectCategory(0);
-    h.dialogs.inputAnswers.push_back("Bicycle");
-    h.click(m->cmdRenameCat);
-    h.selectCategory(0);
-    h.click(m->cmdDeleteCategory);
-    EXPECT_TRUE(std::filesystem::exists(h.data("BikeBike item.csv")));
-    h.menu("mnuDelAllCats");
-    EXPECT_EQ(h.dialogs.messages.back().text,
-              "WARNING: This will DELETE ALL Categories and ERASE EVERYTHING from the whole asset database. Are you sure?");
-    EXPECT_EQ(m->lstCategory.ListCount(), 0);
-    EXPECT_EQ(h.text("NumCats.csv"), " 0 \r\n");
-    EXPECT_EQ(h.text("CatFiles.csv"), "");
-    for (const char* gone : {"Car.csv", "BikeBike item.csv"}) EXPECT_FALSE(std::filesystem::exists(h.data(gone))) << gone;
-    for (const char* keep : {"HColor", "NoPic.jpg", "Readme.htm"}) EXPECT_EQ(h.text(keep), "keep");
-    EXPECT_EQ(h.restart()->m().lstCategory.ListCount(), 0);
 }
 
 } // namespace

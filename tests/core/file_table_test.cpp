@@ -58,7 +58,7 @@ TEST_F(FileTableTest, ReadFieldGivesTheFieldsOfTheFile) {
              {"\"7\" wide\r\nnext\r\n", {"7", "next"}}, {"\"abc\r\nx,y\"tail\r\nlast\r\n", {"abc\r\nx,y", "last"}},
              {"\"abc\r\nmore", {"abc\r\nmore"}}, {"3", {"3"}}, {"a,,c\r\n", {"a", "", "c"}}, {",,\r\n", {"", "", ""}},
              {"a\rb\r", {"a", "b"}}, {"a\nb\n", {"a", "b"}}, {"a\r\n\r\nb\r\n", {"a", "", "b"}}, {"a,\r\nb\r\n", {"a", "", "b"}},
-             {"\"\",x\r\n", {"", "x"}}, {"abc  ,x \r\n", {"abc  ", "x "}}, {"a,  \"b,c\"\r\n", {"a", "b,c"}}, {"   \t ", {}}, {"", {}}})
+             {"\"\",x\r\n", {"", "x"}}, {"abc  ,x \r\n", {"abc  ", "x "}}, {"a,  \"b,c\"\r\n", {"a", "b,c"}}, {"a,b,", {"a", "b"}}, {"   \t ", {}}, {"", {}}})
         EXPECT_EQ(fieldsOf(bytes), fields) << bytes;
 }
 

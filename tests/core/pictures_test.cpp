@@ -10,10 +10,7 @@ using namespace qmtest;
 
 namespace {
 
-std::string shown(qm::frmMain& m) {
-    auto* pic = dynamic_cast<FakePicture*>(m.Pic().picItem.picture().get());
-    return pic ? pic->path : "<none>";
-}
+std::string shown(qm::frmMain& m) { return FakePicture::pathOf(m.Pic().picItem.picture()); }
 
 struct Pictures : ::testing::Test {
     Harness h;
@@ -96,13 +93,9 @@ TEST_F(Pictures, ALinkIsNeverWrittenOverACategorysFile) {
 TEST_F(Pictures, TheWindowFitsItselfAroundThePicture) {
     h.selectCategory(1);
     auto& pic = m->Pic();
-    EXPECT_EQ(pic.form.Width(), 4715);
-    EXPECT_EQ(pic.form.Height(), 4275);
-    EXPECT_EQ(pic.cmdAddPic.Top(), 2675);
-    EXPECT_EQ(pic.cmdClose.Top(), 3200);
-    EXPECT_EQ(pic.cmdAddPic.Width(), 4365);
-    EXPECT_EQ(pic.cmdClose.Width(), 4365);
-    EXPECT_EQ(pic.picItem.Left(), 120);
+    EXPECT_EQ(std::vector({pic.form.Width(), pic.form.Height(), pic.cmdAddPic.Top(), pic.cmdClose.Top(), pic.cmdAddPic.Width(),
+                           pic.cmdClose.Width(), pic.picItem.Left()}),
+              std::vector({4715, 4275, 2675, 3200, 4365, 4365, 120}));
 }
 
 } // namespace

@@ -108,6 +108,11 @@ public:
     int widthTwips() const override { return w_; }
     int heightTwips() const override { return h_; }
     std::string path;
+    // The path of a picture made here, "<none>" for any other.
+    static std::string pathOf(const std::shared_ptr<forms::Picture>& p) {
+        auto* fake = dynamic_cast<const FakePicture*>(p.get());
+        return fake ? fake->path : "<none>";
+    }
 
 private:
     int w_, h_;
