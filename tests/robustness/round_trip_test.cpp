@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <random>
 
 #include "forms/input.h"
@@ -83,13 +84,17 @@ const std::vector<std::string>& texts() {
     return t;
 }
 
-// Save to the floppy, then load it back over the data folder.
-void throughTheFloppy(Harness& h) {
-    qm::frmMain& m = h.m();
-    h.click(m.cmdSave);
-    h.click(m.cmdLoad);
-    ASSERT_FALSE(h.dialogs.messages.empty());
-    EXPECT_EQ(h.dialogs.messages.back().text, "Load complete.");
+// Runs check on a new start on what the program stored, and again after a save
+// to the floppy, a load back over the data folder and Exit.
+void checkAfterRestartAndFloppy(const Harness& stored, const std::function<void(Harness&, const std::string& when)>& check) {
+    auto again = stored.restart();
+    check(*again, "after a restart");
+    again->click(again->m().cmdSave);
+    again->click(again->m().cmdLoad);
+    ASSERT_FALSE(again->dialogs.messages.empty());
+    EXPECT_EQ(again->dialogs.messages.back().text, "Load complete.");
+    again->click(again->m().cmdExit);
+    check(*again->restart(), "after the floppy");
 }
 
 // ---- cells and item names ------------------------------------------------------------------
@@ -145,11 +150,7 @@ TEST(RoundTrip, EveryTextAsACellAndAnItemNameComesBackUnchanged) {
     }
     h.click(m.cmdExit);
     robust::Tally problems;
-    auto again = h.restart();
-    checkAllTables(*again, "after a restart", problems);
-    throughTheFloppy(*again);
-    again->click(again->m().cmdExit);
-    checkAllTables(*again->restart(), "after the floppy", problems);
+    checkAfterRestartAndFloppy(h, [&](Harness& again, const std::string& when) { checkAllTables(again, when, problems); });
     problems.finish("texts", kTexts, std::to_string(kTexts) + " texts as cells and item names");
 }
 
@@ -181,11 +182,10 @@ TEST(RoundTrip, TextsEnteredThroughTheCommandsComeBackUnchanged) {
 TEST(RoundTrip, EveryTextAsACategoryNameComesBackOrIsRefusedWithAMessage) {
     // Names the add command refuses (empty, too long for a file name) and names
     // that are already there are not made; every other one must come back.
-    TempDir data, floppy;
     std::vector<std::string> names;
     int refused = 0;
+    Harness h;
     {
-        Harness h(data.place(), floppy.place());
         qm::frmMain& m = h.start();
         std::set<std::string> seen, stems;
         for (const auto& text : texts()) {
@@ -210,23 +210,13 @@ TEST(RoundTrip, EveryTextAsACategoryNameComesBackOrIsRefusedWithAMessage) {
         h.click(m.cmdExit);
     }
     std::sort(names.begin(), names.end(), forms::ListBox::sortsBefore);
-    auto listed = [&](const char* when) {
-        Harness h(data.place(), floppy.place());
-        qm::frmMain& m = h.start();
-        std::vector<std::string> got = m.lstCategory.items();
+    checkAfterRestartAndFloppy(h, [&](Harness& again, const std::string& when) {
+        std::vector<std::string> got = again.m().lstCategory.items();
         ASSERT_EQ(got.size(), names.size()) << when;
         for (std::size_t i = 0; i < names.size(); ++i) ASSERT_EQ(got[i], names[i]) << when << ", entry " << i;
         for (const auto& n : names)
-            ASSERT_TRUE(std::filesystem::exists(h.data(storage::FileStem(n) + ".csv"))) << when << ": no file for [" << n << "]";
-    };
-    listed("after a restart");
-    {
-        Harness h(data.place(), floppy.place());
-        h.start();
-        throughTheFloppy(h);
-        h.click(h.m().cmdExit);
-    }
-    listed("after the floppy");
+            ASSERT_TRUE(std::filesystem::exists(again.data(storage::FileStem(n) + ".csv"))) << when << ": no file for [" << n << "]";
+    });
     RecordProperty("refused", refused);
     robust::Tally().finish("names", static_cast<int>(names.size()), std::to_string(names.size()) + " category names came back, " +
                            std::to_string(refused) + " refused as no name or too long for a file or the backup disk");
