@@ -1,12 +1,15 @@
 // The face on forms of its own, independent of the program: the key path of a
-// text box, the focus keys, list and check box input, buttons, and when the
-// widgets follow the model.
+// text box, the focus keys, list and check box input, buttons, when the
+// widgets follow the model, and Qt's model over a grid told in batches.
 #include <QCheckBox>
 #include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalSpy>
 
+#include "forms/grid.h"
 #include "forms/listbox.h"
+#include "qt/colors_fonts.h"
 #include "support/qt_harness.h"
 
 namespace {
@@ -54,6 +57,24 @@ struct Fixture : qttest::BareFace {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     QWidget* top() { return host.window(t->form)->window(); }
+};
+
+// A bare grid on a form of its own, for Qt's model of it alone.
+struct GridForm : qttest::BareFace {
+    GridForm() : form(rt, "frmGrid"), grid(form, nullptr, "grdGrid") {
+        form.ClientWidth = 6000;
+        form.ClientHeight = 4000;
+        grid.move(120, 120, 5000, 3000);
+        grid.setCols(5);
+        grid.setRows(50);
+        grid.setFixedRows(1);
+        grid.setFixedCols(1);
+        form.announce();
+    }
+    ~GridForm() { form.retire(); }
+    auto* model() { return w<qtface::GridView>(grid)->gridModel(); }
+    forms::Form form;
+    forms::Grid grid;
 };
 
 } // namespace
@@ -266,6 +287,67 @@ private slots:
             QCOMPARE(form.Height(), tw.twips(top->frameGeometry().height()));
         }
         form.retire();
+    }
+
+    // Hundreds of thousands of cell changes in one event reach Qt once; rows
+    // added and the count changed, as one reset.
+    void changesReachQtOncePerEvent() {
+        GridForm g;
+        auto* model = g.model();
+        QSignalSpy changed(model, &QAbstractItemModel::dataChanged);
+        QSignalSpy reset(model, &QAbstractItemModel::modelReset);
+        g.host.dispatch([&] {
+            for (int round = 0; round < 1000; ++round)
+                for (int r = 1; r < 50; ++r)
+                    for (int c = 1; c < 5; ++c) g.grid.setTextMatrix(r, c, std::to_string(round));
+        });
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(reset.count(), 0);
+        QCOMPARE(model->index(49, 4).data().toString(), QString("999"));
+        const auto args = changed.takeFirst();
+        QCOMPARE(args[0].toModelIndex(), model->index(1, 1));
+        QCOMPARE(args[1].toModelIndex(), model->index(49, 4));
+        g.host.dispatch([&] {
+            for (int i = 0; i < 1000; ++i) g.grid.AddItem("row");
+            g.grid.setRows(200);
+        });
+        QCOMPARE(reset.count(), 1);
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(model->rowCount(), 200);
+        QVERIFY(!model->index(200, 0).data().isValid() && !model->index(0, 5).data().isValid()); // outside: nothing
+    }
+
+    void fixedHeadingsOnlyWhileTheGridSaysSo() {
+        GridForm g;
+        auto* model = g.model();
+        auto back = [&](int r, int c) { return model->index(r, c).data(Qt::BackgroundRole).value<QColor>(); };
+        const QColor fixed = qtface::toQColor(g.grid.BackColorFixed, QApplication::palette());
+        g.host.dispatch([&] {
+            g.grid.setRow(2);
+            g.grid.setCol(3);
+            g.grid.setCellBackColor(0x000000FF);
+            g.grid.setCellAlignment(forms::Grid::AlignRightCenter);
+        });
+        QCOMPARE(back(0, 2), fixed);
+        QCOMPARE(back(3, 0), fixed);
+        QCOMPARE(back(2, 3), QColor(255, 0, 0));
+        QCOMPARE(model->index(2, 3).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+        // A heading cell given a colour of its own shows it.
+        g.host.dispatch([&] {
+            g.grid.setFixedRows(0);
+            g.grid.setRow(0);
+            g.grid.setCellBackColor(0x00FF0000);
+            g.grid.setRow(2);
+            g.grid.setFixedRows(1);
+        });
+        QCOMPARE(back(0, 3), QColor(0, 0, 255));
+        g.host.dispatch([&] {
+            g.grid.setFixedRows(0);
+            g.grid.setFixedCols(0);
+        });
+        const QColor plain = qtface::toQColor(g.grid.BackColor(), QApplication::palette());
+        QCOMPARE(back(0, 2), plain);
+        QCOMPARE(back(3, 0), plain);
     }
 };
 

@@ -58,7 +58,7 @@ QWidget* shownWindow(QtHarness& h, const SmallWindow& w) {
 }
 
 // The application's icon as the program sets it at its start.
-const QString kIcon = QString::fromStdString((std::filesystem::path(__FILE__).parent_path() / "../../packaging/quillmere.png").string());
+const QString kIcon = QString::fromStdString((std::filesystem::path(QT_TESTCASE_SOURCEDIR) / "../../packaging/quillmere.png").string());
 
 void saveShot(QWidget* top, const char* name) {
     const QString folder = qEnvironmentVariable("QM_SHOTS");
@@ -79,7 +79,7 @@ private slots:
         QApplication::setWindowIcon(QIcon(kIcon));
         h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
         // The help page as the program ships it.
-        std::filesystem::copy_file(std::filesystem::path(__FILE__).parent_path() / "../../data/Readme.htm",
+        std::filesystem::copy_file(std::filesystem::path(QT_TESTCASE_SOURCEDIR) / "../../data/Readme.htm",
                                    h.core.data("Readme.htm"));
         QVERIFY(h.start());
         auto& m = h.m();

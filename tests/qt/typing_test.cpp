@@ -4,13 +4,59 @@
 #include <QClipboard>
 #include <QInputMethodEvent>
 #include <QScrollBar>
+#include <QWheelEvent>
 
 #include "qt/colors_fonts.h"
 #include "support/qt_harness.h"
 
-using qttest::QtHarness;
-
 namespace {
+
+// The program's window with the cell editor over the grid, as the user meets it.
+struct Editor : qttest::QtHarness {
+    QLineEdit* t1() const { return widgetAs<QLineEdit>(main->T1); }
+    std::string cell(int r, int c) const { return std::string(main->FG1.TextMatrix(r, c)); }
+    QString shown(int r, int c) const { return grid()->model()->index(r, c).data().toString(); }
+    // In the grid's viewport.
+    QRect editorRect() const {
+        QWidget* frame = t1()->parentWidget();
+        const QPoint viewport = grid()->viewport()->mapTo(frame, QPoint(0, 0));
+        return QRect(t1()->mapTo(frame, QPoint(0, 0)) - viewport, t1()->size());
+    }
+    void clickCell(int r, int c) { QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, grid()->cellRect(r, c).center()); }
+    // A click in the editor where Qt puts the caret before character n.
+    bool clickCaret(int n) {
+        QLineEdit* e = t1();
+        for (int x = 0; x < e->width(); ++x) {
+            const QPoint p(x, e->height() / 2);
+            if (e->cursorPositionAt(p) != n) continue;
+            QTest::mouseClick(e, Qt::LeftButton, {}, p);
+            return main->T1.SelStart() == n && e->cursorPosition() == n;
+        }
+        return false;
+    }
+    // Open on the cell: the editor lies exactly over it, holds its text and the
+    // keyboard focus, and the grid draws the same text.
+    bool editorOn(int r, int c) const {
+        const QRect cellRect = grid()->cellRect(r, c);
+        const bool ok = main->FG1.Row() == r && main->FG1.Col() == c && t1()->isVisible() && QApplication::focusWidget() == t1() &&
+                        !cellRect.isEmpty() && editorRect() == cellRect && t1()->text() == QString::fromStdString(cell(r, c)) &&
+                        shown(r, c) == t1()->text();
+        if (!ok) qWarning() << "cell" << main->FG1.Row() << main->FG1.Col() << t1()->isVisible() << editorRect() << cellRect << t1()->text();
+        return ok;
+    }
+    bool caretAtEnd() const { return t1()->cursorPosition() == t1()->text().size() && main->T1.SelStart() == main->T1.length(); }
+    // Keys go to whichever widget Qt gives the keyboard focus.
+    QWidget* focus() const { return QApplication::focusWidget() ? QApplication::focusWidget() : topWidget(); }
+    void key(int k, Qt::KeyboardModifiers mods = {}) { QTest::keyClick(focus(), static_cast<Qt::Key>(k), mods); }
+    void type(const QString& s) { QTest::keyClicks(focus(), s); }
+    // The mouse wheel turned over the grid, notches towards the top.
+    void wheel(int notches) {
+        QWidget* vp = grid()->viewport();
+        const QPointF at(vp->width() / 2.0, vp->height() / 2.0);
+        QWheelEvent e(at, vp->mapToGlobal(at), {}, QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(vp, &e);
+    }
+};
 
 // One key in the editor on a cell, with the caret at a place and some text
 // typed first: where the editor is then, what the cell typed in holds, and the
@@ -61,11 +107,11 @@ const KeyCase kKeys[] = {
 // Each test has the window with Garage open (init), and an empty Kitchen beside it.
 class TypingTest : public QObject {
     Q_OBJECT
-    std::unique_ptr<QtHarness> h;
+    std::unique_ptr<Editor> h;
     qm::frmMain& m() { return h->m(); }
 private slots:
     void init() {
-        h = std::make_unique<QtHarness>();
+        h = std::make_unique<Editor>();
         QVERIFY(h->open({{"Garage", qttest::kGarage}, {"Kitchen", {}}}));
     }
     void cleanup() { h.reset(); }
@@ -163,7 +209,7 @@ private slots:
     // the wheel or by the scroll bar, brings it back with the editor open on it and
     // goes on into the editor: the text typed before and after stays.
     void scrollingWhileEditingNeverWritesAnotherCell() {
-        h = std::make_unique<QtHarness>();
+        h = std::make_unique<Editor>();
         QVERIFY(h->open({{"Garage", qttest::itemRows(40)}}));
         auto& g = m().FG1;
         QScrollBar* bar = h->grid()->verticalScrollBar();

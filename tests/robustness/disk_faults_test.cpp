@@ -31,7 +31,6 @@ namespace {
 // Which writes fail: every one of the first walk and of Exit (a walk too), and
 // an even spread over the rest of the session.
 std::vector<long> faultsToInject(const Reference& ref) {
-    if (const char* one = std::getenv("QM_FAULT_AT")) return {std::atol(one)};
     const auto& steps = sessionSteps();
     std::size_t firstWalk = 0;
     while (firstWalk < steps.size() && steps[firstWalk].what != "walk") ++firstWalk;
@@ -42,13 +41,14 @@ std::vector<long> faultsToInject(const Reference& ref) {
         const bool whole = step == firstWalk + 1 || step == steps.size();
         if (whole || spread++ % 23 == 0) ks.push_back(k);
     }
-    return ks;
+    return pointsOr("QM_FAULT_AT", ks);
 }
 
 // A run with a fault can make fewer operations than the reference run (a
 // stopped walk or save is not done again in full), so a few faults numbered
 // near the end may never come; they are counted, not failed.
 TEST(DiskFaults, NoFaultLeavesACutFileALeftoverAnotherListOrLostRows) {
+    const std::string never = "a fault that never came";
     int injected = 0;
     Tally problems;
     const Reference& ref = reference();
@@ -66,7 +66,7 @@ TEST(DiskFaults, NoFaultLeavesACutFileALeftoverAnotherListOrLostRows) {
             Rig rig(f.data.place(), f.floppy.place(), files);
             runSessionRetrying(rig.h, *rig.main, ref);
             if (files.count() <= k) {
-                problems.add("a fault that never came", where);
+                problems.add(never, where);
                 continue;
             }
             for (const auto& [name, contents] : files.committed)
@@ -82,42 +82,25 @@ TEST(DiskFaults, NoFaultLeavesACutFileALeftoverAnotherListOrLostRows) {
             if (t != r.tables.end() && t->second != table) problems.add("a category without the rows typed into it", where + ": [" + name + "]");
         }
     }
-    std::printf("%d faults injected, one a session, among %zu operations that change a file\n", injected,
-                ref.writeOps.size());
-    RecordProperty("faults", injected);
-    const std::string never = "a fault that never came";
     EXPECT_GT(injected, 300) << problems.report(never);
-    for (const auto& [kind, where] : problems.byKind)
-        if (kind != never) ADD_FAILURE() << problems.report(kind);
+    problems.finish("faults", injected, std::to_string(injected) + " faults injected, one a session, among " +
+                    std::to_string(ref.writeOps.size()) + " operations that change a file", never);
 }
 
 // ---- a real full disk -----------------------------------------------------------------
 
-// A small tmpfs, mounted for the test and gone with it.
-class SmallFileSystem {
-public:
+// A small tmpfs, mounted for the test and gone with it; why says why it could not be.
+struct SmallFileSystem {
+    TempDir dir;
+    std::string why;
     explicit SmallFileSystem(const std::string& size) {
-        if (::geteuid() != 0) {
-            why_ = "needs root to mount a small file system";
-            return;
-        }
-        if (::mount("tmpfs", dir_.path().c_str(), "tmpfs", 0, ("size=" + size).c_str()) != 0) {
-            why_ = std::string("can't mount a tmpfs here: ") + std::strerror(errno);
-            return;
-        }
-        mounted_ = true;
+        if (::geteuid() != 0) why = "needs root to mount a small file system";
+        else if (::mount("tmpfs", dir.path().c_str(), "tmpfs", 0, ("size=" + size).c_str()) != 0)
+            why = std::string("can't mount a tmpfs here: ") + std::strerror(errno);
     }
     ~SmallFileSystem() {
-        if (mounted_) ::umount2(dir_.path().c_str(), MNT_DETACH);
+        if (why.empty()) ::umount2(dir.path().c_str(), MNT_DETACH);
     }
-    bool mounted() const { return mounted_; }
-    const std::string& why() const { return why_; }
-    std::filesystem::path path() const { return dir_.path(); }
-
-private:
-    TempDir dir_;
-    bool mounted_ = false;
-    std::string why_;
 };
 
 // Writes a file until the file system has no byte left.
@@ -134,8 +117,8 @@ void fillUp(const std::filesystem::path& file) {
 
 TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
     SmallFileSystem fs("2m");
-    if (!fs.mounted()) GTEST_SKIP() << fs.why();
-    const std::filesystem::path data = fs.path() / "data";
+    if (!fs.why.empty()) GTEST_SKIP() << fs.why;
+    const std::filesystem::path data = fs.dir.path() / "data";
     std::filesystem::create_directory(data);
     TempDir floppy;
     const std::string place = data.string() + "/";
@@ -149,7 +132,7 @@ TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
         Harness h(place, floppy.place());
         qm::frmMain& m = h.startAndClick(3); // stores the whole database once, as it stands
         before = folderContents(data);
-        fillUp(fs.path() / "filler");
+        fillUp(fs.dir.path() / "filler");
         forms::input::clickCell(h.runtime, m.FG1, 1, 1);
         forms::input::text(h.runtime, m.T1, U"99");
         h.focus(m.cmdAddAsset);
@@ -161,7 +144,7 @@ TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
     EXPECT_EQ(folderContents(data), before) << "a file was changed while the disk was full";
 
     // With room again, everything is there and the program stores again.
-    std::filesystem::remove(fs.path() / "filler");
+    std::filesystem::remove(fs.dir.path() / "filler");
     Restart r = restartOn(place, floppy.place());
     EXPECT_EQ(r.list.size(), 24u);
     {

@@ -18,7 +18,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <algorithm>
+#include <array>
 #include <random>
 
 #include <sys/mman.h>
@@ -40,14 +42,13 @@ constexpr unsigned kSeed = 20240611;
 
 // Operation numbers spread over the whole session: one drawn from each of n equal stretches.
 std::vector<long> pointsToRun(long total, int n, unsigned seed) {
-    if (const char* one = std::getenv("QM_KILL_AT")) return {std::atol(one)};
     std::mt19937 rng(seed);
     std::vector<long> points;
     for (int i = 0; i < n; ++i) {
         long lo = total * i / n, hi = std::max(lo + 1, total * (i + 1) / n);
         points.push_back(std::uniform_int_distribution<long>(lo, hi - 1)(rng));
     }
-    return points;
+    return pointsOr("QM_KILL_AT", points);
 }
 
 // The step a child is in, where the parent can read it after the child's end:
@@ -59,15 +60,14 @@ std::size_t* sharedStep() {
     return static_cast<std::size_t*>(page);
 }
 
-struct ChildEnd {
-    int status = 0;
-    std::size_t step = 0; // the step under way at the end
-};
+volatile std::sig_atomic_t endRequested = 0;
+extern "C" void onEndRequest(int) { endRequested = 1; }
 
-// Runs the session in a child process on the folders; `arm` prepares the
-// child's files port, `beforeStep` runs ahead of each step and at the end.
-ChildEnd runChild(Folders& f, const std::function<void(CountingFiles&)>& arm,
-                  const std::function<bool(qm::frmMain&, Harness&)>& beforeStep = {}) {
+// Runs the session in a child process on the folders and raises sig at its
+// k-th file operation (a SIGKILL there cuts a write short first). As in the
+// desktop program, an end request waits for the input under way, then ends the
+// program. Gives the child's status and the step under way at its end.
+std::pair<int, std::size_t> runChild(Folders& f, long k, int sig) {
     std::size_t* step = sharedStep();
     *step = 0;
     std::fflush(nullptr);
@@ -77,13 +77,20 @@ ChildEnd runChild(Folders& f, const std::function<void(CountingFiles&)>& arm,
         int code = 0;
         ::setenv("TMPDIR", f.scratch.path().c_str(), 1); // removed with f, however the child ends
         try {
+            struct sigaction sa {};
+            sa.sa_handler = onEndRequest;
+            sigemptyset(&sa.sa_mask);
+            for (int s : {SIGTERM, SIGHUP, SIGINT}) sigaction(s, &sa, nullptr);
             CountingFiles files;
+            if (sig == SIGKILL) files.cutWriteAt = k;
+            files.hook = [k, sig](long n, FileOp, const std::string&) {
+                if (n == k) ::raise(sig);
+            };
             Rig rig(f.data.place(), f.floppy.place(), files);
-            arm(files);
             auto before = [&](std::size_t i) {
-                if (beforeStep && !beforeStep(*rig.main, rig.h)) return false;
-                if (i < sessionLength()) *step = i;
-                return true;
+                if (endRequested) rig.h.runtime.dispatch([&] { rig.main->Form_Terminate(); });
+                else if (i < sessionLength()) *step = i;
+                return !endRequested;
             };
             runSession(rig.h, *rig.main, before);
             before(sessionLength());
@@ -92,54 +99,52 @@ ChildEnd runChild(Folders& f, const std::function<void(CountingFiles&)>& arm,
         }
         std::_Exit(code);
     }
-    ChildEnd end;
-    ::waitpid(pid, &end.status, 0);
-    end.step = *step;
-    return end;
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return {status, *step};
 }
 
-// Every problem kind is reported with the first places that showed it.
-TEST(KillTest, SigkillLeavesWholeFilesAndAnIndexOfBeforeOrAfterTheStep) {
-    int killed = 0;
-    Tally problems;
-    const Reference& ref = reference();
-    for (long k : pointsToRun(ref.totalOps, kKillPoints, kSeed)) {
+// One child for each point, each on fresh folders, with the signal signalOf(p)
+// for the p-th; check looks at what a child that ended as the signal should
+// end it left. Gives how many did.
+int sweep(const std::vector<long>& points, const std::function<int(std::size_t)>& signalOf, Tally& problems,
+          const std::function<void(Folders& f, std::size_t step, const std::string& where)>& check) {
+    int ended = 0;
+    for (std::size_t p = 0; p < points.size(); ++p) {
+        const int sig = signalOf(p);
         Folders f;
-        ChildEnd end = runChild(f, [k](CountingFiles& files) {
-            files.cutWriteAt = k;
-            files.hook = [k](long n, FileOp, const std::string&) {
-                if (n == k) ::raise(SIGKILL);
-            };
-        });
-        const std::size_t step = end.step;
-        const std::string where = "SIGKILL at operation " + std::to_string(k) + ", " + stepName(step);
-        if (!WIFSIGNALED(end.status) || WTERMSIG(end.status) != SIGKILL) {
-            problems.add("a child that was not killed", where + " (status " + std::to_string(end.status) + ")");
+        const auto [status, step] = runChild(f, points[p], sig);
+        const std::string where = std::string(strsignal(sig)) + " at operation " + std::to_string(points[p]) + ", " + stepName(step);
+        const bool asItShould = sig == SIGKILL ? WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL
+                                               : WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        if (!asItShould) {
+            problems.add("a child that did not end as its signal ends it", where + " (status " + std::to_string(status) + ")");
             continue;
         }
-        ++killed;
+        ++ended;
+        check(f, step, where);
+    }
+    return ended;
+}
 
+TEST(KillTest, SigkillLeavesWholeFilesAndAnIndexOfBeforeOrAfterTheStep) {
+    Tally problems;
+    const Reference& ref = reference();
+    const int killed = sweep(pointsToRun(ref.totalOps, kKillPoints, kSeed), [](std::size_t) { return SIGKILL; }, problems,
+                             [&](Folders& f, std::size_t step, const std::string& where) {
         const auto contents = folderContents(f.data.path());
         checkWholeFiles(f.data.path(), ref.versions, problems, "a cut file, or one the program never wrote", where);
         Restart r = restartOn(f.data.place(), f.floppy.place());
         for (const auto& name : r.list)
             if (!contents.count(storage::FileStem(name) + ".csv")) problems.add("an index naming a category without a file", where + ": [" + name + "]");
-        const auto& before = ref.lists[step];
-        const auto& after = ref.lists[step + 1];
-        if (r.list != before && r.list != after) problems.add("an index that is neither the list before nor the one after the step", where + ": " + describeList(r.list));
+        if (r.list != ref.lists[step] && r.list != ref.lists[step + 1])
+            problems.add("an index that is neither the list before nor the one after the step", where + ": " + describeList(r.list));
         auto count = storage::Value::text(r.count).toInt16();
         if (!count || *count != static_cast<int>(r.list.size()))
             problems.add("a count that is not the number of names", where + ": count [" + r.count + "], " + std::to_string(r.list.size()) + " names");
-    }
-    std::printf("%d SIGKILLs at points spread over a session of %ld file operations\n", killed, ref.totalOps);
-    RecordProperty("kills", killed);
-    for (const auto& [kind, where] : problems.byKind) ADD_FAILURE() << problems.report(kind);
+    });
+    problems.finish("kills", killed, std::to_string(killed) + " SIGKILLs at points spread over a session of " + std::to_string(ref.totalOps) + " file operations");
 }
-
-// ---- end requests ------------------------------------------------------------------------
-
-volatile std::sig_atomic_t endRequested = 0;
-extern "C" void onEndRequest(int) { endRequested = 1; }
 
 // What Exit right after step s leaves in the data folder.
 const std::map<std::string, std::string>& exitAfter(std::size_t s) {
@@ -156,55 +161,22 @@ const std::map<std::string, std::string>& exitAfter(std::size_t s) {
 }
 
 TEST(KillTest, EndSignalsLeaveWhatExitLeaves) {
-    const Reference& ref = reference();
-    const int signals[] = {SIGTERM, SIGHUP, SIGINT};
     Tally problems;
-    int ended = 0;
     const char* only = std::getenv("QM_KILL_SIGNAL");
-    std::vector<long> points = pointsToRun(ref.totalOps, kSignalPoints, kSeed + 1);
-    for (std::size_t p = 0; p < points.size(); ++p) {
-        const long k = points[p];
-        const int sig = only ? std::atoi(only) : signals[p % 3];
-        Folders f;
-        ChildEnd end = runChild(
-            f,
-            [k, sig](CountingFiles& files) {
-                struct sigaction sa {};
-                sa.sa_handler = onEndRequest;
-                sigemptyset(&sa.sa_mask);
-                for (int s : {SIGTERM, SIGHUP, SIGINT}) sigaction(s, &sa, nullptr);
-                files.hook = [k, sig](long n, FileOp, const std::string&) {
-                    if (n == k) ::raise(sig);
-                };
-            },
-            // As the desktop program does: the request waits for the input under way, then ends the program.
-            [](qm::frmMain& m, Harness& h) {
-                if (!endRequested) return true;
-                h.runtime.dispatch([&] { m.Form_Terminate(); });
-                return false;
-            });
-        const std::size_t step = end.step;
-        const std::string where = std::string(strsignal(sig)) + " at operation " + std::to_string(k) + ", " + stepName(step);
-        if (!WIFEXITED(end.status) || WEXITSTATUS(end.status) != 0) {
-            problems.add("a child that did not end normally", where + " (status " + std::to_string(end.status) + ")");
-            continue;
-        }
-        ++ended;
+    auto signalOf = [only](std::size_t p) { return only ? std::atoi(only) : std::array{SIGTERM, SIGHUP, SIGINT}[p % 3]; };
+    const int ended = sweep(pointsToRun(reference().totalOps, kSignalPoints, kSeed + 1), signalOf, problems,
+                            [&](Folders& f, std::size_t step, const std::string& where) {
         if (!leftoverTemporaries(f.data.path()).empty()) problems.add("unfinished files left behind", where);
         const auto contents = folderContents(f.data.path());
         const auto& expected = exitAfter(step);
-        if (contents != expected) {
-            std::string diff;
-            for (const auto& [name, bytes] : expected)
-                if (!contents.count(name) || contents.at(name) != bytes) diff += " [" + name + "]";
-            for (const auto& [name, bytes] : contents)
-                if (!expected.count(name)) diff += " +[" + name + "]";
-            problems.add("files that differ from Exit's", where + ":" + diff);
-        }
-    }
-    RecordProperty("ends", ended);
-    std::printf("%d end requests (SIGTERM, SIGHUP, SIGINT in turn) ended the session\n", ended);
-    for (const auto& [kind, where] : problems.byKind) ADD_FAILURE() << problems.report(kind);
+        std::string diff;
+        for (const auto& [name, bytes] : expected)
+            if (!contents.count(name) || contents.at(name) != bytes) diff += " [" + name + "]";
+        for (const auto& [name, bytes] : contents)
+            if (!expected.count(name)) diff += " +[" + name + "]";
+        if (!diff.empty()) problems.add("files that differ from Exit's", where + ":" + diff);
+    });
+    problems.finish("ends", ended, std::to_string(ended) + " end requests (SIGTERM, SIGHUP, SIGINT in turn) ended the session");
 }
 
 } // namespace

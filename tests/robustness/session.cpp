@@ -1,6 +1,9 @@
 #include "session.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "forms/failure.h"
@@ -10,7 +13,6 @@
 namespace robust {
 
 namespace fs = std::filesystem;
-using qmtest::Harness;
 using qmtest::Table;
 
 namespace {
@@ -34,116 +36,101 @@ std::vector<std::string> itemRow(std::size_t cat, std::size_t i) {
             i % 6 == 3 ? " SN " + n : "SN-" + std::to_string(cat) + "-" + n};
 }
 
-int indexOf(qm::frmMain& m, const std::string& name) {
+void open(Harness& h, qm::frmMain& m, const std::string& name) {
     const auto& items = m.lstCategory.items();
     auto it = std::find(items.begin(), items.end(), name);
     if (it == items.end()) throw std::logic_error("the session expects a category named " + name);
-    return static_cast<int>(it - items.begin());
+    forms::input::selectEntry(h.runtime, m.lstCategory, static_cast<int>(it - items.begin()));
 }
 
-void open(Harness& h, qm::frmMain& m, const std::string& name) {
-    forms::input::selectEntry(h.runtime, m.lstCategory, indexOf(m, name));
+using Run = std::function<void(Harness&, qm::frmMain&)>;
+
+Run openStep(std::string name) {
+    return [name](Harness& h, qm::frmMain& m) { open(h, m, name); };
 }
 
-void type(Harness& h, qm::frmMain& m, int row, int col, const std::u32string& text) {
-    forms::input::clickCell(h.runtime, m.FG1, row, col);
-    forms::input::text(h.runtime, m.T1, text);
+// Text typed into the editor: on the cell clicked first, or where the editor stands (row 0).
+Run typeStep(int row, int col, std::u32string text) {
+    return [=](Harness& h, qm::frmMain& m) {
+        if (row > 0) forms::input::clickCell(h.runtime, m.FG1, row, col);
+        forms::input::text(h.runtime, m.T1, text);
+    };
 }
 
-void menu(Harness& h, qm::frmMain& m, const char* entry) { forms::input::menu(h.runtime, *m.form.menuBar().find(entry)); }
-
-// A walk: the focus goes elsewhere, then back to the list.
-void walk(Harness& h, qm::frmMain& m) {
-    h.focus(m.cmdAddAsset);
-    h.focus(m.lstCategory);
+// A command's button, after a click on the item of a row (0: none), its prompt
+// answered with the name or, for none, its question with Yes.
+Run command(forms::Button qm::frmMain::*button, std::string name = "", int row = 0) {
+    return [=](Harness& h, qm::frmMain& m) {
+        if (row > 0) forms::input::clickCell(h.runtime, m.FG1, row, 1);
+        if (name.empty()) h.dialogs.msgAnswers.push_back(forms::vbYes);
+        else h.dialogs.inputAnswers.push_back(name);
+        h.click(m.*button);
+    };
 }
 
 std::vector<Step> makeSteps() {
-    std::vector<Step> s;
-    auto add = [&](std::string what, std::function<void(Harness&, qm::frmMain&)> f) { s.push_back({std::move(what), std::move(f)}); };
-    add("open Car parts", [](Harness& h, qm::frmMain& m) { open(h, m, "Car parts"); });
-    add("type a cost", [](Harness& h, qm::frmMain& m) { type(h, m, 2, 1, U"19.99"); });
-    add("type a description with a comma and quotes", [](Harness& h, qm::frmMain& m) { type(h, m, 3, 6, U", boxed \"new\""); });
-    add("open Kitchen", [](Harness& h, qm::frmMain& m) { open(h, m, "Kitchen"); });
-    add("add an item", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.inputAnswers.push_back("Lamp, desk");
-        h.click(m.cmdAddAsset);
-    });
-    add("type its cost", [](Harness& h, qm::frmMain& m) { forms::input::text(h.runtime, m.T1, U"45"); });
-    add("rename an item", [](Harness& h, qm::frmMain& m) {
-        forms::input::clickCell(h.runtime, m.FG1, 1, 1);
-        h.dialogs.inputAnswers.push_back("Kettle ✓");
-        h.click(m.cmdRenameItem);
-    });
-    add("delete an item", [](Harness& h, qm::frmMain& m) {
-        forms::input::clickCell(h.runtime, m.FG1, 2, 1);
-        h.dialogs.msgAnswers.push_back(forms::vbYes);
-        h.click(m.cmdDeleteAsset);
-    });
-    add("walk", walk);
-    add("add a category", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.inputAnswers.push_back("Garden \"tools\", misc");
-        h.click(m.cmdAddCategory);
-    });
-    add("add its first item", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.inputAnswers.push_back("Rake");
-        h.click(m.cmdAddAsset);
-    });
-    add("type the item's cost", [](Harness& h, qm::frmMain& m) { forms::input::text(h.runtime, m.T1, U"7.5"); });
-    add("open Antiques", [](Harness& h, qm::frmMain& m) { open(h, m, "Antiques"); });
-    add("type a value", [](Harness& h, qm::frmMain& m) { type(h, m, 1, 2, U"1200"); });
-    add("open Records", [](Harness& h, qm::frmMain& m) { open(h, m, "Records"); });
-    add("rename Records", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.inputAnswers.push_back("Vinyl records");
-        h.click(m.cmdRenameCat);
-    });
-    add("type in the renamed category", [](Harness& h, qm::frmMain& m) { type(h, m, 1, 3, U" flea market"); });
-    add("open Lamps", [](Harness& h, qm::frmMain& m) { open(h, m, "Lamps"); });
-    add("delete Lamps", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.msgAnswers.push_back(forms::vbYes);
-        h.click(m.cmdDeleteCategory);
-    });
-    add("open Zoo tickets", [](Harness& h, qm::frmMain& m) { open(h, m, "Zoo tickets 🎟"); });
-    add("delete all its items", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.msgAnswers.push_back(forms::vbYes);
-        menu(h, m, "mnuDelItems");
-    });
-    add("open Watches", [](Harness& h, qm::frmMain& m) { open(h, m, "Watches"); });
-    add("type a warranty date", [](Harness& h, qm::frmMain& m) { type(h, m, 2, 5, U"12/31/2030"); });
-    add("open the first category", [](Harness& h, qm::frmMain& m) { open(h, m, " Attic boxes"); });
-    add("delete it", [](Harness& h, qm::frmMain& m) {
-        h.dialogs.msgAnswers.push_back(forms::vbYes);
-        h.click(m.cmdDeleteCategory);
-    });
-    add("open Tools", [](Harness& h, qm::frmMain& m) { open(h, m, "Tools"); });
-    add("type a name", [](Harness& h, qm::frmMain& m) { type(h, m, 3, 1, U"3"); });
-    add("walk", walk);
-    add("type once more", [](Harness& h, qm::frmMain& m) { type(h, m, 1, 6, U" (boxed)"); });
-    add("exit", [](Harness& h, qm::frmMain& m) { h.click(m.cmdExit); });
-    return s;
+    using F = qm::frmMain;
+    // A walk: the focus goes elsewhere, then back to the list.
+    const Run walk = [](Harness& h, F& m) {
+        h.focus(m.cmdAddAsset);
+        h.focus(m.lstCategory);
+    };
+    return {
+        {"open Car parts", openStep("Car parts")},
+        {"type a cost", typeStep(2, 1, U"19.99")},
+        {"type a description with a comma and quotes", typeStep(3, 6, U", boxed \"new\"")},
+        {"open Kitchen", openStep("Kitchen")},
+        {"add an item", command(&F::cmdAddAsset, "Lamp, desk")},
+        {"type its cost", typeStep(0, 0, U"45")},
+        {"rename an item", command(&F::cmdRenameItem, "Kettle ✓", 1)},
+        {"delete an item", command(&F::cmdDeleteAsset, "", 2)},
+        {"walk", walk},
+        {"add a category", command(&F::cmdAddCategory, "Garden \"tools\", misc")},
+        {"add its first item", command(&F::cmdAddAsset, "Rake")},
+        {"type the item's cost", typeStep(0, 0, U"7.5")},
+        {"open Antiques", openStep("Antiques")},
+        {"type a value", typeStep(1, 2, U"1200")},
+        {"open Records", openStep("Records")},
+        {"rename Records", command(&F::cmdRenameCat, "Vinyl records")},
+        {"type in the renamed category", typeStep(1, 3, U" flea market")},
+        {"open Lamps", openStep("Lamps")},
+        {"delete Lamps", command(&F::cmdDeleteCategory)},
+        {"open Zoo tickets", openStep("Zoo tickets 🎟")},
+        {"delete all its items",
+         [](Harness& h, F& m) {
+             h.dialogs.msgAnswers.push_back(forms::vbYes);
+             forms::input::menu(h.runtime, *m.form.menuBar().find("mnuDelItems"));
+         }},
+        {"open Watches", openStep("Watches")},
+        {"type a warranty date", typeStep(2, 5, U"12/31/2030")},
+        {"open the first category", openStep(" Attic boxes")},
+        {"delete it", command(&F::cmdDeleteCategory)},
+        {"open Tools", openStep("Tools")},
+        {"type a name", typeStep(3, 1, U"3")},
+        {"walk", walk},
+        {"type once more", typeStep(1, 6, U" (boxed)")},
+        {"exit", [](Harness& h, F& m) { h.click(m.cmdExit); }},
+    };
 }
 
-class CountingOutput : public forms::OutputStream {
-public:
+struct CountingOutput : forms::OutputStream {
     CountingOutput(CountingFiles& owner, std::unique_ptr<forms::OutputStream> out, std::string path)
-        : owner_(owner), out_(std::move(out)), path_(std::move(path)) {}
+        : owner(owner), out(std::move(out)), path(std::move(path)) {}
     void write(const char* data, std::size_t n) override {
         // A write cut short by the end of the process: half its bytes reach the file.
-        if (owner_.count() == owner_.cutWriteAt) out_->write(data, n / 2);
-        owner_.op(FileOp::Write, path_);
-        out_->write(data, n);
-        content_.append(data, n);
+        if (owner.count() == owner.cutWriteAt) out->write(data, n / 2);
+        owner.op(FileOp::Write, path);
+        out->write(data, n);
+        content.append(data, n);
     }
     void commit() override {
-        owner_.op(FileOp::Commit, path_);
-        out_->commit();
-        owner_.committed[fs::path(path_).filename().string()].push_back(content_);
+        owner.op(FileOp::Commit, path);
+        out->commit();
+        owner.committed[fs::path(path).filename().string()].push_back(content);
     }
-private:
-    CountingFiles& owner_;
-    std::unique_ptr<forms::OutputStream> out_;
-    std::string path_;
-    std::string content_;
+    CountingFiles& owner;
+    std::unique_ptr<forms::OutputStream> out;
+    std::string path, content;
 };
 
 } // namespace
@@ -173,13 +160,8 @@ std::string stepName(std::size_t i) {
 }
 
 const char* opName(FileOp op) {
-    switch (op) {
-    case FileOp::OpenRead: return "open for reading";
-    case FileOp::OpenWrite: return "open for writing";
-    case FileOp::Write: return "write";
-    case FileOp::Commit: return "close and rename";
-    default: return "remove";
-    }
+    static const char* const names[] = {"open for reading", "open for writing", "write", "close and rename", "remove"};
+    return names[static_cast<int>(op)];
 }
 
 void CountingFiles::op(FileOp kind, const std::string& path) {
@@ -237,10 +219,6 @@ void checkWholeFiles(const fs::path& dir, const std::map<std::string, std::set<s
     }
 }
 
-void copyFolder(const fs::path& from, const fs::path& to) {
-    fs::copy(from, to, fs::copy_options::overwrite_existing | fs::copy_options::recursive);
-}
-
 Restart restartOn(const std::string& dataPlace, const std::string& floppyPlace) {
     Harness fresh(dataPlace, floppyPlace);
     auto& m = fresh.start();
@@ -251,26 +229,20 @@ Restart restartOn(const std::string& dataPlace, const std::string& floppyPlace) 
     return r;
 }
 
-namespace {
-// The start database, written once and copied for each run.
-const qmtest::TempDir& startDatabase() {
-    static qmtest::TempDir data, floppy;
-    static bool made = false;
-    if (!made) {
-        Harness writer(data.place(), floppy.place());
+Folders::Folders() {
+    // The start database, written once and copied for each run.
+    static const qmtest::TempDir start, floppy;
+    [[maybe_unused]] static const bool made = [] {
+        Harness writer(start.place(), floppy.place());
         writeStartDatabase(writer);
-        made = true;
-    }
-    return data;
+        return true;
+    }();
+    fs::copy(start.path(), data.path(), fs::copy_options::overwrite_existing | fs::copy_options::recursive);
 }
-} // namespace
 
-Folders::Folders() { copyFolder(startDatabase().path(), data.path()); }
-
-const Reference& reference() {
-    static Reference r;
-    static bool done = false;
-    if (done) return r;
+namespace {
+Reference measureReference() {
+    Reference r;
     Folders f;
     for (const auto& [name, bytes] : folderContents(f.data.path())) r.versions[name].insert(bytes);
     {
@@ -280,21 +252,35 @@ const Reference& reference() {
         };
         Rig rig(f.data.place(), f.floppy.place(), files);
         qm::frmMain& m = *rig.main;
-        runSession(rig.h, m, [&](std::size_t) {
-            r.stepStart.push_back(files.count());
+        auto note = [&] {
             r.lists.push_back(m.lstCategory.items());
             r.selected.push_back(m.lstCategory.Text());
+        };
+        runSession(rig.h, m, [&](std::size_t) {
+            r.stepStart.push_back(files.count());
+            note();
             return true;
         });
-        r.lists.push_back(m.lstCategory.items());
-        r.selected.push_back(m.lstCategory.Text());
+        note();
         r.lists[0] = r.lists[1]; // nothing is listed before the start, and the start changes no file
         r.totalOps = files.count();
         for (const auto& [name, contents] : files.committed)
             for (const auto& c : contents) r.versions[name].insert(c);
     }
     r.end = restartOn(f.data.place(), f.floppy.place());
-    done = true;
+    return r;
+}
+
+// Whether a message since the n-th said that a category could not be saved.
+bool toldUnsaved(const qmtest::ScriptedDialogs& d, std::size_t since) {
+    for (std::size_t i = since; i < d.messages.size(); ++i)
+        if (d.messages[i].text.find("could not be saved") != std::string::npos) return true;
+    return false;
+}
+} // namespace
+
+const Reference& reference() {
+    static const Reference r = measureReference();
     return r;
 }
 
@@ -302,12 +288,6 @@ std::size_t stepOfOp(const Reference& r, long n) {
     std::size_t s = 0;
     while (s + 1 < r.stepStart.size() && r.stepStart[s + 1] <= n) ++s;
     return s;
-}
-
-bool toldUnsaved(const qmtest::ScriptedDialogs& d, std::size_t since) {
-    for (std::size_t i = since; i < d.messages.size(); ++i)
-        if (d.messages[i].text.find("could not be saved") != std::string::npos) return true;
-    return false;
 }
 
 void runSessionRetrying(Harness& h, qm::frmMain& m, const Reference& ref) {
@@ -325,11 +305,6 @@ void runSessionRetrying(Harness& h, qm::frmMain& m, const Reference& ref) {
     }
 }
 
-std::size_t Tally::count(const std::string& kind) const {
-    auto it = byKind.find(kind);
-    return it == byKind.end() ? 0 : it->second.size();
-}
-
 std::string Tally::report(const std::string& kind) const {
     auto it = byKind.find(kind);
     if (it == byKind.end()) return "";
@@ -343,6 +318,18 @@ std::string Tally::report(const std::string& kind) const {
         if (outcomes.size() == 6) break;
     }
     return s;
+}
+
+void Tally::finish(const char* property, int value, const std::string& figure, const std::string& tolerated) const {
+    std::printf("%s\n", figure.c_str());
+    ::testing::Test::RecordProperty(property, value);
+    for (const auto& [kind, where] : byKind)
+        if (kind != tolerated) ADD_FAILURE() << report(kind);
+}
+
+std::vector<long> pointsOr(const char* replay, std::vector<long> points) {
+    if (const char* one = std::getenv(replay)) return {std::atol(one)};
+    return points;
 }
 
 std::string describeList(const std::vector<std::string>& list) {

@@ -1,7 +1,8 @@
 #pragma once
 // A user's session on a database of two dozen categories, step by step, and
 // a files port that counts, records and interrupts the file operations the
-// program makes during it. The kill tests and the fault sweeps replay it.
+// program makes during it. The kill tests and the fault sweeps replay it; they
+// and the round trips report what they found through a Tally.
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -16,14 +17,16 @@
 
 namespace robust {
 
+using qmtest::Harness;
+
 // Writes the database the session starts on into the data folder of h.
-void writeStartDatabase(qmtest::Harness& h);
+void writeStartDatabase(Harness& h);
 
 // One piece of user input (or a few that belong together, such as a click on
 // a cell and the text typed into it).
 struct Step {
     std::string what;
-    std::function<void(qmtest::Harness& h, qm::frmMain& m)> run;
+    std::function<void(Harness& h, qm::frmMain& m)> run;
 };
 
 // The session after the start: edits, switches, walks at the list's focus,
@@ -76,15 +79,16 @@ struct Rig {
 // Runs the start and then the steps in order. before(i) runs ahead of step i
 // (i = 0 is the start, i = 1 the first step of sessionSteps()); when it
 // returns false the session ends there.
-void runSession(qmtest::Harness& h, qm::frmMain& m, const std::function<bool(std::size_t)>& before = {});
+void runSession(Harness& h, qm::frmMain& m, const std::function<bool(std::size_t)>& before = {});
 inline std::size_t sessionLength() { return sessionSteps().size() + 1; }
 std::string stepName(std::size_t i);
 
 // Every file of a folder by name with its bytes; temporaries of unfinished writes left out.
 std::map<std::string, std::string> folderContents(const std::filesystem::path& dir);
-void copyFolder(const std::filesystem::path& from, const std::filesystem::path& to);
 
 struct Tally;
+// The operations to break the session at: these, or the one named by the environment variable replay.
+std::vector<long> pointsOr(const char* replay, std::vector<long> points);
 // Tallies under kind each file of dir whose bytes are none of the contents known for its name.
 void checkWholeFiles(const std::filesystem::path& dir, const std::map<std::string, std::set<std::string>>& versions,
                      Tally& tally, const std::string& kind, const std::string& where);
@@ -124,16 +128,16 @@ std::size_t stepOfOp(const Reference& r, long n);
 // The session run by a user who reads the program's messages: a step after
 // which the program said that a category could not be saved, and which did not
 // get where it got in the reference run, is done once more.
-void runSessionRetrying(qmtest::Harness& h, qm::frmMain& m, const Reference& ref);
-// Whether a message since the n-th said that a category could not be saved.
-bool toldUnsaved(const qmtest::ScriptedDialogs& d, std::size_t since);
+void runSessionRetrying(Harness& h, qm::frmMain& m, const Reference& ref);
 
 // Each problem found, by kind, with the first places that showed it.
 struct Tally {
     std::map<std::string, std::vector<std::string>> byKind;
     void add(const std::string& kind, const std::string& where) { byKind[kind].push_back(where); }
-    std::size_t count(const std::string& kind) const;
     std::string report(const std::string& kind) const;
+    // Prints the figure, records its value as the test's property and fails the
+    // test once for each kind of problem but the tolerated one.
+    void finish(const char* property, int value, const std::string& figure, const std::string& tolerated = "") const;
 };
 
 } // namespace robust

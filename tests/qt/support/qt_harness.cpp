@@ -1,12 +1,10 @@
 #include "support/qt_harness.h"
 
 #include <QApplication>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
 #include <QTest>
-#include <QWheelEvent>
 #include <cmath>
 
 namespace qttest {
@@ -48,47 +46,6 @@ bool QtHarness::open(const std::vector<qmtest::Harness::Category>& categories, i
     return true;
 }
 
-QRect QtHarness::editorRect() const {
-    QWidget* frame = t1()->parentWidget();
-    const QPoint viewport = grid()->viewport()->mapTo(frame, QPoint(0, 0));
-    return QRect(t1()->mapTo(frame, QPoint(0, 0)) - viewport, t1()->size());
-}
-
-void QtHarness::clickCell(int r, int c) { QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, grid()->cellRect(r, c).center()); }
-
-bool QtHarness::clickCaret(int n) {
-    QLineEdit* e = t1();
-    for (int x = 0; x < e->width(); ++x) {
-        const QPoint p(x, e->height() / 2);
-        if (e->cursorPositionAt(p) != n) continue;
-        QTest::mouseClick(e, Qt::LeftButton, {}, p);
-        return main->T1.SelStart() == n && e->cursorPosition() == n;
-    }
-    return false;
-}
-
-bool QtHarness::editorOn(int r, int c) const {
-    const QRect cellRect = grid()->cellRect(r, c);
-    const bool ok = main->FG1.Row() == r && main->FG1.Col() == c && t1()->isVisible() && QApplication::focusWidget() == t1() &&
-                    !cellRect.isEmpty() && editorRect() == cellRect && t1()->text() == QString::fromStdString(cell(r, c)) &&
-                    shown(r, c) == t1()->text();
-    if (!ok) qWarning() << "cell" << main->FG1.Row() << main->FG1.Col() << t1()->isVisible() << editorRect() << cellRect << t1()->text();
-    return ok;
-}
-
-bool QtHarness::caretAtEnd() const {
-    return t1()->cursorPosition() == t1()->text().size() && main->T1.SelStart() == main->T1.length();
-}
-
-QWidget* QtHarness::focus() const { return QApplication::focusWidget() ? QApplication::focusWidget() : topWidget(); }
-
-void QtHarness::wheel(int notches) {
-    QWidget* vp = grid()->viewport();
-    const QPointF at(vp->width() / 2.0, vp->height() / 2.0);
-    QWheelEvent e(at, vp->mapToGlobal(at), {}, QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(vp, &e);
-}
-
 const std::vector<std::vector<std::string>> kGarage = {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
                                                        {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"},
                                                        {"Lathe", "5", "5", "", "", "", "abc"}};
@@ -111,11 +68,6 @@ QStringList QtHarness::listTexts() const {
     QStringList out;
     for (int i = 0; i < list()->count(); ++i) out << list()->item(i)->text();
     return out;
-}
-
-QString QtHarness::selectedText() const {
-    const auto selected = list()->selectedItems();
-    return selected.size() == 1 ? selected.front()->text() : QString();
 }
 
 void QtHarness::click(const forms::Control& c) { QTest::mouseClick(widget(c), Qt::LeftButton); }

@@ -47,9 +47,8 @@ public:
     qtface::GridView* grid() const { return widgetAs<qtface::GridView>(main->FG1); }
     QListWidget* list() const { return widgetAs<QListWidget>(main->lstCategory); }
 
-    // The list's entries as shown, and the one selected entry ("" for none).
+    // The list's entries as shown.
     QStringList listTexts() const;
-    QString selectedText() const;
     // A user's click on an entry of the category list, in its viewport.
     void clickListEntry(int index);
     // A user's click on a control's widget (a button), at its middle.
@@ -58,25 +57,6 @@ public:
     QAction* menuAction(const QString& caption) const;
     // The widget's top left corner in the client area of the window.
     QPoint inClient(const QWidget* w) const;
-
-    // The cell editor over the grid, as the user meets it.
-    QLineEdit* t1() const { return widgetAs<QLineEdit>(main->T1); }
-    std::string cell(int r, int c) const { return std::string(main->FG1.TextMatrix(r, c)); }
-    QString shown(int r, int c) const { return grid()->model()->index(r, c).data().toString(); }
-    QRect editorRect() const; // in the grid's viewport
-    void clickCell(int r, int c);
-    // A click in the editor where Qt puts the caret before character n.
-    bool clickCaret(int n);
-    // Open on the cell: the editor lies exactly over it, holds its text and the
-    // keyboard focus, and the grid draws the same text.
-    bool editorOn(int r, int c) const;
-    bool caretAtEnd() const;
-    // Keys go to whichever widget Qt gives the keyboard focus.
-    QWidget* focus() const;
-    void key(int k, Qt::KeyboardModifiers mods = {}) { QTest::keyClick(focus(), static_cast<Qt::Key>(k), mods); }
-    void type(const QString& s) { QTest::keyClicks(focus(), s); }
-    // The mouse wheel turned over the grid, notches towards the top.
-    void wheel(int notches);
 
     // Runs the posted work of the event loop (syncs, deferred deletes).
     static void settle();
