@@ -36,17 +36,15 @@ TEST_F(Colours, AllFiveApplyToTheWindowAndTheirOwnSwatches) {
 TEST_F(Colours, AMissingFileStopsTheReadingThere) {
     writeColours(h, {{"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"}, {"ListBoxText", "32768"}});
     auto& m = h.start(); // HColor missing: nothing at all
-    EXPECT_EQ(m.lstCategory.BackColor(), forms::syscolor::Window);
-    EXPECT_EQ(m.T1.BackColor(), 0x0000C000u);
+    EXPECT_EQ(std::make_pair(m.lstCategory.BackColor(), m.T1.BackColor()), std::make_pair(forms::syscolor::Window, forms::Color{0x0000C000}));
 
     Harness h2;
     writeColours(h2, {{"HColor", "255"}, {"CatColor", "65535"}, {"SelectedCell", "16711680"}, {"CellText", "128"},
                       {"ListBoxText", "not a colour"}});
     auto& m2 = h2.start(); // four of five
-    EXPECT_EQ(m2.T1.ForeColor(), 128u);
-    EXPECT_EQ(m2.lstCategory.ForeColor(), forms::syscolor::WindowText);
     // The window's own load stops at the same file: the last swatch keeps its design.
-    EXPECT_EQ(m2.Properties().shpListText.BackColor(), 0u);
+    EXPECT_EQ(std::make_tuple(m2.T1.ForeColor(), m2.lstCategory.ForeColor(), m2.Properties().shpListText.BackColor()),
+              std::make_tuple(forms::Color{128}, forms::syscolor::WindowText, forms::Color{0}));
 }
 
 // A chosen colour applies at once and comes back after a restart; Cancel
@@ -57,9 +55,8 @@ TEST_F(Colours, AChosenColourIsKeptAndResetWritesTheDefaults) {
     EXPECT_TRUE(m.Properties().form.Visible());
     h.dialogs.colorAnswers.push_back(0x00123456);
     forms::input::click(h.runtime, m.Properties().cmdSelected);
-    EXPECT_EQ(m.T1.BackColor(), 0x00123456u);
-    EXPECT_EQ(m.Properties().shpCell.BackColor(), 0x00123456u);
-    EXPECT_EQ(readFile(h.data("SelectedCell")), std::to_string(0x00123456) + "\r\n");
+    EXPECT_EQ(std::make_tuple(m.T1.BackColor(), m.Properties().shpCell.BackColor(), h.text("SelectedCell")),
+              std::make_tuple(forms::Color{0x00123456}, forms::Color{0x00123456}, std::to_string(0x00123456) + "\r\n"));
     forms::input::click(h.runtime, m.Properties().cmdCellText); // Cancel: nothing changes
     EXPECT_FALSE(std::filesystem::exists(h.data("CellText")));
     forms::input::click(h.runtime, m.Properties().cmdChange);
@@ -72,8 +69,7 @@ TEST_F(Colours, AChosenColourIsKeptAndResetWritesTheDefaults) {
     EXPECT_EQ(m2.T1.BackColor(), 0x00123456u);
     again.menu("mnuProperties");
     forms::input::click(again.runtime, m2.Properties().cmdColorReset);
-    EXPECT_EQ(m2.T1.BackColor(), 65280u);
-    EXPECT_EQ(m2.lstCategory.BackColor(), 16777215u);
+    EXPECT_EQ(std::make_pair(m2.T1.BackColor(), m2.lstCategory.BackColor()), std::make_pair(forms::Color{65280}, forms::Color{16777215}));
     EXPECT_EQ(std::vector({again.text("HColor"), again.text("CatColor"), again.text("SelectedCell"), again.text("CellText"),
                            again.text("ListBoxText")}),
               std::vector<std::string>({"0\r\n", "16777215\r\n", "65280\r\n", "0\r\n", "0\r\n"}));
