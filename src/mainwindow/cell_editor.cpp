@@ -91,9 +91,7 @@ void frmMain::FG1_GotFocus() {
 
 // Runs for every cell a load passes, so it must stay cheap: a grid that can't
 // take the focus ends the handler without the failure machinery, and only the
-// first cell of a load finds the focus elsewhere. A load's pass over held
-// cells (passHeldCells) does in one go what this and FG1_EnterCell do once the
-// grid has the focus and the editor is hidden: keep the three in step.
+// first cell of a load finds the focus elsewhere.
 void frmMain::FG1_LeaveCell() {
     if (FG1.hasFocus()) return FG1.setCellBackColor(forms::syscolor::Window);
     leaveCellTakingFocus();
@@ -108,6 +106,13 @@ void frmMain::FG1_EnterCell() {
     T1.setVisible(false);
     FG1.setTag(FG1.Text());
 }
+
+// What the two cell handlers above come to while this holds: LeaveCell gives
+// the cell it leaves the editor's colour, EnterCell hides an editor already
+// hidden and points the tag at the new cell. A load's pass over held cells
+// relies on it to move through them without running the handlers: change the
+// three together.
+bool frmMain::CellEventsOnlyColour() const { return FG1.hasFocus() && !T1.Visible(); }
 
 // The editor doesn't follow the cell while the grid scrolls; once the event
 // that scrolled is over, it comes back over the cell if the user was editing.

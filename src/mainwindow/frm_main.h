@@ -156,6 +156,7 @@ public:
     void FG1_GotFocus();
     void FG1_LeaveCell();
     [[gnu::noinline]] void leaveCellTakingFocus();
+    bool CellEventsOnlyColour() const;
     void FG1_EnterCell();
     void FG1_Scroll();
     void T1_Change();

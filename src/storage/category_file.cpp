@@ -21,6 +21,7 @@ constexpr std::size_t kSavePiece = 32 * 1024;
 // The moves of the current cell a reading of the grid's own rows makes, with
 // their cell events, on rows that lose their colours as a reading's would.
 // False if a handler changed the grid on the way: then it must be read for real.
+// The caller points the tag at the cell the pass ends on.
 bool frmMain::passHeldCells() {
     const std::uint64_t revision = FG1.Revision();
     const int rows = FG1.Rows();
@@ -31,13 +32,11 @@ bool frmMain::passHeldCells() {
                 FG1.setCol(c);
                 FG1.setRow(r);
             }
-            // Once the grid holds the focus and the editor is hidden, LeaveCell
-            // only colours the cell it leaves and EnterCell only points the tag
-            // at the new one: the rest of the pass (a walk makes two for every
-            // category) is done in one go with the same outcome.
-            if (r == 0 && FG1.hasFocus() && !T1.Visible()) {
+            // Usually true after the first row, whose first cell takes the
+            // focus: the rest of the pass (a walk makes two for every
+            // category) then runs no handler.
+            if (CellEventsOnlyColour()) {
                 FG1.passTo(rows - 1, kFieldsPerRow - 1, forms::syscolor::Window);
-                FG1.setTag(FG1.Text());
                 break;
             }
         }
