@@ -1,4 +1,5 @@
 #pragma once
+#include <chrono>
 #include <functional>
 #include <vector>
 
@@ -31,7 +32,13 @@ public:
 
     // Runs a piece of platform input (a click, a key, a focus change by the
     // user) as an outermost event, so the focus events it causes follow it.
-    void dispatch(const std::function<void()>& input) { run(input); }
+    void dispatch(const std::function<void()>& input) {
+        if (depth_ == 0) inputStart_ = std::chrono::steady_clock::now();
+        run(input);
+    }
+    // How long the piece of platform input now being handled (with the focus
+    // events and posted jobs that follow it) has run so far.
+    std::chrono::steady_clock::duration inputAge() const { return std::chrono::steady_clock::now() - inputStart_; }
 
     Control* focused() const { return focused_; }
     // Moves the focus; the caller has checked that the control can take it.
@@ -67,6 +74,7 @@ private:
     bool focusMoved_ = false;
     bool flushing_ = false;
     int depth_ = 0;
+    std::chrono::steady_clock::time_point inputStart_;
     std::vector<std::function<void()>> posted_;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 #include <QObject>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -51,6 +52,13 @@ public:
     void sync();
     bool syncing() const { return syncing_; }
 
+    // Whether a control that comes into view now is painted at once rather
+    // than when the input ends: only once the input has run long enough for
+    // the user to wait on it (the "Loading..." box of a long walk). A click
+    // that is over sooner paints the window once, with its outcome.
+    bool paintsAtOnce() const { return runtime_.depth() > 0 && !syncing_ && runtime_.inputAge() >= paintAtOnceAfter_; }
+    void setPaintAtOnceAfter(std::chrono::milliseconds wait) { paintAtOnceAfter_ = wait; }
+
     void enqueue(Syncable* s);
     void dequeue(Syncable* s);
 
@@ -74,6 +82,7 @@ private:
     bool posted_ = false;      // a sync waits in Qt's event queue
     bool runtimePost_ = false; // a sync waits for the end of the runtime's event
     bool syncing_ = false;
+    std::chrono::milliseconds paintAtOnceAfter_{100}; // what a user still takes as instant
     const forms::Control* shownFocus_ = nullptr;
 };
 

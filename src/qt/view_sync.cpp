@@ -41,8 +41,9 @@ void ControlBinding::changed(forms::Control&, Prop what) {
     // "Loading..." box of a walk) is painted at once, not when the event ends.
     // Its hiding waits for the end of the event like any change, so in a walk
     // that shows and hides it for every category it is painted only once.
-    if (what == Prop::Visible && control_.Visible() && host_.runtime().depth() > 0 && !host_.syncing() &&
-        window_.isShown() && widget_) {
+    // (Qt paints everything else that waits along with it, so a quick event
+    // leaves it to the end.)
+    if (what == Prop::Visible && control_.Visible() && host_.paintsAtOnce() && window_.isShown() && widget_) {
         const bool onScreen = widget_->isVisible();
         unsigned props = pending_;
         pending_ = 0;

@@ -218,13 +218,25 @@ private slots:
         QCOMPARE(clicks, 2);
     }
 
-    // Inside an event the widgets keep still, but for a control shown during
-    // it, which is painted at once; they follow when the event ends.
+    // Inside an event the widgets keep still, but for a control shown once
+    // the event has run long enough, which is painted at once; they follow
+    // when the event ends.
     void widgetsFollowTheModelWhenTheEventEnds() {
         auto* label = f->w<QLabel>(f->t->label);
         auto* other = f->w<QLineEdit>(f->t->other);
         f->host.dispatch([&] { f->t->other.setVisible(false); });
         QVERIFY(!other->isVisible());
+        f->host.setPaintAtOnceAfter(std::chrono::hours(1));
+        bool shownQuick = true;
+        f->t->ok.Click = [&] {
+            f->t->other.setVisible(true);
+            shownQuick = other->isVisible();
+            f->t->other.setVisible(false);
+        };
+        QTest::mouseClick(f->w<QPushButton>(f->t->ok), Qt::LeftButton);
+        QVERIFY(!shownQuick);
+
+        f->host.setPaintAtOnceAfter(std::chrono::milliseconds(0));
         QString seenInside;
         bool shownInside = false;
         f->t->ok.Click = [&] {
