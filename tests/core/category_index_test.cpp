@@ -102,8 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         IndexCase{" 0 \r\n", "A\r\n", "", "0 ", {"Kept"}, false},
         IndexCase{"   2   \r\n", "A\r\nB\r\nC\r\n", "", "2   ", {"A", "B", "Kept"}, false},    // blanks around the count
         IndexCase{" 3 \r\n", "B\r\n\r\nA\r\n", "", "3 ", {"", "A", "B", "Kept"}, false},       // an empty line is a name
-        IndexCase{" 2 \r\n", "\"Tools, misc\"\r\n\" Spaced\"\r\n", "", "2 ", {" Spaced", "Kept", "Tools, misc"}, false}),
-    [](const auto& info) { return "Case" + std::to_string(info.index); });
+        IndexCase{" 2 \r\n", "\"Tools, misc\"\r\n\" Spaced\"\r\n", "", "2 ", {" Spaced", "Kept", "Tools, misc"}, false}));
 
 // ---- SaveCategoryList -------------------------------------------------------------------
 
