@@ -72,9 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
              [](Harness& h) {
                  EXPECT_EQ(h.dialogs.texts(), (std::vector<std::string>{kSaveStart, "Save complete."}));
                  EXPECT_TRUE(sameOnFloppy(h, {"NumCats.csv", "CatFiles.csv", "Bike.csv", "Car.csv", "Tools.csv"}));
-                 EXPECT_EQ(folderBytes(h.floppyDir.path()).size(), 5u);
-                 EXPECT_FALSE(h.m().WriteToFloppy);
-                 EXPECT_EQ(window(h), kCarOpen);
+                 EXPECT_EQ(std::make_tuple(folderBytes(h.floppyDir.path()).size(), h.m().WriteToFloppy, window(h)), std::make_tuple(5u, false, kCarOpen));
              }},
         Case{"SaveWithNoDisk", [](Harness& h) { fs::remove_all(h.floppyDir.path()); }, true,
              "Not copied: the list of categories, \"Bike\", \"Car\" and \"Tools\".", true,

@@ -67,8 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
                  withHeading({{"a", "1", "2", "3", "4", "5", "6"}, {"b"}})},
         LoadCase{"other headings show as they are", crlf({"N,C,V,L,D,W,S", "a,,,,,,"}),
                  {{"N", "C", "V", "L", "D", "W", "S"}, {"a", "", "", "", "", "", ""}}},
-        LoadCase{"an item with an empty name", crlf({kHeadingLine, ",1,,,,,", "b,,,,,,"}), withHeading({{"", "1"}, {"b"}})}),
-    [](const auto& info) { return "Case" + std::to_string(info.index); });
+        LoadCase{"an item with an empty name", crlf({kHeadingLine, ",1,,,,,", "b,,,,,,"}), withHeading({{"", "1"}, {"b"}})}));
 
 // ---- texts that need quoting -------------------------------------------------------------------
 

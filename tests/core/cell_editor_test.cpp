@@ -40,12 +40,10 @@ TEST_F(Editor, ASelectionIsReplacedByTheTypedCharacter) {
 
 TEST_F(Editor, WhenAKeyMovesTheCellTheEventsComeInOrder) {
     std::vector<std::string> log;
-    auto leave = m->FG1.LeaveCell, enter = m->FG1.EnterCell, got = m->FG1.GotFocus;
-    auto keyPress = m->T1.KeyPress;
-    m->FG1.LeaveCell = [&, leave] { log.push_back("LeaveCell"); leave(); };
-    m->FG1.EnterCell = [&, enter] { log.push_back("EnterCell"); enter(); };
-    m->FG1.GotFocus = [&, got] { log.push_back("GotFocus"); got(); };
-    m->T1.KeyPress = [&, keyPress](int& c) { log.push_back("KeyPress"); keyPress(c); };
+    // Each handler logs its name, then runs as before.
+    for (auto [handler, name] : {std::pair{&m->FG1.LeaveCell, "LeaveCell"}, {&m->FG1.EnterCell, "EnterCell"}, {&m->FG1.GotFocus, "GotFocus"}})
+        *handler = [&log, name, was = *handler] { log.push_back(name), was(); };
+    m->T1.KeyPress = [&log, was = m->T1.KeyPress](int& c) { log.push_back("KeyPress"), was(c); };
     open(1, 5);
     log.clear();
     press(key::Enter, 13);
@@ -95,12 +93,9 @@ TEST_F(GridKeys, ActOnTheCellAsTheTableSays) {
     for (const GridKeyCase& c : cases) {
         gridOn(c.row, c.col);
         for (auto [code, ch] : c.keys) gridPress(code, ch);
-        EXPECT_EQ(cell(c.row, c.col), c.text) << c.row << "," << c.col;
-        EXPECT_EQ(c.editor ? editorOpen() : m->T1.Visible(), c.editor) << c.row << "," << c.col;
-        EXPECT_TRUE(at(c.endRow, c.endCol)) << c.row << "," << c.col;
-        if (!c.editor) {
-            EXPECT_EQ(m->FG1.Tag(), m->FG1.Text());
-        }
+        // With the editor shut the tag holds the cell's text.
+        EXPECT_EQ(std::make_tuple(cell(c.row, c.col), c.editor ? editorOpen() : m->T1.Visible(), at(c.endRow, c.endCol), c.editor || m->FG1.Tag() == m->FG1.Text()),
+                  std::make_tuple(c.text, c.editor, true, true)) << c.row << "," << c.col;
     }
     // Esc brings back what the cell held before the character.
     gridOn(1, 6);
@@ -154,13 +149,9 @@ TEST_F(Scrolling, TheEditorComesBackOverItsCellOnlyIfTheCellIsStillInView) {
         scrollTo(16);
         if (c.elsewhere) h.focus(m->cmdAddAsset);
         scrollTo(c.top);
-        EXPECT_EQ(m->FG1.TopRow(), c.top); // the user's scroll is never undone
-        EXPECT_TRUE(at(20, 3));
-        EXPECT_EQ(m->T1.Visible(), c.reopens);
-        EXPECT_EQ(h.runtime.focused(), c.focus);
-        if (c.reopens) {
-            EXPECT_TRUE(editorOverCurrentCell());
-        }
+        // The user's scroll is never undone; the editor, if open, is over its cell.
+        EXPECT_EQ((std::tuple{m->FG1.TopRow(), at(20, 3), m->T1.Visible(), h.runtime.focused(), c.reopens && editorOverCurrentCell()}),
+                  std::make_tuple(c.top, true, c.reopens, c.focus, c.reopens));
     }
 }
 
@@ -169,10 +160,8 @@ TEST_F(Scrolling, AClickOnAPartlyShownCellOpensTheEditorEvenIfItsTextIsTheEditor
     scrollTo(10); // row 19 shows only in part
     ASSERT_TRUE(editorOpen());
     open(19, 3);
-    EXPECT_EQ(m->FG1.TopRow(), 11);
-    EXPECT_TRUE(editorOpen());
-    EXPECT_TRUE(editorOverCurrentCell());
-    EXPECT_EQ(m->T1.SelStart(), 4);
+    // Read in this order: the editor's place is read after the view.
+    EXPECT_EQ((std::tuple{m->FG1.TopRow(), editorOpen(), editorOverCurrentCell(), m->T1.SelStart()}), std::make_tuple(11, true, true, 4));
 }
 
 } // namespace

@@ -144,10 +144,8 @@ INSTANTIATE_TEST_SUITE_P(
         // Delete All empties the category and its file at once; the grid is hidden until an item is added.
         CommandCase{"DeleteAllThenAdd", garage({{"Rake", "10"}, {"Hoe", "5"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.menu("mnuDelItems");
-                     EXPECT_EQ(h.text("Garage.csv"), kHead);
-                     EXPECT_NE(h.text("Kitchen.csv").find("Kettle"), std::string::npos);
-                     EXPECT_FALSE(m.FG1.Visible());
-                     EXPECT_FALSE(m.T1.Visible());
+                     EXPECT_EQ(std::make_tuple(h.text("Garage.csv"), h.text("Kitchen.csv"), m.FG1.Visible(), m.T1.Visible()),
+                               std::make_tuple(kHead, kHead + "Kettle,30,,,,,\r\n", false, false));
                      h.click(m.cmdAddAsset);
                  }, {"Shovel"}, "Garage* Kitchen | Garage \"Garage\" | Item Shovel | 2 at 1,1 fixed 11 editor focus T1",
                  {"This will permanently DELETE ALL items in category 'Garage'. Are you sure?"}, Texts{kAdd}, {{"Garage.csv",
@@ -209,25 +207,20 @@ INSTANTIATE_TEST_SUITE_P(
                          std::filesystem::remove(h.data("Car.csv"));
                          auto switches = countSwitches(m);
                          h.click(m.cmdAddCategory);
-                         EXPECT_EQ(h.dialogs.prompts.size(), 1u);
-                         EXPECT_EQ(*switches, 0);
-                         EXPECT_FALSE(std::filesystem::exists(h.data("Car.csv")));
+                         EXPECT_EQ(std::make_tuple(h.dialogs.prompts.size(), *switches, h.text("Car.csv")), std::make_tuple(1u, 0, "<missing>"));
                      }, {}, "Bike Car | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, std::nullopt,
                  {{"NumCats.csv", " 2 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\n"}}},
         // The new category is open and empty; the walks stored the others unchanged.
         CommandCase{"Add", oneItemEach({"Bike", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdAddCategory);
-                         EXPECT_EQ(m.NewCategoryName, "");
-                         EXPECT_EQ(m.txtCost.Text(), "$0.00");
-                         EXPECT_EQ(h.text("Car.csv"), crlf({kHeadingLine}));
+                         EXPECT_EQ(std::make_tuple(m.NewCategoryName, m.txtCost.Text(), h.text("Car.csv")), std::make_tuple("", "$0.00", kHead));
                      }, {"Car"}, "Bike Car* Tools | Car \"Car\" | Item | 1 at 0,6 hidden fixed 01 focus cmdAddAsset", {}, std::nullopt,
                  {{"NumCats.csv", " 3 \r\n"}, {"CatFiles.csv", "Bike\r\nCar\r\nTools\r\n"}}, {"Bike", "Tools"}},
         // An exact duplicate stays selected and open; another letter case is another name.
         CommandCase{"AddDuplicates", oneItemEach({"Bike", "Car", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdAddCategory);
-                         EXPECT_EQ(m.lstCategory.Text(), "Car");
-                         EXPECT_EQ(m.CurrentCategory, "Car");
-                         EXPECT_EQ(m.lstCategory.ListCount(), 3);
+                         EXPECT_EQ(std::make_tuple(m.lstCategory.Text(), m.CurrentCategory.value_or("-"), m.lstCategory.ListCount()),
+                                   std::make_tuple("Car", "Car", 3));
                          h.click(m.cmdAddCategory);
                      }, {"Car", "car"}, "Bike Car car* Tools | car \"car\" | Item | 1 at 0,6 hidden fixed 01 focus cmdAddAsset",
                  {"You already have a category named Car"}, std::nullopt,
@@ -318,9 +311,8 @@ TEST_F(Commands, AddToAnEmptyListAfterAnEmptyCount) {
     m = &h.start();
     h.dialogs.inputAnswers.push_back("Mom's stuff");
     h.click(m->cmdAddCategory);
-    EXPECT_EQ(m->CategoryCount.toInt16(), 1);
-    EXPECT_EQ(h.text("NumCats.csv"), " 1 \r\n");
-    EXPECT_EQ(h.text("CatFiles.csv"), "Mom's stuff\r\n");
+    EXPECT_EQ(std::make_tuple(m->CategoryCount.toInt16(), h.text("NumCats.csv"), h.text("CatFiles.csv")),
+              std::make_tuple(std::optional<int>(1), " 1 \r\n", "Mom's stuff\r\n"));
 }
 
 } // namespace

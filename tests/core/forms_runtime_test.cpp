@@ -103,8 +103,7 @@ INSTANTIATE_TEST_SUITE_P(
         EventCase{"a job posted in a handler runs after it", nullptr,
                   [](Fixture& f) { f.rt.post([&f] { f.log.push_back("posted"); }), f.log.push_back("handler"); }, {"handler", "posted"}},
         EventCase{"SetFocus on the focused control runs nothing", [](Fixture& f) { f.grid.SetFocus(); },
-                  [](Fixture& f) { f.grid.SetFocus(); }, {}}),
-    [](const auto& info) { return "Case" + std::to_string(info.index); });
+                  [](Fixture& f) { f.grid.SetFocus(); }, {}}));
 
 TEST_F(Forms, AJobPostedOutsideAnyInputRunsAtOnce) {
     rt.post([&] { log.push_back("posted"); });

@@ -45,9 +45,8 @@ TEST_P(SwitchPlaces, EachSaveAndLoadTouchesItsPlace) {
     m.WriteToFloppy = c.writeToFloppy;
     m.ReadFromFloppy = c.readFromFloppy;
     h.run([&] { m.lstCategory.setSelected(1); });
-    EXPECT_EQ(files(), c.after);
-    EXPECT_EQ(m.FG1.TextMatrix(1, 0), c.itemShown);
-    EXPECT_EQ(m.CurrentCategory, "B");
+    EXPECT_EQ(std::make_tuple(files(), std::string(m.FG1.TextMatrix(1, 0)), m.CurrentCategory.value_or("-")),
+              std::make_tuple(c.after, c.itemShown, "B"));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -122,21 +122,23 @@ struct TotalsTest : ::testing::Test {
 
     // Opens a category whose items have these cost and value cells.
     void open(const Table& money) {
-        std::vector<std::string> lines{kHeadingLine};
-        for (const auto& r : money) lines.push_back("item,\"" + r.at(0) + "\",\"" + r.at(1) + "\",,,,");
-        h.writeIndex({"Cat"});
-        writeFile(h.data("Cat.csv"), crlf(lines));
+        Table items;
+        for (const auto& r : money) items.push_back({"item", r.at(0), r.at(1)});
+        h.writeCategories({{"Cat", items}});
         m = &h.startAndOpen(0);
     }
-    void update() {
+    // UpdateTotals run, and the two boxes it fills.
+    std::pair<std::string, std::string> totals() {
         h.run([&] { m->UpdateTotals(); });
+        return {std::string(m->txtCost.Text()), std::string(m->txtValue.Text())};
     }
     // The totals the plain way: the running total goes through its text at every row.
-    std::string byText(int col) {
-        std::string t = "0";
+    std::pair<std::string, std::string> byText() {
+        std::string t[3] = {"", "0", "0"};
         for (int row = 0; row < m->ItemRowCount; ++row)
-            t = qm::MoneyText(h.currency, qm::MoneyValue(h.currency, t) + qm::NumberFromCell(m->FG1.TextMatrix(row, col)));
-        return t;
+            for (int col : {1, 2})
+                t[col] = qm::MoneyText(h.currency, qm::MoneyValue(h.currency, t[col]) + qm::NumberFromCell(m->FG1.TextMatrix(row, col)));
+        return {t[1], t[2]};
     }
 };
 
@@ -158,9 +160,7 @@ TEST_P(TotalsFail, StopWhereTheyFail) {
         m->txtValue.setText("last run");
         if (c.countOneMore) m->ItemRowCount = m->FG1.Rows() + 1;
     });
-    update();
-    EXPECT_EQ(m->txtCost.Text(), c.cost);
-    EXPECT_EQ(m->txtValue.Text(), c.value);
+    EXPECT_EQ(totals(), std::pair(c.cost, c.value));
 }
 
 INSTANTIATE_TEST_SUITE_P(Totals, TotalsFail,
@@ -205,9 +205,7 @@ TEST_P(AgreeWithTheTextPath, AfterAnyChangeOfTheGrid) {
                 m->FG1.setTextMatrix(r, 2, c.starts_with('-') ? c.substr(1) : "-" + c);
             }
         });
-        update();
-        ASSERT_EQ(m->txtCost.Text(), byText(1)) << costs[0];
-        ASSERT_EQ(m->txtValue.Text(), byText(2)) << costs[0];
+        ASSERT_EQ(totals(), byText()) << costs[0];
     }
     std::mt19937 rng(7);
     auto cell = [&] { return cells[rng() % cells.size()]; };
@@ -226,9 +224,7 @@ TEST_P(AgreeWithTheTextPath, AfterAnyChangeOfTheGrid) {
             }
             m->ItemRowCount = rng() % 5 == 0 ? 1 + static_cast<int>(rng() % g.Rows()) : g.Rows();
         });
-        update();
-        ASSERT_EQ(m->txtCost.Text(), byText(1)) << "step " << step;
-        ASSERT_EQ(m->txtValue.Text(), byText(2)) << "step " << step;
+        ASSERT_EQ(totals(), byText()) << "step " << step;
     }
 }
 

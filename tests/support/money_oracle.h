@@ -1,13 +1,11 @@
 #pragma once
-// Money amounts worked out by hand, apart from the program: a double's exact
-// value in decimal digits by schoolbook doubling and halving, rounded to a
-// currency's decimals by comparing what is cut off with a half, and written as
-// US-style currency text. Shared by the totals tests and the money fuzz targets.
+// Money amounts worked out apart from the program: a double's exact value in
+// decimal digits, rounded to a currency's decimals by comparing what is cut
+// off with a half, and written as US-style currency text. Shared by the totals tests and the money fuzz targets.
 #include <cmath>
-#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 namespace moneyoracle {
 
@@ -16,40 +14,13 @@ struct Decimal {
     std::string whole = "0", fraction;
 };
 
-inline Decimal doubled(const Decimal& d) {
-    std::string all = d.whole + d.fraction, out(all.size(), '0');
-    int carry = 0;
-    for (std::size_t i = all.size(); i-- > 0;) {
-        const int v = (all[i] - '0') * 2 + carry;
-        out[i] = static_cast<char>('0' + v % 10);
-        carry = v / 10;
-    }
-    if (carry) out.insert(out.begin(), '1');
-    const std::size_t wholeSize = out.size() - d.fraction.size();
-    return {out.substr(0, wholeSize), out.substr(wholeSize)};
-}
-
-inline Decimal halved(const Decimal& d) {
-    std::string out;
-    int rest = 0;
-    for (char c : d.whole + d.fraction) {
-        const int v = rest * 10 + (c - '0');
-        out += static_cast<char>('0' + v / 2);
-        rest = v % 2;
-    }
-    if (rest) out += '5';
-    return {out.substr(0, d.whole.size()), out.substr(d.whole.size())};
-}
-
-// |x| exactly: its 53-bit significand as a whole number, doubled or halved as
-// often as its binary exponent says.
+// |x| exactly: the C library prints every digit of a double when asked for
+// enough of them (none has more than 1074 behind the point).
 inline Decimal exactValue(double x) {
-    int exponent = 0;
-    const double fraction = std::frexp(std::fabs(x), &exponent);
-    Decimal d{std::to_string(static_cast<std::uint64_t>(std::ldexp(fraction, 53))), ""};
-    for (int e = exponent - 53; e > 0; --e) d = doubled(d);
-    for (int e = exponent - 53; e < 0; ++e) d = halved(d);
-    return d;
+    std::string digits(1500, '\0');
+    digits.resize(static_cast<std::size_t>(std::snprintf(digits.data(), digits.size(), "%.1100f", std::fabs(x))));
+    const std::size_t point = digits.find('.');
+    return {digits.substr(0, point), digits.substr(point + 1, digits.find_last_not_of('0') - point)};
 }
 
 // x rounded to `decimals` places, halves away from zero, as a count of the
@@ -100,14 +71,6 @@ inline std::string usText(const Units& u, int decimals, const std::string& symbo
     for (std::size_t i = whole.size(); i > 3; i -= 3) whole.insert(i - 3, ",");
     const std::string text = symbol + whole + p.substr(point);
     return u.negative ? "(" + text + ")" : text;
-}
-
-// The running total of UpdateTotals: at every row the total so far is read
-// back from its text, the row's number added as doubles, and the sum rounded.
-inline Units total(const std::vector<double>& numbers, int decimals) {
-    Units t;
-    for (double x : numbers) t = rounded(valueOf(t, decimals) + x, decimals);
-    return t;
 }
 
 } // namespace moneyoracle

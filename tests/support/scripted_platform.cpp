@@ -194,13 +194,9 @@ void ScriptedPrinter::EndDoc() {
 
 // ---- Harness ---------------------------------------------------------------------
 
-Harness::Harness()
-    : platform{runtime, files, dialogs, pictures, printer, currency, program, {dataDir.place(), floppyDir.place()}} {}
-
 Harness::Harness(const std::string& dataFolder, const std::string& floppyRoot)
-    : platform{runtime, files, dialogs, pictures, printer, currency, program, {dataFolder, floppyRoot}} {}
-
-Harness::~Harness() { main.reset(); }
+    : platform{runtime, files, dialogs, pictures, printer, currency, program,
+               {dataFolder.empty() ? dataDir.place() : dataFolder, floppyRoot.empty() ? floppyDir.place() : floppyRoot}} {}
 
 qm::frmMain& Harness::start() {
     main = std::make_unique<qm::frmMain>(platform, globals);

@@ -152,9 +152,8 @@ public:
 // A whole program on temporary folders with the scripted platform.
 class Harness {
 public:
-    Harness();
-    explicit Harness(const std::string& dataFolder, const std::string& floppyRoot);
-    ~Harness();
+    // On its own temporary folders, unless others are named.
+    explicit Harness(const std::string& dataFolder = "", const std::string& floppyRoot = "");
 
     TempDir dataDir, floppyDir;
     forms::Runtime runtime;
@@ -166,7 +165,7 @@ public:
     ScriptedProgram program;
     qm::Platform platform;
     qm::modGlobalVars globals;
-    std::unique_ptr<qm::frmMain> main;
+    std::unique_ptr<qm::frmMain> main; // last: gone before the platform it uses
 
     // Makes frmMain and runs its start (load, show, first focus).
     qm::frmMain& start();
@@ -200,9 +199,6 @@ public:
     qm::frmMain& startAndClick(int entry);
     // A program started anew on the same folders, with the files this one left.
     std::unique_ptr<Harness> restart() const;
-
-private:
-    std::string dataOverride_, floppyOverride_;
 };
 
 extern const char* const kHeadingLine;
