@@ -165,21 +165,16 @@ private slots:
         QCOMPARE(order, (std::vector<forms::Control*>{&f->t->other, &f->t->list, &f->t->ok, &f->t->cancel, &f->t->check, &f->t->box, &f->t->check}));
         QCOMPARE(QApplication::focusWidget(), f->w<QCheckBox>(f->t->check));
 
-        int okClicks = 0, cancelClicks = 0, downs = 0;
-        f->t->ok.Click = [&] { ++okClicks; };
-        f->t->cancel.Click = [&] { ++cancelClicks; };
-        f->t->box.KeyDown = [&](int&, int) { ++downs; };
+        f->t->ok.Click = [&] { f->log.push_back("ok"); };
+        f->t->cancel.Click = [&] { f->log.push_back("cancel"); };
+        f->t->box.KeyDown = [&](int&, int) { f->log.push_back("box's KeyDown"); };
         f->focus(f->t->box);
         QTest::keyClick(f->w<QLineEdit>(f->t->box), Qt::Key_Return);
         QTest::keyClick(f->w<QLineEdit>(f->t->box), Qt::Key_Escape);
-        QCOMPARE(okClicks, 1);
-        QCOMPARE(cancelClicks, 1);
-        QCOMPARE(downs, 0);
         // On a button, Enter presses that button.
         f->focus(f->t->cancel);
         QTest::keyClick(f->w<QPushButton>(f->t->cancel), Qt::Key_Return);
-        QCOMPARE(cancelClicks, 2);
-        QCOMPARE(okClicks, 1);
+        QCOMPARE(f->log, (std::vector<std::string>{"ok", "cancel", "cancel"}));
     }
 
     // A click on an entry gives the list the focus before it selects; keys

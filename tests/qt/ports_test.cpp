@@ -12,7 +12,6 @@
 #include <QPrinterInfo>
 #include <QProcess>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -37,51 +36,41 @@ namespace {
 
 // The PDF's pages read back, each a list of lines with the empty lines in
 // their places. pdftotext -layout only guesses at empty lines from the gaps,
-// so the lines are rebuilt from the words' positions (pdftotext -bbox): the
+// so the lines are rebuilt from the words' positions (pdftotext -tsv): the
 // printer's lines stand at a fixed pitch from the top of each page.
 QList<QStringList> pdfPages(const QString& pdf) {
     QProcess p;
-    p.start("pdftotext", {"-bbox", "-enc", "UTF-8", pdf, "-"});
+    p.start("pdftotext", {"-tsv", "-enc", "UTF-8", pdf, "-"});
     if (!p.waitForFinished(60000) || p.exitCode() != 0) return {};
-    const QString html = QString::fromUtf8(p.readAllStandardOutput());
-    struct Word { double y; QString text; };
-    QList<QList<Word>> pages;
-    static const QRegularExpression tag(R"re(<page |<word [^>]*yMin="([0-9.]+)"[^>]*>([^<]*)</word>)re");
-    for (auto it = tag.globalMatch(html); it.hasNext();) {
-        const auto m = it.next();
-        if (m.captured(0) == "<page ") {
-            pages.append(QList<Word>());
-            continue;
-        }
-        QString text = m.captured(2);
-        text.replace("&lt;", "<").replace("&gt;", ">").replace("&quot;", "\"").replace("&apos;", "'").replace("&amp;", "&");
-        pages.back().append({m.captured(1).toDouble(), text});
+    struct Word { int page; double y; QString text; };
+    QList<Word> words; // in reading order, page after page
+    int pages = 0;
+    for (const QString& row : QString::fromUtf8(p.readAllStandardOutput()).split('\n')) {
+        const QStringList f = row.split('\t'); // level, page, ..., top (7), ..., text (11)
+        if (f.size() != 12) continue;
+        if (f[0] == "1") ++pages;
+        if (f[0] == "5") words.append({f[1].toInt(), f[7].toDouble(), f[11]});
     }
     // The pitch is the smallest step between two lines; the top, the first line of all.
     double top = 1e9, pitch = 1e9;
-    for (const auto& words : pages)
-        for (int i = 0; i < words.size(); ++i) {
-            top = std::min(top, words[i].y);
-            if (i > 0 && words[i].y - words[i - 1].y > 0.5) pitch = std::min(pitch, words[i].y - words[i - 1].y);
-        }
-    QList<QStringList> out;
-    for (const auto& words : pages) {
-        QStringList lines;
-        for (const Word& w : words) {
-            const int line = int(std::lround((w.y - top) / pitch));
-            while (lines.size() <= line) lines << QString();
-            lines[line] += (lines[line].isEmpty() ? "" : " ") + w.text;
-        }
-        out << lines;
+    for (int i = 0; i < words.size(); ++i) {
+        top = std::min(top, words[i].y);
+        if (i > 0 && words[i].page == words[i - 1].page && words[i].y - words[i - 1].y > 0.5) pitch = std::min(pitch, words[i].y - words[i - 1].y);
+    }
+    QList<QStringList> out(pages);
+    for (const Word& w : words) {
+        QStringList& lines = out[w.page - 1];
+        const int line = int(std::lround((w.y - top) / pitch));
+        while (lines.size() <= line) lines << QString();
+        lines[line] += (lines[line].isEmpty() ? "" : " ") + w.text;
     }
     return out;
 }
 
 QStringList nonEmpty(const QList<QStringList>& pages) {
     QStringList out;
-    for (const QStringList& page : pages)
-        for (const QString& l : page)
-            if (!l.isEmpty()) out << l;
+    for (const QStringList& page : pages) out += page;
+    out.removeAll(QString());
     return out;
 }
 
@@ -165,9 +154,7 @@ private slots:
         auto placeholder = pictures.placeholder();
         QVERIFY(placeholder->widthTwips() > 0 && placeholder->heightTwips() > 0);
 
-        QFile f(junk);
-        QVERIFY(f.open(QIODevice::WriteOnly) && f.write("not a picture at all") > 0);
-        f.close();
+        qmtest::writeFile(junk.toStdString(), "not a picture at all");
         QVERIFY_THROWS_EXCEPTION(forms::FileNotFound, pictures.LoadPicture(dir.filePath("none.jpg").toStdString()));
         QVERIFY_THROWS_EXCEPTION(forms::FileNotFound, pictures.LoadPicture(dir.path().toStdString()));
         try {
@@ -221,11 +208,8 @@ private slots:
         QVERIFY(!program.startSystemInfo());
         const QString marker = bin.filePath("started");
         const QString script = bin.filePath("kinfocenter");
-        QFile f(script);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(QStringLiteral("#!/bin/sh\n: > '%1'\n").arg(marker).toLocal8Bit());
-        f.close();
-        f.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qmtest::writeFile(script.toStdString(), "#!/bin/sh\n: > '" + marker.toStdString() + "'\n");
+        QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QVERIFY(program.startSystemInfo());
         QTRY_VERIFY(QFileInfo::exists(marker));
         qputenv("PATH", oldPath);

@@ -149,14 +149,12 @@ TEST(KillTest, SigkillLeavesWholeFilesAndAnIndexOfBeforeOrAfterTheStep) {
 // What Exit right after step s leaves in the data folder.
 const std::map<std::string, std::string>& exitAfter(std::size_t s) {
     static std::map<std::size_t, std::map<std::string, std::string>> cache;
-    auto it = cache.find(s);
-    if (it != cache.end()) return it->second;
+    if (cache.count(s)) return cache[s];
     Folders f;
-    Harness h(f.data.place(), f.floppy.place());
-    qm::frmMain& m = h.start();
-    const auto& steps = sessionSteps();
-    for (std::size_t i = 0; i < s && i < steps.size(); ++i) steps[i].run(h, m);
-    if (!m.ended()) h.click(m.cmdExit);
+    CountingFiles files;
+    Rig rig(f.data.place(), f.floppy.place(), files);
+    runSession(rig.h, *rig.main, [s](std::size_t i) { return i <= s; });
+    if (!rig.main->ended()) rig.h.click(rig.main->cmdExit);
     return cache[s] = folderContents(f.data.path());
 }
 
@@ -167,14 +165,7 @@ TEST(KillTest, EndSignalsLeaveWhatExitLeaves) {
     const int ended = sweep(pointsToRun(reference().totalOps, kSignalPoints, kSeed + 1), signalOf, problems,
                             [&](Folders& f, std::size_t step, const std::string& where) {
         if (!leftoverTemporaries(f.data.path()).empty()) problems.add("unfinished files left behind", where);
-        const auto contents = folderContents(f.data.path());
-        const auto& expected = exitAfter(step);
-        std::string diff;
-        for (const auto& [name, bytes] : expected)
-            if (!contents.count(name) || contents.at(name) != bytes) diff += " [" + name + "]";
-        for (const auto& [name, bytes] : contents)
-            if (!expected.count(name)) diff += " +[" + name + "]";
-        if (!diff.empty()) problems.add("files that differ from Exit's", where + ":" + diff);
+        if (folderContents(f.data.path()) != exitAfter(step)) problems.add("files that differ from Exit's", where);
     });
     problems.finish("ends", ended, std::to_string(ended) + " end requests (SIGTERM, SIGHUP, SIGINT in turn) ended the session");
 }

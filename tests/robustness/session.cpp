@@ -126,7 +126,7 @@ struct CountingOutput : forms::OutputStream {
     void commit() override {
         owner.op(FileOp::Commit, path);
         out->commit();
-        owner.committed[fs::path(path).filename().string()].push_back(content);
+        owner.committed[fs::path(path).filename().string()].insert(content);
     }
     CountingFiles& owner;
     std::unique_ptr<forms::OutputStream> out;
@@ -210,8 +210,18 @@ std::map<std::string, std::string> folderContents(const fs::path& dir) {
     return out;
 }
 
-void checkWholeFiles(const fs::path& dir, const std::map<std::string, std::set<std::string>>& versions, Tally& tally,
-                     const std::string& kind, const std::string& where) {
+Versions versionsIn(const fs::path& dir) {
+    Versions v;
+    for (const auto& [name, bytes] : folderContents(dir)) v[name].insert(bytes);
+    return v;
+}
+
+void addVersions(Versions& to, const Versions& more) {
+    for (const auto& [name, contents] : more) to[name].insert(contents.begin(), contents.end());
+}
+
+void checkWholeFiles(const fs::path& dir, const Versions& versions, Tally& tally, const std::string& kind,
+                     const std::string& where) {
     for (const auto& [name, bytes] : folderContents(dir)) {
         auto v = versions.find(name);
         if (v == versions.end() || !v->second.count(bytes))
@@ -244,7 +254,7 @@ namespace {
 Reference measureReference() {
     Reference r;
     Folders f;
-    for (const auto& [name, bytes] : folderContents(f.data.path())) r.versions[name].insert(bytes);
+    r.versions = versionsIn(f.data.path());
     {
         CountingFiles files;
         files.hook = [&](long n, FileOp op, const std::string&) {
@@ -264,8 +274,7 @@ Reference measureReference() {
         note();
         r.lists[0] = r.lists[1]; // nothing is listed before the start, and the start changes no file
         r.totalOps = files.count();
-        for (const auto& [name, contents] : files.committed)
-            for (const auto& c : contents) r.versions[name].insert(c);
+        addVersions(r.versions, files.committed);
     }
     r.end = restartOn(f.data.place(), f.floppy.place());
     return r;

@@ -18,6 +18,8 @@
 namespace robust {
 
 using qmtest::Harness;
+// File name (no folder) -> contents it has had whole.
+using Versions = std::map<std::string, std::set<std::string>>;
 
 // Writes the database the session starts on into the data folder of h.
 void writeStartDatabase(Harness& h);
@@ -58,8 +60,8 @@ public:
     long cutWriteAt = -1;
     // Called with the operation's number, its kind and its path before it runs.
     std::function<void(long n, FileOp op, const std::string& path)> hook;
-    // File name (no folder) -> every content committed under it, in order.
-    std::map<std::string, std::vector<std::string>> committed;
+    // Every content committed under each file name.
+    Versions committed;
     // Counts one operation and runs the hook; the streams call it too.
     void op(FileOp op, const std::string& path);
 
@@ -89,9 +91,12 @@ std::map<std::string, std::string> folderContents(const std::filesystem::path& d
 struct Tally;
 // The operations to break the session at: these, or the one named by the environment variable replay.
 std::vector<long> pointsOr(const char* replay, std::vector<long> points);
+// The contents of the files of dir, and those added to them.
+Versions versionsIn(const std::filesystem::path& dir);
+void addVersions(Versions& to, const Versions& more);
 // Tallies under kind each file of dir whose bytes are none of the contents known for its name.
-void checkWholeFiles(const std::filesystem::path& dir, const std::map<std::string, std::set<std::string>>& versions,
-                     Tally& tally, const std::string& kind, const std::string& where);
+void checkWholeFiles(const std::filesystem::path& dir, const Versions& versions, Tally& tally, const std::string& kind,
+                     const std::string& where);
 
 // What a new start of the program on a data folder shows.
 struct Restart {
@@ -118,7 +123,7 @@ struct Reference {
     std::vector<std::vector<std::string>> lists; // the list when step i begins; the last one at the end
     std::vector<std::string> selected;           // the selected entry when step i begins; the last one at the end
     std::vector<long> writeOps;                  // numbers of the operations that change a file
-    std::map<std::string, std::set<std::string>> versions; // file name -> the start content and every one committed
+    Versions versions;                           // the start content and every one committed
     Restart end;                                 // what a start after the session shows
 };
 const Reference& reference();
