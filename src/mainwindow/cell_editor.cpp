@@ -93,13 +93,13 @@ void frmMain::FG1_GotFocus() {
 // take the focus ends the handler without the failure machinery, and only the
 // first cell of a load finds the focus elsewhere.
 void frmMain::FG1_LeaveCell() {
-    if (FG1.hasFocus()) return FG1.setCellBackColor(forms::syscolor::Window);
+    if (FG1.hasFocus()) return FG1.setCellBackColor(kLeftCellColour);
     leaveCellTakingFocus();
 }
 
 void frmMain::leaveCellTakingFocus() {
     if (!FG1.TrySetFocus()) return;
-    FG1.setCellBackColor(forms::syscolor::Window);
+    FG1.setCellBackColor(kLeftCellColour);
 }
 
 void frmMain::FG1_EnterCell() {

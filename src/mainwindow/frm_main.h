@@ -157,6 +157,8 @@ public:
     void FG1_LeaveCell();
     [[gnu::noinline]] void leaveCellTakingFocus();
     bool CellEventsOnlyColour() const;
+    // The colour FG1_LeaveCell gives the cell it leaves.
+    static constexpr forms::Color kLeftCellColour = forms::syscolor::Window;
     void FG1_EnterCell();
     void FG1_Scroll();
     void T1_Change();

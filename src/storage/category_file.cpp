@@ -36,7 +36,7 @@ bool frmMain::passHeldCells() {
             // focus: the rest of the pass (a walk makes two for every
             // category) then runs no handler.
             if (CellEventsOnlyColour()) {
-                FG1.passTo(rows - 1, kFieldsPerRow - 1, forms::syscolor::Window);
+                FG1.passTo(rows - 1, kFieldsPerRow - 1, kLeftCellColour);
                 break;
             }
         }
