@@ -1,11 +1,10 @@
-// The face on forms of its own, independent of the program: the key path of a
-// text box, the focus keys, list and check box input, buttons, when the
-// widgets follow the model, and Qt's model over a grid told in batches.
+// The face on forms of its own, independent of the program: a text box's
+// selection and clipboard, the focus keys, list input, buttons, when the
+// widgets follow the model, a sizable form's size and a grid's fixed cells.
 #include <QCheckBox>
 #include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalSpy>
 
 #include "forms/grid.h"
 #include "forms/listbox.h"
@@ -56,25 +55,6 @@ struct Fixture : qttest::BareFace {
         t.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    QWidget* top() { return host.window(t->form)->window(); }
-};
-
-// A bare grid on a form of its own, for Qt's model of it alone.
-struct GridForm : qttest::BareFace {
-    GridForm() : form(rt, "frmGrid"), grid(form, nullptr, "grdGrid") {
-        form.ClientWidth = 6000;
-        form.ClientHeight = 4000;
-        grid.move(120, 120, 5000, 3000);
-        grid.setCols(5);
-        grid.setRows(50);
-        grid.setFixedRows(1);
-        grid.setFixedCols(1);
-        form.announce();
-    }
-    ~GridForm() { form.retire(); }
-    auto* model() { return w<qtface::GridView>(grid)->gridModel(); }
-    forms::Form form;
-    forms::Grid grid;
 };
 
 } // namespace
@@ -89,44 +69,6 @@ private slots:
         QVERIFY(f->show(f->t->form));
     }
     void cleanup() { f.reset(); }
-
-    // KeyDown, KeyPress (which may change the character) and the box, in that
-    // order and with the key's codes; the character stays with the control that
-    // saw the KeyDown, wherever that moved the focus.
-    void keyGoesThroughKeyDownKeyPressThenTheBox() {
-        auto& box = f->t->box;
-        box.KeyDown = [&](int& code, int shift) { f->log.push_back("down " + std::to_string(code) + "/" + std::to_string(shift) + " [" + box.Text() + "]"); };
-        box.KeyPress = [&](int& ch) {
-            f->log.push_back("press " + std::to_string(ch) + " [" + box.Text() + "]");
-            if (ch == '1') ch = '2';
-        };
-        box.Change = [&] { f->log.push_back("change [" + box.Text() + "]"); };
-        f->focus(box);
-        auto* edit = f->w<QLineEdit>(box);
-        QCOMPARE(QApplication::focusWidget(), edit);
-        QTest::keyClick(edit, 'A', Qt::ShiftModifier);
-        QTest::keyClick(edit, '1');
-        QTest::keyClick(edit, Qt::Key_Left);
-        QTest::keyClick(edit, Qt::Key_Backspace);
-        const std::vector<std::string> want = {
-            "down 16/1 []", // Shift itself, as it goes down
-            "down 65/1 []", "press 65 []", "change [A]",
-            "down 49/0 [A]", "press 49 [A]", "change [A2]",
-            "down 37/0 [A2]", // no character: the caret moves
-            "down 8/0 [A2]", "press 8 [A2]", "change [2]",
-        };
-        QCOMPARE(f->log, want);
-        QCOMPARE(edit->text(), QString("2"));
-        QCOMPARE(edit->cursorPosition(), 0);
-
-        box.KeyDown = [&](int&, int) { f->t->other.SetFocus(); };
-        box.KeyPress = nullptr;
-        box.Change = nullptr;
-        QTest::keyClick(edit, Qt::Key_Q);
-        QCOMPARE(box.Text(), std::string("q2"));
-        QCOMPARE(f->t->other.Text(), std::string());
-        QCOMPARE(QApplication::focusWidget(), f->w<QLineEdit>(f->t->other));
-    }
 
     // A selection made in the model shows in the widget, and again when the box
     // has the focus back; a cut takes it to the clipboard and out of the box.
@@ -199,20 +141,6 @@ private slots:
         QCOMPARE(w->currentRow(), 3);
     }
 
-    void checkBoxClickTogglesTheModel() {
-        int clicks = 0;
-        f->t->check.Click = [&] { ++clicks; };
-        auto* w = f->w<QCheckBox>(f->t->check);
-        QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(5, w->height() / 2));
-        QCOMPARE(f->t->check.Value(), 1);
-        QVERIFY(w->isChecked());
-        QCOMPARE(f->rt.focused(), &f->t->check);
-        QTest::keyClick(w, Qt::Key_Space);
-        QCOMPARE(f->t->check.Value(), 0);
-        QVERIFY(!w->isChecked());
-        QCOMPARE(clicks, 2);
-    }
-
     // Inside an event the widgets keep still, but for a control shown once
     // the event has run long enough, which is painted at once; they follow
     // when the event ends.
@@ -251,29 +179,6 @@ private slots:
         QCOMPARE(f->w<QLineEdit>(f->t->box)->x(), qRound(240 * f->host.twips().dpi() / 1440.0));
     }
 
-    void formGoingFromItsOwnButtonIsSafe() {
-        f->t->ok.Click = [&] { f->t.reset(); };
-        QPointer<QWidget> top = f->top();
-        QTest::mouseClick(f->w<QPushButton>(f->t->ok), Qt::LeftButton);
-        QVERIFY(!f->t);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(top.isNull());
-    }
-
-    // A close by the window manager asks the form, which may stay; without a
-    // handler the form is hidden.
-    void closeByTheWindowManagerAsksTheForm() {
-        int asked = 0;
-        f->t->form.CloseRequested = [&] { ++asked; };
-        f->top()->close();
-        QCOMPARE(asked, 1);
-        QVERIFY(f->top()->isVisible());
-        f->t->form.CloseRequested = nullptr;
-        f->top()->close();
-        QVERIFY(!f->t->form.Visible());
-        QVERIFY(!f->top()->isVisible());
-    }
-
     void sizableFormIsToldItsSizeWhenShownAndResized() {
         qttest::BareFace face;
         forms::Form form(face.rt, "frmSizable");
@@ -296,65 +201,31 @@ private slots:
         form.retire();
     }
 
-    // Hundreds of thousands of cell changes in one event reach Qt once; rows
-    // added and the count changed, as one reset.
-    void changesReachQtOncePerEvent() {
-        GridForm g;
-        auto* model = g.model();
-        QSignalSpy changed(model, &QAbstractItemModel::dataChanged);
-        QSignalSpy reset(model, &QAbstractItemModel::modelReset);
-        g.host.dispatch([&] {
-            for (int round = 0; round < 1000; ++round)
-                for (int r = 1; r < 50; ++r)
-                    for (int c = 1; c < 5; ++c) g.grid.setTextMatrix(r, c, std::to_string(round));
+    // Cells of the fixed rows and columns show the fixed colour unless given
+    // one of their own, and only while the grid keeps them fixed.
+    void fixedCellsShowTheFixedColourWhileFixed() {
+        qttest::BareFace face;
+        forms::Form form(face.rt, "frmGrid");
+        forms::Grid grid(form, nullptr, "grdGrid");
+        grid.move(120, 120, 5000, 3000);
+        grid.setCols(5);
+        grid.setRows(50);
+        grid.setFixedRows(1);
+        grid.setFixedCols(1);
+        form.announce();
+        face.host.dispatch([&] {
+            grid.setRow(2);
+            grid.setCol(3);
+            grid.setCellBackColor(0x000000FF);
         });
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(reset.count(), 0);
-        QCOMPARE(model->index(49, 4).data().toString(), QString("999"));
-        const auto args = changed.takeFirst();
-        QCOMPARE(args[0].toModelIndex(), model->index(1, 1));
-        QCOMPARE(args[1].toModelIndex(), model->index(49, 4));
-        g.host.dispatch([&] {
-            for (int i = 0; i < 1000; ++i) g.grid.AddItem("row");
-            g.grid.setRows(200);
-        });
-        QCOMPARE(reset.count(), 1);
-        QCOMPARE(changed.count(), 0);
-        QCOMPARE(model->rowCount(), 200);
-        QVERIFY(!model->index(200, 0).data().isValid() && !model->index(0, 5).data().isValid()); // outside: nothing
-    }
-
-    void fixedHeadingsOnlyWhileTheGridSaysSo() {
-        GridForm g;
-        auto* model = g.model();
+        auto* model = face.w<qtface::GridView>(grid)->gridModel();
         auto back = [&](int r, int c) { return model->index(r, c).data(Qt::BackgroundRole).value<QColor>(); };
-        const QColor fixed = qtface::toQColor(g.grid.BackColorFixed, QApplication::palette());
-        g.host.dispatch([&] {
-            g.grid.setRow(2);
-            g.grid.setCol(3);
-            g.grid.setCellBackColor(0x000000FF);
-            g.grid.setCellAlignment(forms::Grid::AlignRightCenter);
-        });
-        QCOMPARE(back(0, 2), fixed);
-        QCOMPARE(back(3, 0), fixed);
-        QCOMPARE(back(2, 3), QColor(255, 0, 0));
-        QCOMPARE(model->index(2, 3).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
-        // A heading cell given a colour of its own shows it.
-        g.host.dispatch([&] {
-            g.grid.setFixedRows(0);
-            g.grid.setRow(0);
-            g.grid.setCellBackColor(0x00FF0000);
-            g.grid.setRow(2);
-            g.grid.setFixedRows(1);
-        });
-        QCOMPARE(back(0, 3), QColor(0, 0, 255));
-        g.host.dispatch([&] {
-            g.grid.setFixedRows(0);
-            g.grid.setFixedCols(0);
-        });
-        const QColor plain = qtface::toQColor(g.grid.BackColor(), QApplication::palette());
-        QCOMPARE(back(0, 2), plain);
-        QCOMPARE(back(3, 0), plain);
+        const QColor fixed = qtface::toQColor(grid.BackColorFixed, QApplication::palette());
+        QVERIFY(back(0, 2) == fixed && back(3, 0) == fixed && back(2, 3) == QColor(255, 0, 0));
+        face.host.dispatch([&] { grid.setFixedRows(0), grid.setFixedCols(0); });
+        const QColor plain = qtface::toQColor(grid.BackColor(), QApplication::palette());
+        QVERIFY(back(0, 2) == plain && back(3, 0) == plain);
+        form.retire();
     }
 };
 
