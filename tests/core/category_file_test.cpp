@@ -69,39 +69,6 @@ INSTANTIATE_TEST_SUITE_P(
                  {{"N", "C", "V", "L", "D", "W", "S"}, {"a", "", "", "", "", "", ""}}},
         LoadCase{"an item with an empty name", crlf({kHeadingLine, ",1,,,,,", "b,,,,,,"}), withHeading({{"", "1"}, {"b"}})}));
 
-// ---- texts that need quoting -------------------------------------------------------------------
-
-// Whatever a user types into a cell comes back unchanged after an exit and a
-// new start, in a category whose name needs quotes in the index; the worked
-// example's rows are written as these bytes, and a save changes no cell.
-TEST(CategoryFile, CellsAndNamesRoundTripThroughExitAndStart) {
-    const std::string name = "Tools, misc";
-    const Table items = {
-        {"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"},
-        {"Wrench", "", "", "", "", "", ""},
-        {"\"7\" wide shelf", "5\" disk", " 12.50", "Main St, Springfield", "\ttab", "", "ends with, comma,"},
-        {"Drill \"Pro\"", "1,200.50", "", "two\r\nlines", "lf\nonly", "trailing  ", ""},
-        {"\"", ",", " ", "\"\"", "a\"b", "\r", "last, column"},
-        {"Caf\xC3\xA9", "\xE2\x82\xAC" "5", "", "", "", "", "\xC3\xA9"},
-    };
-    Harness h;
-    h.writeIndex({name});
-    auto& m = h.startAndOpen(0);
-    h.run([&] {
-        setGrid(m, withHeading(items));
-        m.SaveCategoryFile();
-    });
-    EXPECT_EQ(gridCells(m.FG1), withHeading(items)) << "saving changes no cell";
-    const std::string bytes = readFile(h.data(name + ".csv")).value_or("");
-    EXPECT_TRUE(bytes.starts_with(crlf({kHeadingLine, "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234", "Wrench,,,,,,"})))
-        << bytes;
-    h.click(m.cmdExit);
-    EXPECT_EQ(readFile(h.data(name + ".csv")), bytes) << "Exit rewrote an unchanged category";
-    EXPECT_EQ(readFile(h.data("CatFiles.csv")), "\"Tools, misc\"\r\n");
-    EXPECT_EQ(categoriesAfterRestart(h), (std::map<std::string, Table>{{name, withHeading(items)}}));
-    EXPECT_EQ(readFile(h.data(name + ".csv")), bytes);
-}
-
 // Lines of every form (blanks before a field, quotes needed or not, text
 // behind a closing quote, lone CR or LF, short or long lines), on and across
 // the edges of the pieces read from the file, and every way a file can end:

@@ -262,25 +262,6 @@ TEST_F(Settled, EditsAfterASwitchBackNeverPassForAnotherCategory) {
     EXPECT_EQ(m.FG1.TextMatrix(1, 6).substr(0, 5), "edit ");
 }
 
-// The totals of a category switched back to are its own, also among
-// categories of as many rows.
-TEST(KeptCategories, TotalsComeBackWithTheirCategory) {
-    Harness h;
-    std::vector<Harness::Category> categories;
-    for (int k = 0; k < 3; ++k) {
-        categories.push_back({std::string(1, char('A' + k)), {}});
-        for (int i = 0; i < 5; ++i) categories.back().items.push_back({"thing", std::to_string(100 * (k + 1) + i) + ".25", "1"});
-    }
-    h.writeCategories(categories);
-    settle(h);
-    auto& m = h.start();
-    const std::string cost[] = {"$511.25", "$1,011.25", "$1,511.25"};
-    for (int k : {0, 1, 2, 0, 2, 1, 0}) {
-        h.run([&] { m.lstCategory.setSelected(k); });
-        EXPECT_EQ(std::string(m.txtCost.Text()) + " / " + std::string(m.txtValue.Text()), cost[k] + " / $5.00") << k;
-    }
-}
-
 // Between two loads the file changes, goes, or can no longer be read: the
 // second load reads (or fails to read) the file as it is, whether the category
 // is in the grid or kept while the grid shows another one.
