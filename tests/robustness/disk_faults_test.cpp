@@ -57,18 +57,16 @@ TEST(DiskFaults, NoFaultLeavesACutFileALeftoverAnotherListOrLostRows) {
         Folders f;
         Versions whole = versionsIn(f.data.path());
         {
-            CountingFiles files;
-            files.cutWriteAt = k; // a write that fails has put half its bytes down
-            files.hook = [k](long n, FileOp op, const std::string& path) {
-                if (n == k) throw forms::Failure(std::string("injected fault: ") + opName(op) + " " + path);
-            };
-            Rig rig(f.data.place(), f.floppy.place(), files);
-            runSessionRetrying(rig.h, *rig.main, ref);
-            if (files.count() <= k) {
+            Harness h(f.data.place(), f.floppy.place());
+            countEveryOperation(h);
+            h.files.cutWriteAt = k; // a write that fails has put half its bytes down
+            h.files.arm(~unsigned(FaultyFiles::Read), k);
+            runSessionRetrying(h, ref);
+            if (!h.files.fired()) {
                 problems.add(never, where);
                 continue;
             }
-            addVersions(whole, files.committed);
+            addVersions(whole, h.files.committed);
         }
         ++injected;
         if (!leftoverTemporaries(f.data.path()).empty()) problems.add("unfinished files left behind", where);

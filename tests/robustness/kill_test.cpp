@@ -81,18 +81,18 @@ std::pair<int, std::size_t> runChild(Folders& f, long k, int sig) {
             sa.sa_handler = onEndRequest;
             sigemptyset(&sa.sa_mask);
             for (int s : {SIGTERM, SIGHUP, SIGINT}) sigaction(s, &sa, nullptr);
-            CountingFiles files;
-            if (sig == SIGKILL) files.cutWriteAt = k;
-            files.hook = [k, sig](long n, FileOp, const std::string&) {
+            Harness h(f.data.place(), f.floppy.place());
+            countEveryOperation(h);
+            if (sig == SIGKILL) h.files.cutWriteAt = k;
+            h.files.hook = [k, sig](long n, FaultyFiles::Op, const std::string&) {
                 if (n == k) ::raise(sig);
             };
-            Rig rig(f.data.place(), f.floppy.place(), files);
             auto before = [&](std::size_t i) {
-                if (endRequested) rig.h.runtime.dispatch([&] { rig.main->Form_Terminate(); });
+                if (endRequested) h.runtime.dispatch([&] { h.m().Form_Terminate(); });
                 else if (i < sessionLength()) *step = i;
                 return !endRequested;
             };
-            runSession(rig.h, *rig.main, before);
+            runSession(h, before);
             before(sessionLength());
         } catch (...) {
             code = 3;
@@ -151,10 +151,10 @@ const std::map<std::string, std::string>& exitAfter(std::size_t s) {
     static std::map<std::size_t, std::map<std::string, std::string>> cache;
     if (cache.count(s)) return cache[s];
     Folders f;
-    CountingFiles files;
-    Rig rig(f.data.place(), f.floppy.place(), files);
-    runSession(rig.h, *rig.main, [s](std::size_t i) { return i <= s; });
-    if (!rig.main->ended()) rig.h.click(rig.main->cmdExit);
+    Harness h(f.data.place(), f.floppy.place());
+    countEveryOperation(h);
+    runSession(h, [s](std::size_t i) { return i <= s; });
+    if (!h.m().ended()) h.click(h.m().cmdExit);
     return cache[s] = folderContents(f.data.path());
 }
 

@@ -113,26 +113,6 @@ std::vector<Step> makeSteps() {
     };
 }
 
-struct CountingOutput : forms::OutputStream {
-    CountingOutput(CountingFiles& owner, std::unique_ptr<forms::OutputStream> out, std::string path)
-        : owner(owner), out(std::move(out)), path(std::move(path)) {}
-    void write(const char* data, std::size_t n) override {
-        // A write cut short by the end of the process: half its bytes reach the file.
-        if (owner.count() == owner.cutWriteAt) out->write(data, n / 2);
-        owner.op(FileOp::Write, path);
-        out->write(data, n);
-        content.append(data, n);
-    }
-    void commit() override {
-        owner.op(FileOp::Commit, path);
-        out->commit();
-        owner.committed[fs::path(path).filename().string()].insert(content);
-    }
-    CountingFiles& owner;
-    std::unique_ptr<forms::OutputStream> out;
-    std::string path, content;
-};
-
 } // namespace
 
 void writeStartDatabase(Harness& h) {
@@ -159,42 +139,14 @@ std::string stepName(std::size_t i) {
     return i == 0 ? std::string("start") : "step " + std::to_string(i) + " (" + sessionSteps()[i - 1].what + ")";
 }
 
-const char* opName(FileOp op) {
-    static const char* const names[] = {"open for reading", "open for writing", "write", "close and rename", "remove"};
-    return names[static_cast<int>(op)];
+void countEveryOperation(Harness& h) {
+    h.files.tellNoStates();
+    h.files.recordCommits = true;
 }
 
-void CountingFiles::op(FileOp kind, const std::string& path) {
-    long n = count_++;
-    if (hook) hook(n, kind, path);
-}
-
-std::unique_ptr<forms::InputStream> CountingFiles::openRead(const std::string& path) {
-    op(FileOp::OpenRead, path);
-    return StdFiles::openRead(path);
-}
-
-std::unique_ptr<forms::OutputStream> CountingFiles::openReplace(const std::string& path) {
-    op(FileOp::OpenWrite, path);
-    return std::make_unique<CountingOutput>(*this, StdFiles::openReplace(path), path);
-}
-
-void CountingFiles::remove(const std::string& path) {
-    op(FileOp::Remove, path);
-    StdFiles::remove(path);
-}
-
-void CountingFiles::removeMatching(const std::string& folder, const std::string& suffix) {
-    op(FileOp::Remove, folder + "*" + suffix);
-    StdFiles::removeMatching(folder, suffix);
-}
-
-Rig::Rig(const std::string& dataPlace, const std::string& floppyPlace, forms::FilesPort& files)
-    : h(dataPlace, floppyPlace),
-      platform{h.runtime, files, h.dialogs, h.pictures, h.printer, h.currency, h.program, {dataPlace, floppyPlace}},
-      main(std::make_unique<qm::frmMain>(platform, h.globals)) {}
-
-void runSession(Harness& h, qm::frmMain& m, const std::function<bool(std::size_t)>& before) {
+void runSession(Harness& h, const std::function<bool(std::size_t)>& before) {
+    h.main = std::make_unique<qm::frmMain>(h.platform, h.globals);
+    qm::frmMain& m = *h.main;
     if (before && !before(0)) return;
     m.Start();
     const auto& steps = sessionSteps();
@@ -256,25 +208,24 @@ Reference measureReference() {
     Folders f;
     r.versions = versionsIn(f.data.path());
     {
-        CountingFiles files;
-        files.hook = [&](long n, FileOp op, const std::string&) {
-            if (op != FileOp::OpenRead) r.writeOps.push_back(n);
+        Harness h(f.data.place(), f.floppy.place());
+        countEveryOperation(h);
+        h.files.hook = [&](long n, qmtest::FaultyFiles::Op op, const std::string&) {
+            if (op != qmtest::FaultyFiles::OpenRead) r.writeOps.push_back(n);
         };
-        Rig rig(f.data.place(), f.floppy.place(), files);
-        qm::frmMain& m = *rig.main;
         auto note = [&] {
-            r.lists.push_back(m.lstCategory.items());
-            r.selected.push_back(m.lstCategory.Text());
+            r.lists.push_back(h.m().lstCategory.items());
+            r.selected.push_back(h.m().lstCategory.Text());
         };
-        runSession(rig.h, m, [&](std::size_t) {
-            r.stepStart.push_back(files.count());
+        runSession(h, [&](std::size_t) {
+            r.stepStart.push_back(h.files.operations());
             note();
             return true;
         });
         note();
         r.lists[0] = r.lists[1]; // nothing is listed before the start, and the start changes no file
-        r.totalOps = files.count();
-        addVersions(r.versions, files.committed);
+        r.totalOps = h.files.operations();
+        addVersions(r.versions, h.files.committed);
     }
     r.end = restartOn(f.data.place(), f.floppy.place());
     return r;
@@ -299,7 +250,9 @@ std::size_t stepOfOp(const Reference& r, long n) {
     return s;
 }
 
-void runSessionRetrying(Harness& h, qm::frmMain& m, const Reference& ref) {
+void runSessionRetrying(Harness& h, const Reference& ref) {
+    h.main = std::make_unique<qm::frmMain>(h.platform, h.globals);
+    qm::frmMain& m = *h.main;
     m.Start();
     const auto& steps = sessionSteps();
     for (std::size_t i = 0; i < steps.size(); ++i) {

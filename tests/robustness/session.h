@@ -1,8 +1,8 @@
 #pragma once
-// A user's session on a database of two dozen categories, step by step, and
-// a files port that counts, records and interrupts the file operations the
-// program makes during it. The kill tests and the fault sweeps replay it; they
-// and the round trips report what they found through a Tally.
+// A user's session on a database of two dozen categories, step by step, on
+// files that number, record and interrupt the operations the program makes
+// during it (the test support's FaultyFiles). The kill tests and the fault
+// sweeps replay it; they and the round trips report what they found through a Tally.
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -35,53 +35,10 @@ struct Step {
 // adding, renaming and deleting categories and items, and Exit last.
 const std::vector<Step>& sessionSteps();
 
-// What a file operation is, as the port counts them.
-enum class FileOp { OpenRead, OpenWrite, Write, Commit, Remove };
-const char* opName(FileOp op);
-
-// The program's real files, every operation counted. An optional hook sees
-// each operation before it is carried out (with its number); every content
-// that is put in place whole is recorded per file name. Whatever else the real
-// files offer the program comes unchanged from StdFiles.
-class CountingFiles : public forms::StdFiles {
-public:
-    std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
-    std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
-    void remove(const std::string& path) override;
-    void removeMatching(const std::string& folder, const std::string& suffix) override;
-    // No file shows a state: the program then knows no file's content and
-    // reads and writes every file it is asked to, so that each run makes the
-    // same operations as the reference run, whatever the clock did (a kill
-    // point is an operation number), and every save is one that can fail.
-    CountingFiles() : StdFiles(false) {}
-
-    long count() const { return count_; }
-    // The write with this number puts half its bytes into the file before its hook runs.
-    long cutWriteAt = -1;
-    // Called with the operation's number, its kind and its path before it runs.
-    std::function<void(long n, FileOp op, const std::string& path)> hook;
-    // Every content committed under each file name.
-    Versions committed;
-    // Counts one operation and runs the hook; the streams call it too.
-    void op(FileOp op, const std::string& path);
-
-private:
-    long count_ = 0;
-};
-
-// Harness ports with a files port of the caller's: the program is made on
-// them but not started.
-struct Rig {
-    Rig(const std::string& dataPlace, const std::string& floppyPlace, forms::FilesPort& files);
-    qmtest::Harness h;
-    qm::Platform platform;
-    std::unique_ptr<qm::frmMain> main;
-};
-
-// Runs the start and then the steps in order. before(i) runs ahead of step i
-// (i = 0 is the start, i = 1 the first step of sessionSteps()); when it
-// returns false the session ends there.
-void runSession(Harness& h, qm::frmMain& m, const std::function<bool(std::size_t)>& before = {});
+// Makes the program on h and runs its start and then the steps in order.
+// before(i) runs ahead of step i (i = 0 is the start, i = 1 the first step of
+// sessionSteps()); when it returns false the session ends there.
+void runSession(Harness& h, const std::function<bool(std::size_t)>& before = {});
 inline std::size_t sessionLength() { return sessionSteps().size() + 1; }
 std::string stepName(std::size_t i);
 
@@ -108,6 +65,10 @@ Restart restartOn(const std::string& dataPlace, const std::string& floppyPlace);
 
 std::string describeList(const std::vector<std::string>& list);
 
+// Files whose operations are the same in every run of the session (no file
+// shows a state), with every content committed recorded.
+void countEveryOperation(Harness& h);
+
 // Two temporary places for one run, the data folder holding the start database.
 struct Folders {
     Folders();
@@ -133,7 +94,7 @@ std::size_t stepOfOp(const Reference& r, long n);
 // The session run by a user who reads the program's messages: a step after
 // which the program said that a category could not be saved, and which did not
 // get where it got in the reference run, is done once more.
-void runSessionRetrying(Harness& h, qm::frmMain& m, const Reference& ref);
+void runSessionRetrying(Harness& h, const Reference& ref);
 
 // Each problem found, by kind, with the first places that showed it.
 struct Tally {

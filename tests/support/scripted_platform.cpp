@@ -57,12 +57,28 @@ void writeFile(const fs::path& p, const std::string& bytes) {
 
 // ---- FaultyFiles -----------------------------------------------------------------
 
-void FaultyFiles::check(Op op, const std::string& what) {
+const char* FaultyFiles::opName(Op op) {
+    switch (op) {
+    case OpenRead: return "open for reading";
+    case OpenWrite: return "open for writing";
+    case Write: return "write";
+    case Commit: return "close and rename";
+    case Remove: return "remove";
+    case Read: return "read";
+    }
+    return "?";
+}
+
+void FaultyFiles::check(Op op, const std::string& path) {
+    if (op != Read) {
+        const long n = operations_++;
+        if (hook) hook(n, op, path);
+    }
     if (!(kinds_ & op)) return;
     long n = count_++;
     if (n == failAt_ || (persistent && failAt_ >= 0 && n > failAt_)) {
         fired_ = true;
-        throw forms::Failure("injected fault: " + what);
+        throw forms::Failure(std::string("injected fault: ") + opName(op) + " " + path);
     }
 }
 
@@ -73,7 +89,7 @@ public:
     FaultyInput(FaultyFiles& owner, std::unique_ptr<forms::InputStream> in, std::string path)
         : owner_(owner), in_(std::move(in)), path_(std::move(path)) {}
     std::size_t read(char* buf, std::size_t n) override {
-        owner_.check(FaultyFiles::Read, "read " + path_);
+        owner_.check(FaultyFiles::Read, path_);
         return in_->read(buf, n);
     }
     std::optional<forms::FileFingerprint> state() const override { return in_->state(); }
@@ -89,41 +105,45 @@ public:
     FaultyOutput(FaultyFiles& owner, std::unique_ptr<forms::OutputStream> out, std::string path)
         : owner_(owner), out_(std::move(out)), path_(std::move(path)) {}
     void write(const char* data, std::size_t n) override {
-        owner_.check(FaultyFiles::Write, "write " + path_);
+        // A write cut short by the end of the process: half its bytes reach the file.
+        if (owner_.operations() == owner_.cutWriteAt) out_->write(data, n / 2);
+        owner_.check(FaultyFiles::Write, path_);
         out_->write(data, n);
+        if (owner_.recordCommits) content_.append(data, n);
     }
     void commit() override {
-        owner_.check(FaultyFiles::Commit, "commit " + path_);
+        owner_.check(FaultyFiles::Commit, path_);
         out_->commit();
+        if (owner_.recordCommits) owner_.committed[fs::path(path_).filename().string()].insert(content_);
     }
 
 private:
     FaultyFiles& owner_;
     std::unique_ptr<forms::OutputStream> out_;
-    std::string path_;
+    std::string path_, content_;
 };
 
 } // namespace
 
 std::unique_ptr<forms::InputStream> FaultyFiles::openRead(const std::string& path) {
-    check(OpenRead, "open " + path);
+    check(OpenRead, path);
     if (unreadable.count(path)) throw forms::Failure("read error: " + path);
     return std::make_unique<FaultyInput>(*this, real_.openRead(path), path);
 }
 
 std::unique_ptr<forms::OutputStream> FaultyFiles::openReplace(const std::string& path) {
     if (unwritable.count(path)) throw forms::Failure("name refused: " + path);
-    check(OpenWrite, "create " + path);
+    check(OpenWrite, path);
     return std::make_unique<FaultyOutput>(*this, real_.openReplace(path), path);
 }
 
 void FaultyFiles::remove(const std::string& path) {
-    check(Remove, "remove " + path);
+    check(Remove, path);
     real_.remove(path);
 }
 
 void FaultyFiles::removeMatching(const std::string& folder, const std::string& suffix) {
-    check(Remove, "remove " + folder + "*" + suffix);
+    check(Remove, folder + "*" + suffix);
     real_.removeMatching(folder, suffix);
 }
 

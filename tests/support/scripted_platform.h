@@ -2,6 +2,7 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -40,10 +41,12 @@ std::optional<std::string> readFile(const std::filesystem::path& p);
 void writeFile(const std::filesystem::path& p, const std::string& bytes);
 
 // Real files with faults on demand: the operation with the given number (from 0,
-// counted over all kinds that are armed) fails, once.
+// counted over all kinds that are armed) fails, once. Every operation but a read
+// is also numbered over the whole run, for a hook that sees it before it runs.
 class FaultyFiles : public forms::FilesPort {
 public:
     enum Op : unsigned { OpenRead = 1, OpenWrite = 2, Write = 4, Commit = 8, Remove = 16, Read = 32 };
+    static const char* opName(Op op);
 
     std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
@@ -65,15 +68,28 @@ public:
     // Every armed operation from the one numbered failAt on fails: a disk that stays full.
     bool persistent = false;
     // Called by the streams.
-    void check(Op op, const std::string& what);
+    void check(Op op, const std::string& path);
     // Files' times judged this far ahead of the clock: far ahead, every state is proven by its time.
     void setClockAhead(std::int64_t ns) { real_.clockAheadNs = ns; }
+    // No file shows a state: the program then knows no file's content and reads
+    // and writes every file it is asked to, the same operations in every run.
+    void tellNoStates() { real_ = forms::StdFiles(false); }
+
+    // Called with the number and kind of every operation but a read, before it runs.
+    std::function<void(long n, Op op, const std::string& path)> hook;
+    long operations() const { return operations_; }
+    // The write with this number puts half its bytes into the file before its hook runs.
+    long cutWriteAt = -1;
+    // When set, every content put in place whole is recorded under its file name.
+    bool recordCommits = false;
+    std::map<std::string, std::set<std::string>> committed;
 
 private:
     forms::StdFiles real_;
     unsigned kinds_ = 0;
     long failAt_ = -1;
     long count_ = 0;
+    long operations_ = 0;
     bool fired_ = false;
 };
 
