@@ -52,15 +52,15 @@ using Run = std::function<void(const std::function<void()>&)>;
 // The same data set in any folder's harness.
 void writeBig(qmtest::Harness& h) {
     h.writeIndex({"Big", "Small"});
-    h.writeCategory("Big", qttest::itemRows(forms::Grid::kMaxRows - 1));
-    h.writeCategory("Small", qttest::itemRows(3));
+    h.writeCategory("Big", qmtest::numberedItems(forms::Grid::kMaxRows - 1));
+    h.writeCategory("Small", qmtest::numberedItems(3));
 }
 
 void writeMany(qmtest::Harness& h) {
     std::vector<std::string> names;
     for (int i = 0; i < 50; ++i) names.push_back("Category " + std::to_string(100 + i));
     h.writeIndex(names);
-    const auto rows = qttest::itemRows(500);
+    const auto rows = qmtest::numberedItems(500);
     for (const auto& n : names) h.writeCategory(n, rows);
 }
 

@@ -160,9 +160,7 @@ TEST(FatStickBackup, FullStickIsToldAndTakesTheRest) {
     Harness h;
     ASSERT_TRUE(stick.mountAt(h.floppyDir.path()));
     auto categories = awkwardCategories();
-    std::vector<std::vector<std::string>> big;
-    for (int i = 0; i < 20000; ++i) big.push_back({"Item " + std::to_string(i), "1.00", "", "", "", "", std::string(40, 'z')});
-    categories.push_back({"Big", big});
+    categories.push_back({"Big", numberedItems(20000, std::string(40, 'z'))});
     h.writeCategories(categories);
     auto& m = h.startAndClick(0);
     save(h);

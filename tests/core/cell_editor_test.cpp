@@ -6,6 +6,7 @@
 
 #include "forms/input.h"
 #include "support/scripted_platform.h"
+#include "support/snapshots.h"
 
 using namespace qmtest;
 namespace key = forms::key;
@@ -110,10 +111,7 @@ TEST_F(GridKeys, ActOnTheCellAsTheTableSays) {
 struct Scrolling : Editor {
     // 30 items: nine item rows fit in the grid's view.
     void SetUp() override {
-        std::vector<std::vector<std::string>> rows;
-        for (int i = 1; i <= 30; ++i)
-            rows.push_back({"Item " + std::to_string(i), std::to_string(i), "1", "Shop", "", "", "SN" + std::to_string(i)});
-        h.writeCategories({{"Long", rows}});
+        h.writeCategories({{"Long", numberedItems(30)}});
         m = &h.startAndClick(0);
     }
     void scrollTo(int top) { forms::input::scrollGrid(h.runtime, m->FG1, top, m->FG1.LeftCol()); }

@@ -15,17 +15,8 @@ namespace {
 
 const std::vector<std::string> kNames = {"Attic", "Car parts", "Mom's stuff", "Tools, misc"};
 
-// Attic is large enough that its file is read and written in several pieces.
-Table manyItems() {
-    Table t;
-    for (int i = 1; i <= 1500; ++i)
-        t.push_back({"box " + std::to_string(i), std::to_string(i) + ".25", "", "attic, shelf " + std::to_string(i % 7), "", "",
-                     std::string(40, 'x')});
-    return t;
-}
-
 const std::map<std::string, Table> kItems = {
-    {"Attic", manyItems()},
+    {"Attic", numberedItems(1500, std::string(40, 'x'))}, // read and written in several pieces
     {"Car parts",
      {{"Jack", "25.00", "20.00", "Hardware store", "3/1/1999", "3/1/2000", "SN 1234"}, {"Wrench", "", "", "", "", "", ""}}},
     {"Mom's stuff", {{"Ring", "100.00", "150.00", "Shop, Main St", "", "", "\"gold\""}}},

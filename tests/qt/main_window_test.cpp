@@ -138,7 +138,7 @@ private slots:
     // switch leaves; also for a category of 32767 rows.
     void aClickOnAnEntryShowsTheCategory() {
         QtHarness h;
-        QVERIFY(h.open({{"Garage", qttest::kGarage}, {"Kitchen", {}}, {"Zoo", qttest::itemRows(forms::Grid::kMaxRows - 1)}}));
+        QVERIFY(h.open({{"Garage", qttest::kGarage}, {"Kitchen", {}}, {"Zoo", qmtest::numberedItems(forms::Grid::kMaxRows - 1)}}));
         auto& m = h.m();
         QCOMPARE(h.list()->currentRow(), 0);
         QVERIFY(h.list()->item(0)->isSelected());

@@ -66,7 +66,7 @@ private slots:
     void opensAndClosesAgain() {
         QtHarness h;
         QApplication::setWindowIcon(QIcon(kIcon));
-        h.core.writeCategories({{"Garage", qttest::itemRows(2)}, {"Kitchen", {}}});
+        h.core.writeCategories({{"Garage", qmtest::numberedItems(2)}, {"Kitchen", {}}});
         // The help page as the program ships it.
         std::filesystem::copy_file(std::filesystem::path(QT_TESTCASE_SOURCEDIR) / "../../data/Readme.htm",
                                    h.core.data("Readme.htm"));
@@ -155,7 +155,7 @@ private slots:
             return path.toStdString();
         };
         QtHarness h;
-        h.core.writeCategories({{"Garage", qttest::itemRows(2)}});
+        h.core.writeCategories({{"Garage", qmtest::numberedItems(2)}});
         qmtest::writeFile(h.core.data("GarageItem 1.csv"), picture(900, 700) + "\r\n");
         QVERIFY(h.startAndClick(0));
         qm::frmPic& pic = h.m().Pic();

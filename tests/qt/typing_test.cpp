@@ -199,7 +199,7 @@ private slots:
     // goes on into the editor: the text typed before and after stays.
     void scrollingWhileEditingNeverWritesAnotherCell() {
         h = std::make_unique<Editor>();
-        QVERIFY(h->open({{"Garage", qttest::itemRows(40)}}));
+        QVERIFY(h->open({{"Garage", qmtest::numberedItems(40)}}));
         auto& g = m().FG1;
         QScrollBar* bar = h->grid()->verticalScrollBar();
         const int rowsInView = g.Rows() - g.TopRow(); // the switch left the last row at the bottom

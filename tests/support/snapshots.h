@@ -42,6 +42,14 @@ inline Table withHeading(const Table& items) {
     return t;
 }
 
+// n items: "Item i", cost i, value i % 7, "Shop", "2001", no warranty, "SNi" and the note.
+inline Table numberedItems(int n, const std::string& note = "") {
+    Table t;
+    for (int i = 1; i <= n; ++i)
+        t.push_back({"Item " + std::to_string(i), std::to_string(i), std::to_string(i % 7), "Shop", "2001", "", "SN" + std::to_string(i) + note});
+    return t;
+}
+
 // Names of the entries of a folder.
 inline std::set<std::string> folderNames(const std::filesystem::path& dir) {
     std::set<std::string> names;

@@ -92,14 +92,6 @@ void QtHarness::settle() {
     QCoreApplication::processEvents();
 }
 
-std::vector<std::vector<std::string>> itemRows(int n) {
-    std::vector<std::vector<std::string>> rows;
-    rows.reserve(static_cast<std::size_t>(n));
-    for (int i = 1; i <= n; ++i)
-        rows.push_back({"Item " + std::to_string(i), std::to_string(i), std::to_string(i % 7), "Shop", "2001", "", "SN" + std::to_string(i)});
-    return rows;
-}
-
 int pixels(int twips) {
     const double dpi = QGuiApplication::primaryScreen()->logicalDotsPerInchY();
     return static_cast<int>(std::lround(twips * dpi / 1440.0));

@@ -14,6 +14,7 @@
 #include "qt/qt_host.h"
 #include "qt/qt_pictures.h"
 #include "support/scripted_platform.h"
+#include "support/snapshots.h"
 
 namespace qttest {
 
@@ -84,9 +85,6 @@ void whenShown(std::function<void(Box*)> f) {
         if (box) f(box);
     });
 }
-
-// n items for a category file: "Item i", cost i, value i % 7, ..., "SN" i.
-std::vector<std::vector<std::string>> itemRows(int n);
 
 // The pixel of a twips position at the screen's logical DPI, worked out here
 // independently of the face.
