@@ -149,6 +149,8 @@ INSTANTIATE_TEST_SUITE_P(
     Commands, KeptOnFailedSave,
     ::testing::Values(
         KeptCase{"Switch", [](Harness& h, qm::frmMain& m) { h.run([&] { m.lstCategory.setSelected(2); }); }, kEditedB, 1},
+        // Told once an event: a later event that fails again is told again.
+        KeptCase{"TwoSwitches", [](Harness& h, qm::frmMain& m) { for (int k : {2, 0}) h.run([&] { m.lstCategory.setSelected(k); }); }, kEditedB, 2},
         // The gain of focus can't write the index, so it runs no walk; the selection stops.
         KeptCase{"ClickOnTheList", [](Harness& h, qm::frmMain&) { h.selectCategory(0); }, kEditedB, 1},
         // The index file opens, then every save fails: each step of the walk stops.
