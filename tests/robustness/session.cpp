@@ -145,8 +145,7 @@ void countEveryOperation(Harness& h) {
 }
 
 void runSession(Harness& h, const std::function<bool(std::size_t)>& before) {
-    h.main = std::make_unique<qm::frmMain>(h.platform, h.globals);
-    qm::frmMain& m = *h.main;
+    qm::frmMain& m = h.make();
     if (before && !before(0)) return;
     m.Start();
     const auto& steps = sessionSteps();
@@ -251,8 +250,7 @@ std::size_t stepOfOp(const Reference& r, long n) {
 }
 
 void runSessionRetrying(Harness& h, const Reference& ref) {
-    h.main = std::make_unique<qm::frmMain>(h.platform, h.globals);
-    qm::frmMain& m = *h.main;
+    qm::frmMain& m = h.make();
     m.Start();
     const auto& steps = sessionSteps();
     for (std::size_t i = 0; i < steps.size(); ++i) {

@@ -18,8 +18,7 @@
 namespace robust {
 
 using qmtest::Harness;
-// File name (no folder) -> contents it has had whole.
-using Versions = std::map<std::string, std::set<std::string>>;
+using qmtest::Versions;
 
 // Writes the database the session starts on into the data folder of h.
 void writeStartDatabase(Harness& h);

@@ -218,9 +218,13 @@ Harness::Harness(const std::string& dataFolder, const std::string& floppyRoot)
     : platform{runtime, files, dialogs, pictures, printer, currency, program,
                {dataFolder.empty() ? dataDir.place() : dataFolder, floppyRoot.empty() ? floppyDir.place() : floppyRoot}} {}
 
-qm::frmMain& Harness::start() {
+qm::frmMain& Harness::make() {
     main = std::make_unique<qm::frmMain>(platform, globals);
-    main->Start();
+    return *main;
+}
+
+qm::frmMain& Harness::start() {
+    make().Start();
     return *main;
 }
 

@@ -40,6 +40,9 @@ std::string recordLines(const std::vector<std::vector<std::string>>& rows, std::
 std::optional<std::string> readFile(const std::filesystem::path& p);
 void writeFile(const std::filesystem::path& p, const std::string& bytes);
 
+// File name (no folder) -> the contents it has had whole.
+using Versions = std::map<std::string, std::set<std::string>>;
+
 // Real files with faults on demand: the operation with the given number (from 0,
 // counted over all kinds that are armed) fails, once. Every operation but a read
 // is also numbered over the whole run, for a hook that sees it before it runs.
@@ -82,7 +85,7 @@ public:
     long cutWriteAt = -1;
     // When set, every content put in place whole is recorded under its file name.
     bool recordCommits = false;
-    std::map<std::string, std::set<std::string>> committed;
+    Versions committed;
 
 private:
     forms::StdFiles real_;
@@ -183,7 +186,9 @@ public:
     qm::modGlobalVars globals;
     std::unique_ptr<qm::frmMain> main; // last: gone before the platform it uses
 
-    // Makes frmMain and runs its start (load, show, first focus).
+    // Makes frmMain on the scripted platform, not yet started.
+    qm::frmMain& make();
+    // make(), then its start (load, show, first focus).
     qm::frmMain& start();
     qm::frmMain& m() { return *main; }
 
