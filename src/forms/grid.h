@@ -175,6 +175,8 @@ public:
     std::function<void(int& keyAscii)> KeyPress;
     // Every key that goes down while the grid holds the focus, before the grid's own handling.
     std::function<void(int& keyCode, int shift)> KeyDown;
+    // A user's click on a cell, after it has become current (also when it was already).
+    std::function<void()> Click;
 
     // User input: a click on a cell moves the current cell as code does; the
     // scroll bars move the view.

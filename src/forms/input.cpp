@@ -142,6 +142,7 @@ void clickCell(Runtime& rt, Grid& grid, int row, int col) {
     rt.dispatch([&] {
         grid.TrySetFocus();
         grid.userClickCell(row, col);
+        rt.raise(grid.Click);
     });
 }
 

@@ -49,7 +49,7 @@ bool gridKeyDown(Runtime& rt, Grid& grid, int keyCode, int shift);
 // A key while the grid holds the focus: arrow keys move the current cell as the
 // grid's own keys do; a character runs KeyPress.
 void gridKey(Runtime& rt, Grid& grid, int keyCode, char32_t ch);
-// A click on a cell: the grid takes the focus and the cell becomes current.
+// A click on a cell: the grid takes the focus, the cell becomes current, then Click runs.
 void clickCell(Runtime& rt, Grid& grid, int row, int col);
 // The close button of a window's title bar.
 void closeWindow(Runtime& rt, Form& form);

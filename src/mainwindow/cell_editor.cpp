@@ -39,10 +39,20 @@ bool editorCoversCurrentCell(frmMain& m) {
            m.T1.Height() == m.FG1.CellHeight();
 }
 
-// After a scroll that closed the editor: it opens again over the current cell
-// at its new place if the cell is still in view, else the grid keeps the focus
-// (its KeyDown then brings the cell back and opens the editor). Either way no
-// key can reach a hidden editor that lies over some other cell.
+// Lays the editor over the current cell for a grid that holds the focus
+// already, where no GotFocus is coming to do it. Only placement: an Add Item
+// still pending is not ours to run.
+void openEditorInPlace(frmMain& m) {
+    const auto pending = std::exchange(m.AddItemPending, std::int16_t{0});
+    m.BeginCellEdit();
+    m.AddItemPending = pending;
+    m.FG1.setCellAlignment(forms::Grid::AlignRightCenter);
+}
+
+// After a scroll: the editor opens again over the current cell at its new place
+// if the cell is in view, else the grid keeps the focus (its KeyDown then
+// brings the cell back and opens the editor). Either way no key can reach a
+// hidden editor that lies over some other cell, nor replace the cell's text.
 void reopenAfterScroll(frmMain& m) {
     forms::Control* focused = m.platform.runtime.focused();
     if (focused != &m.T1 && focused != &m.FG1) return; // the user has gone elsewhere
@@ -50,12 +60,7 @@ void reopenAfterScroll(frmMain& m) {
     bool inView = false;
     m.platform.runtime.dispatch([&] {
         inView = currentCellInView(m.FG1);
-        if (!inView || editorCoversCurrentCell(m)) return;
-        // Only placement: an Add Item still pending is not the scroll's to run.
-        const auto pending = std::exchange(m.AddItemPending, std::int16_t{0});
-        m.BeginCellEdit();
-        m.AddItemPending = pending;
-        m.FG1.setCellAlignment(forms::Grid::AlignRightCenter);
+        if (inView && !editorCoversCurrentCell(m)) openEditorInPlace(m);
     });
     if (!inView && focused == &m.T1) focusGridKeepingEditorClosed(m);
 }
@@ -115,11 +120,24 @@ void frmMain::FG1_EnterCell() {
 bool frmMain::CellEventsOnlyColour() const { return FG1.hasFocus() && !T1.Visible(); }
 
 // The editor doesn't follow the cell while the grid scrolls; once the event
-// that scrolled is over, it comes back over the cell if the user was editing.
+// that scrolled is over, it comes back over the cell if the user was editing,
+// also when an earlier scroll took the cell out of view and left the grid
+// holding the focus: scrolling back must not leave the cell to a key that
+// replaces it.
 void frmMain::FG1_Scroll() {
-    const bool editing = T1.Visible() && (T1.hasFocus() || FG1.hasFocus());
+    const bool editing = T1.hasFocus() || FG1.hasFocus();
     T1.setVisible(false);
     if (editing) platform.runtime.post([this] { reopenAfterScroll(*this); });
+}
+
+// A click on a cell while the grid holds the focus already (the editor closed
+// by a scroll) brings no GotFocus: the editor opens here instead, as for any
+// click, once the click and its focus events are over.
+void frmMain::FG1_Click() {
+    platform.runtime.post([this] {
+        if (platform.runtime.focused() != &FG1 || T1.Visible() || FG1.Rows() <= 1) return;
+        platform.runtime.dispatch([this] { openEditorInPlace(*this); });
+    });
 }
 
 // A key never lands unseen in a cell scrolled out of view: the cell comes back

@@ -110,6 +110,7 @@ void frmMain::wireEvents() {
     FG1.LeaveCell = [this] { FG1_LeaveCell(); };
     FG1.EnterCell = [this] { FG1_EnterCell(); };
     FG1.Scroll = [this] { FG1_Scroll(); };
+    FG1.Click = [this] { FG1_Click(); };
     T1.Change = [this] { T1_Change(); };
     T1.KeyDown = [this](int& code, int shift) { T1_KeyDown(code, shift); };
     T1.KeyPress = [this](int& ascii) { T1_KeyPress(ascii); };

@@ -161,6 +161,7 @@ public:
     static constexpr forms::Color kLeftCellColour = forms::syscolor::Window;
     void FG1_EnterCell();
     void FG1_Scroll();
+    void FG1_Click();
     void T1_Change();
 
     // ---- cell editor keys (mainwindow/cell_editor_keys.cpp) ----------------

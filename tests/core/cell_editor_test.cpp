@@ -127,30 +127,44 @@ struct Scrolling : Editor {
 TEST_F(Scrolling, TheEditorComesBackOverItsCellOnlyIfTheCellIsStillInView) {
     struct Case {
         const char* what;
-        int top;          // the first item row the user scrolls to
+        int away, top;    // the first item rows the user scrolls to, in turn
         bool elsewhere;   // the focus was on a button (the editor parked)
         bool reopens;
         const forms::Control* focus;
     };
     const Case cases[] = {
-        {"a row up, the cell stays in view", 15, false, true, &m->T1},
-        {"to the cell's own row", 20, false, true, &m->T1},
-        {"cell above the view", 21, false, false, &m->FG1},
-        {"cell below the view", 1, false, false, &m->FG1},
-        {"parked editor", 15, true, false, &m->cmdAddAsset},
+        {"a row up, the cell stays in view", 16, 15, false, true, &m->T1},
+        {"to the cell's own row", 16, 20, false, true, &m->T1},
+        {"cell above the view", 16, 21, false, false, &m->FG1},
+        {"cell below the view", 16, 1, false, false, &m->FG1},
+        {"out of view and back", 1, 15, false, true, &m->T1},
+        {"parked editor", 16, 15, true, false, &m->cmdAddAsset},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         h.focus(m->cmdAddAsset);
         open(20, 3); // the grid gains the focus: the editor opens
         ASSERT_TRUE(editorOpen());
-        scrollTo(16);
+        scrollTo(c.away);
         if (c.elsewhere) h.focus(m->cmdAddAsset);
         scrollTo(c.top);
-        // The user's scroll is never undone; the editor, if open, is over its cell.
-        EXPECT_EQ((std::tuple{m->FG1.TopRow(), at(20, 3), m->T1.Visible(), h.runtime.focused(), c.reopens && editorOverCurrentCell()}),
+        // The user's scroll is never undone; the editor, if open, is over its
+        // cell with the caret at the end, so the next key appends.
+        EXPECT_EQ((std::tuple{m->FG1.TopRow(), at(20, 3), m->T1.Visible(), h.runtime.focused(),
+                              c.reopens && editorOverCurrentCell() && m->T1.SelStart() == m->T1.length()}),
                   std::make_tuple(c.top, true, c.reopens, c.focus, c.reopens));
     }
+}
+
+TEST_F(Scrolling, AClickAfterTheCellWasScrolledAwayOpensTheEditorAndAKeyAppends) {
+    open(20, 3);
+    scrollTo(1); // the grid keeps the focus, the editor is shut
+    const std::string before = cell(5, 4);
+    open(5, 4);
+    press('Q', U'q');
+    EXPECT_EQ((std::tuple{editorOpen(), editorOverCurrentCell(), cell(5, 4)}), std::make_tuple(true, true, before + "q"));
+    press(key::Escape, 27);
+    EXPECT_EQ(cell(5, 4), before);
 }
 
 TEST_F(Scrolling, AClickOnAPartlyShownCellOpensTheEditorEvenIfItsTextIsTheEditors) {
