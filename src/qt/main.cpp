@@ -14,12 +14,14 @@
 #include "forms/runtime.h"
 #include "forms/std_files.h"
 #include "mainwindow/frm_main.h"
+#include "qt/form_window.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_host.h"
 #include "qt/qt_pictures.h"
 #include "qt/qt_printer.h"
 #include "qt/qt_program.h"
 #include "qt/session_end.h"
+#include "qt/single_instance.h"
 #include "storage/places.h"
 
 namespace {
@@ -63,6 +65,13 @@ int main(int argc, char** argv) {
     // The program ends by its own exit steps only.
     QApplication::setQuitOnLastWindowClosed(false);
 
+    // One window per data folder: a second start only brings the first to the
+    // front. It comes before anything that touches the folder, which the
+    // running window owns.
+    const storage::Places places = storage::shippedPlaces();
+    qtface::SingleInstance single(QString::fromStdString(places.dataFolder));
+    if (!single.claim()) return 0;
+
     forms::Runtime runtime;
     qtface::QtHost host(runtime);
     runtime.setHost(&host);
@@ -70,7 +79,6 @@ int main(int argc, char** argv) {
     // A first start after the install finds no data folder: it is made, with
     // the shipped files from share/quillmere/ beside the program's folder.
     // Writes that an earlier run could not finish are cleared away.
-    const storage::Places places = storage::shippedPlaces();
     const QString share = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../share/quillmere/"));
     const std::string problems = storage::PrepareDataFolder(places.dataFolder, QDir::cleanPath(share).toStdString() + "/");
     if (!problems.empty()) std::fputs(("quillmere: " + problems).c_str(), stderr);
@@ -90,6 +98,9 @@ int main(int argc, char** argv) {
     // signal: the same steps as Exit, which run only once.
     main.form.CloseRequested = [&] { main.Form_Terminate(); };
     qtface::EndRequests ends(runtime, [&] { runtime.dispatch([&] { main.Form_Terminate(); }); });
+    single.onRaiseRequest([&] {
+        if (qtface::FormWindow* w = host.window(main.form)) qtface::bringToFront(w->window());
+    });
 
     main.Start();
     if (program.endRequested()) return 0;
