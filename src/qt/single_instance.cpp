@@ -41,7 +41,7 @@ SingleInstance::SingleInstance(const QString& dataFolder) {
     const QByteArray hash = QCryptographicHash::hash(realPath(dataFolder).toUtf8(), QCryptographicHash::Sha256).toHex().left(32);
     const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     // A socket path has room for about a hundred bytes: the hash is cut to 128 bits.
-    base_ = QDir(runtime).filePath(QStringLiteral("quillmere-") + QString::fromLatin1(hash));
+    if (!runtime.isEmpty()) base_ = QDir(runtime).filePath(QStringLiteral("quillmere-") + QString::fromLatin1(hash));
 }
 
 SingleInstance::~SingleInstance() {
@@ -49,6 +49,7 @@ SingleInstance::~SingleInstance() {
 }
 
 bool SingleInstance::claim() {
+    if (base_.isEmpty()) return true; // no runtime folder to hold a lock
     lock_ = std::make_unique<QLockFile>(lockPath());
     // Held as long as the window runs, however long that is: only a holder
     // that is no longer running makes the lock stale.

@@ -38,7 +38,7 @@ public:
 private:
     void listen();
 
-    QString base_; // runtime folder + the program's name + the folder's hash
+    QString base_; // runtime folder + the program's name + the folder's hash; empty without a runtime folder
     std::unique_ptr<QLockFile> lock_;
     QLocalServer* server_ = nullptr;
     std::function<void()> raise_;
