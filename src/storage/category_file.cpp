@@ -223,9 +223,10 @@ void frmMain::LoadCategoryFile() {
     else UnreadableFiles.erase(path);
     // A file of whole lines of seven fields fills a row each: reading it again
     // gives what the grid now holds, and when its bytes are those a save writes,
-    // saving the grid gives the file.
-    if (opened && !unreadable && lineEnded && r >= 1 && FG1.Rows() == r && FG1.Cols() == kFieldsPerRow)
-        files.NoteLoaded(path, FG1.Revision(), exact);
+    // saving the grid gives the file. Any file read whole is what the grid came
+    // from: a save can tell whether the grid changed since.
+    if (opened && !unreadable)
+        files.NoteLoaded(path, FG1.Revision(), lineEnded && r >= 1 && FG1.Rows() == r && FG1.Cols() == kFieldsPerRow, exact);
     // Esc in the editor that opens next must bring back the text as loaded.
     FG1.setTag(FG1.Text());
 }
