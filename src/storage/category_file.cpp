@@ -62,6 +62,14 @@ void frmMain::SaveCategoryFile() {
         // The grid has not changed since the file was read into it or written
         // from it, and the file is as it was then: it holds these bytes already.
         if (files.WouldWriteSame(path, FG1.Revision())) return;
+        // Another program changed the file since it was read or written here.
+        // With nothing changed in the grid since then, its version stays and
+        // the next load reads it; with both changed, it is kept as a category
+        // of its own before the grid is written.
+        if (!WriteToFloppy && CurrentCategory && files.ChangedElsewhere(path)) {
+            if (files.HeldAs(path) == FG1.Revision()) return;
+            KeepOtherVersion(*CurrentCategory, path);
+        }
         files.OpenOutput(SaveFileNumber, path);
         // What is read back from a grid of seven columns is the grid itself.
         files.NoteSaving(SaveFileNumber, FG1.Revision(), FG1.Cols() == kFieldsPerRow);
