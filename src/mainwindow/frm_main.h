@@ -97,6 +97,12 @@ public:
     // The switch puts the selection back on the category it could not leave;
     // that selection runs no switch.
     bool KeepingSelection = false;
+    // Another program's versions of categories that were changed here too,
+    // each kept as a category of its own: to be listed, to be told.
+    struct KeptVersion {
+        std::string name, copy;
+    };
+    std::vector<KeptVersion> KeptVersionsToList, KeptVersionsToTell;
 
     // ---- start and stop (mainwindow/program.cpp) --------------------------
     // Loads the window, shows it and gives the focus to the first control in tab order.
@@ -126,6 +132,14 @@ public:
     void CompleteIndexPair(const std::string& place);
     // Puts the names (written whole under n) and the count in place as a pair.
     void CommitIndexPair(const std::string& place, int n, const std::string& countLine, const std::string& names);
+
+    // ---- versions changed elsewhere too (storage/kept_versions.cpp) ---------
+    // Copies the file of a category that another program changed to a new
+    // category's file, before the grid is written over it; fails when it can't.
+    void KeepOtherVersion(const std::string& name, const std::string& path);
+    std::string KeptVersionName(const std::string& name);
+    void ListKeptVersions();
+    void TellKeptVersions();
 
     // ---- switching (mainwindow/switching.cpp) ------------------------------
     void lstCategory_Click();

@@ -62,6 +62,14 @@ void frmMain::SaveCategoryFile() {
         // The grid has not changed since the file was read into it or written
         // from it, and the file is as it was then: it holds these bytes already.
         if (files.WouldWriteSame(path, FG1.Revision())) return;
+        // Another program changed the file since it was read or written here.
+        // With nothing changed in the grid since then, its version stays and
+        // the next load reads it; with both changed, it is kept as a category
+        // of its own before the grid is written.
+        if (!WriteToFloppy && CurrentCategory && files.ChangedElsewhere(path)) {
+            if (files.HeldAs(path) == FG1.Revision()) return;
+            KeepOtherVersion(*CurrentCategory, path);
+        }
         files.OpenOutput(SaveFileNumber, path);
         // What is read back from a grid of seven columns is the grid itself.
         files.NoteSaving(SaveFileNumber, FG1.Revision(), FG1.Cols() == kFieldsPerRow);
@@ -223,9 +231,10 @@ void frmMain::LoadCategoryFile() {
     else UnreadableFiles.erase(path);
     // A file of whole lines of seven fields fills a row each: reading it again
     // gives what the grid now holds, and when its bytes are those a save writes,
-    // saving the grid gives the file.
-    if (opened && !unreadable && lineEnded && r >= 1 && FG1.Rows() == r && FG1.Cols() == kFieldsPerRow)
-        files.NoteLoaded(path, FG1.Revision(), exact);
+    // saving the grid gives the file. Any file read whole is what the grid came
+    // from: a save can tell whether the grid changed since.
+    if (opened && !unreadable)
+        files.NoteLoaded(path, FG1.Revision(), lineEnded && r >= 1 && FG1.Rows() == r && FG1.Cols() == kFieldsPerRow, exact);
     // Esc in the editor that opens next must bring back the text as loaded.
     FG1.setTag(FG1.Text());
 }

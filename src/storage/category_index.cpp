@@ -149,6 +149,8 @@ void frmMain::SaveCategoryList() {
     const std::string remembered = lstCategory.Text();
     StoreIndex(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder, true);
     lstCategory.setText(remembered);
+    // Versions kept in this walk are listed before anyone reads the index.
+    ListKeptVersions();
 }
 
 // The index of the list as it stands, after the walk if one is asked for. The

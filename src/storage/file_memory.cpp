@@ -95,11 +95,11 @@ void FileMemory::forgetMatching(const std::string& folder, const std::string& su
 
 // Only the file just read to its end, still in the state it had at the open,
 // holds what the holder took from it.
-void FileMemory::NoteLoaded(const std::string& path, std::uint64_t revision, bool exact) {
+void FileMemory::NoteLoaded(const std::string& path, std::uint64_t revision, bool loads, bool exact) {
     if (!lastRead_ || !lastRead_->whole || lastRead_->path != path) return;
     auto it = known_.find(path);
     if (it == known_.end() || !it->second.state.sameState(lastRead_->state)) return;
-    setImage(it->second, FileImage{revision, true, exact});
+    setImage(it->second, FileImage{revision, loads, loads && exact});
 }
 
 bool FileMemory::WouldWriteSame(const std::string& path, std::uint64_t revision) {
@@ -123,10 +123,34 @@ std::optional<std::uint64_t> FileMemory::LoadsAs(const std::string& path, const 
 
 bool FileMemory::Describes(std::uint64_t revision) const { return loadingRevisions_.count(revision) != 0; }
 
+bool FileMemory::ChangedElsewhere(const std::string& path) {
+    auto it = known_.find(path);
+    if (it == known_.end()) return false;
+    const auto now = files_.fingerprint(path);
+    // Gone: writing there takes nobody's bytes away.
+    if (!now) return false;
+    const bool sameState = now->sameState(it->second.state);
+    if (sameState && it->second.state.settled) return false;
+    // A recent state, or a new one: the bytes tell (a copy of the same bytes
+    // put in its place changed nothing). A file in the state known that can't
+    // be read just now shows no sign of another writer.
+    return !readsAsKnown(path, it->second, *now).value_or(sameState);
+}
+
+std::optional<std::uint64_t> FileMemory::HeldAs(const std::string& path) const {
+    auto it = known_.find(path);
+    if (it == known_.end() || !it->second.image) return std::nullopt;
+    return it->second.image->revision;
+}
+
 bool FileMemory::stillHolds(const std::string& path, KnownFile& k) {
     auto now = files_.fingerprint(path);
     if (!now || !now->sameState(k.state)) return false;
-    if (k.state.settled) return true;
+    return k.state.settled || readsAsKnown(path, k, *now).value_or(false);
+}
+
+std::optional<bool> FileMemory::readsAsKnown(const std::string& path, KnownFile& k, const forms::FileFingerprint& now) {
+    if (now.size != k.size) return false;
     try {
         auto in = files_.openRead(path);
         std::vector<char> chunk(ChunkDigests::kChunk);
@@ -134,11 +158,11 @@ bool FileMemory::stillHolds(const std::string& path, KnownFile& k) {
         while (const std::size_t got = in->read(chunk.data(), chunk.size())) digests.add(chunk.data(), got);
         const std::uint64_t size = digests.size();
         auto after = files_.fingerprint(path);
-        if (size != k.size || digests.finish() != k.chunks || !after || !after->sameState(*now)) return false;
+        if (size != k.size || digests.finish() != k.chunks || !after || !after->sameState(now)) return false;
     } catch (const forms::Failure&) {
-        return false;
+        return std::nullopt;
     }
-    k.state = *now;
+    k.state = now;
     return true;
 }
 

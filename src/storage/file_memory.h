@@ -78,12 +78,14 @@ public:
     void forgetMatching(const std::string& folder, const std::string& suffix);
 
     // See FileTable: NoteLoaded, WouldWriteSame, LoadsAs (for a file in state
-    // before, not read yet), Describes.
-    void NoteLoaded(const std::string& path, std::uint64_t revision, bool exact);
+    // before, not read yet), Describes, ChangedElsewhere, HeldAs.
+    void NoteLoaded(const std::string& path, std::uint64_t revision, bool loads, bool exact);
     bool WouldWriteSame(const std::string& path, std::uint64_t revision);
     std::optional<std::uint64_t> LoadsAs(const std::string& path, const forms::FileFingerprint& before,
                                          const std::function<bool(std::uint64_t)>& held);
     bool Describes(std::uint64_t revision) const;
+    bool ChangedElsewhere(const std::string& path);
+    std::optional<std::uint64_t> HeldAs(const std::string& path) const;
 
 private:
     // The last file read and closed: its state at the open, and whether it was read to its end.
@@ -94,6 +96,9 @@ private:
     };
     // Whether the file at path is in the state known and holds the bytes known.
     bool stillHolds(const std::string& path, KnownFile& k);
+    // Whether the file, now in this state, holds the bytes known: read to
+    // tell, and the state known from then on if it does. Nothing when it can't be read.
+    std::optional<bool> readsAsKnown(const std::string& path, KnownFile& k, const forms::FileFingerprint& now);
 
     // Every change of a known file's image goes through here, so that the
     // count of files describing each revision stays true.

@@ -64,9 +64,10 @@ public:
     // What a holder of a file's content (the grid) is known to hold. A holder
     // tells its state by a revision that changes with every change of its content.
     // After the close of a file read whole: the holder at this revision holds
-    // what that read gave, and writing it out gives the file's bytes if exact.
-    void NoteLoaded(const std::string& path, std::uint64_t revision, bool exact) {
-        memory_.NoteLoaded(path, revision, exact);
+    // what that read gave; reading it again gives the same if loads, and
+    // writing it out gives the file's bytes if besides exact.
+    void NoteLoaded(const std::string& path, std::uint64_t revision, bool loads, bool exact) {
+        memory_.NoteLoaded(path, revision, loads, exact);
     }
     // For a file open for writing: its bytes come from the holder at this
     // revision, and reading them back gives that content if readsBack. It
@@ -83,6 +84,13 @@ public:
     std::optional<std::uint64_t> LoadsAs(int n, const std::function<bool(std::uint64_t)>& held);
     // Whether some file is known to give, when read, the holder's content at this revision.
     bool Describes(std::uint64_t revision) const { return memory_.Describes(revision); }
+    // Whether the file at path is no longer what this table last read or wrote
+    // there: another program changed or replaced it since. A file never read
+    // nor written here, or one that is gone, was not (writing it loses nothing
+    // of anyone's); a recent one is read to tell.
+    bool ChangedElsewhere(const std::string& path) { return memory_.ChangedElsewhere(path); }
+    // The holder's revision when it last came from the file at path or went to it.
+    std::optional<std::uint64_t> HeldAs(const std::string& path) const { return memory_.HeldAs(path); }
 
     // One value and a line end: a text encoded by EncodeField, a number with a
     // blank on either side (a minus sign in place of the first), nothing as nothing.

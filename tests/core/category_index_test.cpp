@@ -141,7 +141,8 @@ TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
     writeFile(h.data("Beta.csv"), lfCategory({"b1,2,,,,,"})); // undo the switch's own rewrite
     h.run([&] { m.FG1.setTextMatrix(1, 3, "garage"); });
     h.run([&] { m.SaveCategoryList(); });
-    EXPECT_EQ(window(h), "Alpha Beta* Gamma | Beta \"Beta\" | Item b1 | 2 at 1,6 fixed 11 editor focus T1");
+    // Beta's file was written behind the window's back before the edit: that version is kept as well.
+    EXPECT_EQ(window(h), "Alpha Beta* Beta (changed elsewhere) Gamma | Beta \"Beta\" | Item b1 | 2 at 1,6 fixed 11 editor focus T1");
     EXPECT_EQ(m.FG1.TextMatrix(1, 3), "garage");
     for (const char* name : {"Alpha", "Beta", "Gamma"}) EXPECT_TRUE(rewritten(h, name)) << name << " not walked";
     EXPECT_EQ(readFile(h.data("Beta.csv")), crlf({kHeadingLine, "b1,2,,garage,,,"}));
