@@ -18,10 +18,11 @@ constexpr const char* kIndexFiles[] = {storage::kCountFile, storage::kNamesFile}
 constexpr const char* kTheList = "the list of categories";
 
 // Both files hold the same bytes (or neither exists); a file that can't be
-// read holds nothing the other does.
+// read holds nothing the other does. The copy b is read from its device, not
+// from what the system still holds of the write in memory.
 bool sameBytes(forms::FilesPort& port, const std::string& a, const std::string& b) {
     try {
-        return storage::ReadWholeFile(port, a) == storage::ReadWholeFile(port, b);
+        return storage::ReadWholeFile(port, a) == storage::ReadWholeFile(port, b, true);
     } catch (const Failure&) {
         return false;
     }

@@ -81,6 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"SaveToADiskThatRefusesOneName", [](Harness& h) { h.files.unwritable.insert(h.floppy("Bike.csv").string()); }, true,
              "Not copied: \"Bike\".", true,
              [](Harness& h) { EXPECT_TRUE(sameOnFloppy(h, {"NumCats.csv", "CatFiles.csv", "Car.csv", "Tools.csv"})); EXPECT_EQ(window(h), kCarOpen); }},
+        // A stick that keeps a write only in the system's memory: the read-back reads the device.
+        Case{"SaveToAStickThatLosesAWrite", [](Harness& h) { h.files.lostOnDevice.insert(h.floppy("Tools.csv").string()); }, true,
+             "Not copied: \"Tools\".", true, nullptr},
         // When this computer's disk refuses the walk that comes first, the copy's
         // walk would replace the unsaved category with its old file: nothing is copied.
         Case{"SaveWhenTheDataFolderCantBeStoredFirst",
