@@ -2,6 +2,9 @@
 // save puts on the floppy, the load's passes and prompts, and that a load from
 // a disk it can't read changes nothing. A save and a load back through the real boxes: the GUI commands test.
 #include <algorithm>
+#include <cctype>
+#include <map>
+#include <set>
 #include <cstring>
 #include <optional>
 #include <random>
@@ -117,12 +120,13 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 // Every character FAT refuses, a name ending in a dot, one that only letter
-// case tells from the index, a disk written before such names were escaped:
+// case tells from the index, two that only letter case tells apart, a disk
+// written before such names were escaped:
 // on a plain folder and on a real FAT stick (as root, through FUSE) all come
 // back whole into an empty data folder (the load's second pass), with the
 // index there at once.
 const std::vector<std::string> kAwkwardNames = {"Tools: misc", "What is this?", "Box 5\"", "back\\slash", "star*", "less<",
-                                                "more>", "pipe|", "Box.", "a/b", "numcats"};
+                                                "more>", "pipe|", "Box.", "a/b", "numcats", "Car", "car"};
 
 std::vector<Harness::Category> awkwardCategories(const std::vector<std::string>& names = kAwkwardNames) {
     std::vector<Harness::Category> categories;
@@ -171,31 +175,44 @@ TEST(FatStickBackup, FullStickIsToldAndTakesTheRest) {
     save(h);
     const std::string said = h.dialogs.messages.back().text;
     EXPECT_TRUE(said.starts_with("The copy on the disk is not complete. Not copied: \"Big\".")) << said;
+    const auto clashes = storage::CaseBlindClashes(kAwkwardNames);
     for (const auto& name : kAwkwardNames)
-        EXPECT_EQ(readFile(h.floppy(storage::StickStem(name) + ".csv")), readFile(h.data(storage::FileStem(name) + ".csv"))) << name;
+        EXPECT_EQ(readFile(h.floppy(storage::StickStem(name, clashes.count(name)) + ".csv")), readFile(h.data(storage::FileStem(name) + ".csv"))) << name;
     EXPECT_EQ(std::make_pair(m.lstCategory.Text(), m.CurrentCategory.value_or("")), std::make_pair(std::string("a/b"), std::string("a/b")));
 }
 
-// A stick's name for any category: only what FAT and exFAT take, no index
-// file's name in any letter case, and the name itself given back by undoing
-// the escapes, so no two categories share a file.
+// A stick's name for any category of any index: only what FAT and exFAT take,
+// no index file's name in any letter case, no two names of one index in one
+// file when letter case is folded, and the name itself given back by undoing
+// the escapes.
 TEST(StickNames, CarryEveryNameAndTellThemApart) {
     const std::vector<std::string> pieces = {"a", "Z", " ", ".", "/", "\\", ":", "*", "?", "\"", "<", ">", "|", "%",
                                              "%4", "\xC3\xA9", "\xE2\x88\x95", "~", "numcats", "CatFiles"};
     std::mt19937 rng(15);
+    const auto flipCase = [&](std::string s) {
+        for (char& c : s) c ^= std::isalpha(static_cast<unsigned char>(c)) && rng() % 2 ? 0x20 : 0;
+        return s;
+    };
     for (int i = 0; i < 20000; ++i) {
-        std::string name, back, lower;
+        std::string name;
         for (int k = 1 + static_cast<int>(rng() % 4); k > 0; --k) name += pieces[rng() % pieces.size()];
-        const std::string stem = storage::StickStem(name);
-        for (std::size_t j = 0; j < stem.size(); ++j) {
-            const unsigned char c = static_cast<unsigned char>(stem[j]);
-            ASSERT_TRUE(c >= 0x20 && c != 0x7F && !std::strchr("\\/:*?\"<>|", c)) << stem;
-            back += c == '%' ? static_cast<char>(std::stoi(stem.substr(j + 1, 2), nullptr, 16)) : static_cast<char>(c);
-            if (c == '%') j += 2;
+        const std::vector<std::string> index = {name, flipCase(name), flipCase(name + "a")};
+        const std::set<std::string> clashes = storage::CaseBlindClashes(index);
+        std::map<std::string, std::string> files; // folded stem -> name
+        for (const std::string& n : index) {
+            const std::string stem = storage::StickStem(n, clashes.count(n));
+            std::string back, lower;
+            for (std::size_t j = 0; j < stem.size(); ++j) {
+                const unsigned char c = static_cast<unsigned char>(stem[j]);
+                ASSERT_TRUE(c >= 0x20 && c != 0x7F && !std::strchr("\\/:*?\"<>|", c)) << stem;
+                back += c == '%' ? static_cast<char>(std::stoi(stem.substr(j + 1, 2), nullptr, 16)) : static_cast<char>(c);
+                if (c == '%') j += 2;
+            }
+            for (char c : stem) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            ASSERT_EQ(back, n);
+            ASSERT_TRUE(stem.back() != '.' && stem.back() != ' ' && lower != "numcats" && lower != "catfiles") << stem;
+            ASSERT_EQ(files.emplace(lower, n).first->second, n) << "one file for two names: " << stem;
         }
-        for (char c : stem) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        ASSERT_EQ(back, name);
-        ASSERT_TRUE(stem.back() != '.' && stem.back() != ' ' && lower != "numcats" && lower != "catfiles") << stem;
     }
 }
 
