@@ -18,10 +18,11 @@ constexpr const char* kIndexFiles[] = {storage::kCountFile, storage::kNamesFile}
 constexpr const char* kTheList = "the list of categories";
 
 // Both files hold the same bytes (or neither exists); a file that can't be
-// read holds nothing the other does.
+// read holds nothing the other does. The copy b is read from its device, not
+// from what the system still holds of the write in memory.
 bool sameBytes(forms::FilesPort& port, const std::string& a, const std::string& b) {
     try {
-        return storage::ReadWholeFile(port, a) == storage::ReadWholeFile(port, b);
+        return storage::ReadWholeFile(port, a) == storage::ReadWholeFile(port, b, true);
     } catch (const Failure&) {
         return false;
     }
@@ -38,18 +39,15 @@ bool sameRecords(forms::FilesPort& port, const std::string& a, const std::string
     }
 }
 
-// The count and names an index gives, read as the list reads them.
-std::optional<std::vector<std::string>> indexEntries(forms::FilesPort& port, const std::string& place) {
+// The names an index gives, read as the list reads them.
+std::optional<storage::IndexNames> indexEntries(forms::FilesPort& port, const std::string& place) {
     try {
         const auto count = storage::ReadAllFields(port, place + storage::kCountFile);
         if (!count || count->empty()) return std::nullopt;
-        const std::optional<int> n = storage::ListedEntries(storage::Value::text(count->front()));
-        if (!n) return std::nullopt;
-        std::vector<std::string> names = storage::ReadAllFields(port, place + storage::kNamesFile).value_or(std::vector<std::string>{});
-        const std::size_t wanted = static_cast<std::size_t>(*n);
-        if (names.size() < wanted) return std::nullopt;
-        names.resize(wanted);
-        return names;
+        const storage::Value value = storage::Value::text(count->front());
+        const auto names = storage::ReadAllFields(port, place + storage::kNamesFile);
+        if (!names && storage::ListedEntries(value) != 0) return std::nullopt;
+        return storage::ListedNames(value, names.value_or(std::vector<std::string>{}));
     } catch (const Failure&) {
         return std::nullopt;
     }
@@ -70,11 +68,11 @@ std::vector<std::string> frmMain::NotCopiedToStick() {
     forms::FilesPort& port = files.files();
     const std::string &data = platform.places.dataFolder, &stick = platform.places.floppyRoot;
     std::vector<std::string> missing;
-    for (const char* f : kIndexFiles)
-        if (!sameBytes(port, data + f, stick + f)) {
-            missing.push_back(kTheList);
-            break;
-        }
+    // The disk's index as a load reads it must list every category.
+    const auto listed = indexEntries(port, stick);
+    bool whole = listed && !listed->repaired && listed->names == lstCategory.items();
+    for (const char* f : kIndexFiles) whole = whole && sameBytes(port, data + f, stick + f);
+    if (!whole) missing.push_back(kTheList);
     for (const std::string& name : lstCategory.items())
         if (!sameBytes(port, CategoryPath(data, name), CategoryPath(stick, name))) missing.push_back(quoted(name));
     return missing;
@@ -86,8 +84,8 @@ std::vector<std::string> frmMain::NotLoadedFromStick() {
     forms::FilesPort& port = files.files();
     const std::string &data = platform.places.dataFolder, &stick = platform.places.floppyRoot;
     std::vector<std::string> missing;
-    const auto entries = indexEntries(port, data);
-    if (!entries || entries != indexEntries(port, stick)) missing.push_back(kTheList);
+    const auto entries = indexEntries(port, data), stickEntries = indexEntries(port, stick);
+    if (!entries || !stickEntries || entries->names != stickEntries->names) missing.push_back(kTheList);
     for (const std::string& name : lstCategory.items()) {
         std::string onStick = CategoryPath(stick, name);
         const std::string older = stick + storage::FileStem(name) + ".csv";

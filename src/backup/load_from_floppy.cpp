@@ -1,5 +1,6 @@
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
+#include "storage/places.h"
 
 namespace qm {
 
@@ -24,7 +25,9 @@ void frmMain::cmdLoad_Click() {
         return;
     }
 
+    // The stick's names are in the list now: they tell its files' names.
     auto loadEveryCategory = [this] {
+        StickCapitalsEscaped = storage::CaseBlindClashes(lstCategory.items());
         const int count = CategoryCount.toInt16().value_or(0);
         for (int i = 0; i < count; ++i) {
             lstCategory.setSelected(i);

@@ -1,4 +1,5 @@
 #include "mainwindow/frm_main.h"
+#include "storage/places.h"
 
 namespace qm {
 
@@ -24,6 +25,7 @@ void frmMain::cmdSave_Click() {
         return;
     }
     // A category the disk refuses is noted at the end; the walk goes on.
+    StickCapitalsEscaped = storage::CaseBlindClashes(lstCategory.items());
     WriteToFloppy = true;
     SaveCategoryList();
     SaveCategoryFile();

@@ -70,6 +70,10 @@ public:
     virtual ~FilesPort() = default;
     // Fails with FileNotFound for a missing file, with Failure for any other reason.
     virtual std::unique_ptr<InputStream> openRead(const std::string& path) = 0;
+    // The same, but the bytes the device holds: what the system still keeps of
+    // the file in memory is synced and dropped first, so a read-back sees
+    // whether a write really reached the disk. A port without such memory reads.
+    virtual std::unique_ptr<InputStream> openReadFromDevice(const std::string& path) { return openRead(path); }
     virtual std::unique_ptr<OutputStream> openReplace(const std::string& path) = 0;
     virtual bool exists(const std::string& path) = 0;
     // The state of a regular file, or nothing when there is none or it can't be

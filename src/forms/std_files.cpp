@@ -51,6 +51,7 @@ public:
         return got;
     }
     std::optional<FileFingerprint> state() const override { return state_; }
+    std::FILE* file() const { return f_; }
 
 private:
     std::FILE* f_;
@@ -154,6 +155,17 @@ std::unique_ptr<InputStream> StdFiles::openRead(const std::string& path) {
         throw Failure("is a folder: " + path);
     }
     return std::make_unique<StdInput>(f, tellStates_ && told && S_ISREG(st.st_mode) ? std::optional(fingerprintOf(st, clockAheadNs)) : std::nullopt);
+}
+
+std::unique_ptr<InputStream> StdFiles::openReadFromDevice(const std::string& path) {
+    std::unique_ptr<InputStream> in = openRead(path);
+    // Only clean pages can be dropped: the sync makes them so (the commit has
+    // synced already; this covers a file written by anyone). A file system that
+    // can't do either is read as it is.
+    const int fd = ::fileno(static_cast<StdInput&>(*in).file());
+    (void)::fsync(fd);
+    (void)::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+    return in;
 }
 
 std::unique_ptr<OutputStream> StdFiles::openReplace(const std::string& path) {

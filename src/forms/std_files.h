@@ -23,6 +23,8 @@ public:
     // program read and write every file it is asked to.
     explicit StdFiles(bool tellStates = true) : tellStates_(tellStates) {}
     std::unique_ptr<InputStream> openRead(const std::string& path) override;
+    // Synced, then its cached pages dropped (POSIX_FADV_DONTNEED), then read.
+    std::unique_ptr<InputStream> openReadFromDevice(const std::string& path) override;
     std::unique_ptr<OutputStream> openReplace(const std::string& path) override;
     bool exists(const std::string& path) override;
     std::optional<FileFingerprint> fingerprint(const std::string& path) override;

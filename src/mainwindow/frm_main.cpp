@@ -98,7 +98,7 @@ void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
     if (place == platform.places.floppyRoot && place != platform.places.dataFolder)
-        return place + storage::StickStem(name) + ".csv";
+        return place + storage::StickStem(name, StickCapitalsEscaped.count(name) > 0) + ".csv";
     return place + storage::FileStem(name) + ".csv";
 }
 

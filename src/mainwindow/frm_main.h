@@ -83,6 +83,11 @@ public:
     std::set<std::string> UnreadableFiles;
     // Categories whose unreadable file the user has been told of.
     std::set<std::string> UnreadableTold;
+    // The names of the index being backed up or loaded whose files on the stick
+    // escape their capitals (storage::CaseBlindClashes).
+    std::set<std::string> StickCapitalsEscaped;
+    // What a start that repaired the data folder's index tells the user, or "".
+    std::string IndexRepairedMessage;
     // The texts of categories the grid held before, kept while a file is
     // known to hold them: a switch back takes them instead of reading and
     // splitting the file again. Every click on the list runs a walk over all

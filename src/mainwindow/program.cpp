@@ -15,6 +15,9 @@ void frmMain::Start() {
         if (IndexKept()) platform.runtime.post([this] {
             if (!ended_) Message(IndexKeptMessage());
         });
+        if (!IndexRepairedMessage.empty()) platform.runtime.post([this] {
+            if (!ended_) Message(IndexRepairedMessage);
+        });
     });
 }
 

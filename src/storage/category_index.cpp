@@ -2,6 +2,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "forms/failure.h"
 #include "mainwindow/frm_main.h"
@@ -88,13 +89,14 @@ void frmMain::CommitIndexPair(const std::string& place, int n, const std::string
     files.Kill(place + kPairFile);
 }
 
-// Fills the list from "NumCats.csv" and "CatFiles.csv": exactly as many names
-// as the count says. It adds to the list and never selects an entry; any
-// failure ends it with what was done so far, and its file closed. An index
-// that exists but can't be read whole (a read error, a count that is no 16-bit
-// number of entries, a names file missing or short of names, names with no
-// count) is kept from being written over for the rest of the run. A missing
-// index is a new database.
+// Fills the list from "NumCats.csv" and "CatFiles.csv": the names as the
+// count lists them, or, when the count disagrees with the names, every name,
+// the count repaired to match (told at start). It adds to the list and never
+// selects an entry; any failure ends it with its file closed. An index that
+// exists but can't be read whole (a read error, a count that is no 16-bit
+// number of entries, a names file missing, names with no count) is kept from
+// being written over for the rest of the run. A missing index is a new
+// database.
 void frmMain::LoadCategoryList() {
     const std::string& place = ReadFromFloppy ? platform.places.floppyRoot : platform.places.dataFolder;
     CompleteIndexPair(place);
@@ -120,10 +122,29 @@ void frmMain::LoadCategoryList() {
         const std::optional<int> count = storage::ListedEntries(CategoryCount);
         // A count that is no count is kept as found.
         if (!count) return keepIndex(place);
-        if (*count == 0) return;
-        files.OpenInput(n, place + kNamesFile);
-        for (int i = 0; i < *count; ++i) lstCategory.AddItem(files.ReadField(n));
+        try {
+            files.OpenInput(n, place + kNamesFile);
+        } catch (const forms::FileNotFound&) {
+            if (*count == 0) return;
+            throw;
+        }
+        // Every field: the names decide, the count only agrees or is repaired.
+        // A file with more names than a list holds is read no further.
+        std::vector<std::string> fields;
+        try {
+            while (fields.size() <= forms::ListBox::kMaxEntries || fields.back().empty()) fields.push_back(files.ReadField(n));
+        } catch (const forms::EndOfFile&) {
+        }
         files.Close(n);
+        std::optional<storage::IndexNames> listed = storage::ListedNames(CategoryCount, std::move(fields));
+        if (!listed) return keepIndex(place);
+        if (listed->repaired) {
+            // The stick's index is repaired alike; the load writes the data
+            // folder's at once, and its check tells what did not come.
+            if (!ReadFromFloppy) IndexRepairedMessage = storage::IndexRepairedMessage(CategoryCount, listed->names.size());
+            CategoryCount = storage::Value::text(std::to_string(listed->names.size()));
+        }
+        for (const std::string& name : listed->names) lstCategory.AddItem(name);
     } catch (const Failure&) {
         files.Close(n);
         unreadable = true;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <system_error>
 
 namespace storage {
@@ -41,7 +42,7 @@ std::string FileStem(const std::string& name) {
     return out;
 }
 
-std::string StickStem(const std::string& name) {
+std::string StickStem(const std::string& name, bool escapeCapitals) {
     static constexpr char kHex[] = "0123456789ABCDEF";
     const auto plain = [](unsigned char c) {
         return c >= 0x20 && c != 0x7F && !std::strchr("\\/:*?\"<>|%", c);
@@ -62,10 +63,29 @@ std::string StickStem(const std::string& name) {
     for (std::size_t i = 0; i < name.size(); ++i) {
         const auto c = static_cast<unsigned char>(name[i]);
         const bool last = i + 1 == name.size();
-        if (!plain(c) || (likeIndex && i == 0) || (last && (c == '.' || c == ' '))) escape(c);
+        if (!plain(c) || (likeIndex && i == 0) || (last && (c == '.' || c == ' ')) || (escapeCapitals && c >= 'A' && c <= 'Z'))
+            escape(c);
         else out += static_cast<char>(c);
     }
     return out;
+}
+
+std::set<std::string> CaseBlindClashes(const std::vector<std::string>& names) {
+    // The hex digits of an escape are always capitals, so a stem folded to
+    // lower case still tells its escapes apart: two stems fold alike only when
+    // they differ in the case of plain letters, which escaping the capitals of
+    // both takes away.
+    std::map<std::string, std::vector<const std::string*>> byFolded;
+    for (const std::string& name : names) {
+        std::string folded = StickStem(name);
+        std::transform(folded.begin(), folded.end(), folded.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+        byFolded[folded].push_back(&name);
+    }
+    std::set<std::string> clashes;
+    for (const auto& [folded, same] : byFolded)
+        if (same.size() > 1)
+            for (const std::string* name : same) clashes.insert(*name);
+    return clashes;
 }
 
 std::string PrepareDataFolder(const std::string& dataFolder, const std::string& shareFolder) {

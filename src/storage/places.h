@@ -1,6 +1,8 @@
 #pragma once
 #include <cstddef>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace storage {
 
@@ -27,8 +29,16 @@ std::string FileStem(const std::string& name);
 // file. A stem that would end in a dot or a blank, or that only the letter
 // case tells from an index file's, has its last or first byte written that
 // way too. Letters beyond ASCII stay as they are: escaped, they would take
-// three times the room of a name's 255 places.
-std::string StickStem(const std::string& name);
+// three times the room of a name's 255 places. With escapeCapitals, every
+// ASCII capital letter is escaped too (see CaseBlindClashes).
+std::string StickStem(const std::string& name, bool escapeCapitals = false);
+
+// The names of one index whose stick stems a disk blind to ASCII letter case
+// would take for one file ("Car" and "car"). Their stems escape their capitals,
+// so each keeps a file of its own and every other name its plain stem. Letters
+// beyond ASCII are not folded here: such a pair on a stick that folds them too
+// is caught by the read-back and told, never lost in silence.
+std::set<std::string> CaseBlindClashes(const std::vector<std::string>& names);
 
 // The longest file name the file systems we meet accept, in bytes.
 inline constexpr std::size_t kMaxFileName = 255;

@@ -5,10 +5,10 @@
 
 namespace storage {
 
-std::optional<std::string> ReadWholeFile(forms::FilesPort& port, const std::string& path) {
+std::optional<std::string> ReadWholeFile(forms::FilesPort& port, const std::string& path, bool fromDevice) {
     std::unique_ptr<forms::InputStream> in;
     try {
-        in = port.openRead(path);
+        in = fromDevice ? port.openReadFromDevice(path) : port.openRead(path);
     } catch (const forms::FileNotFound&) {
         return std::nullopt;
     }

@@ -131,6 +131,12 @@ std::unique_ptr<forms::InputStream> FaultyFiles::openRead(const std::string& pat
     return std::make_unique<FaultyInput>(*this, real_.openRead(path), path);
 }
 
+std::unique_ptr<forms::InputStream> FaultyFiles::openReadFromDevice(const std::string& path) {
+    if (lostOnDevice.count(path)) throw forms::Failure("read error on the device: " + path);
+    check(OpenRead, path);
+    return std::make_unique<FaultyInput>(*this, real_.openReadFromDevice(path), path);
+}
+
 std::unique_ptr<forms::OutputStream> FaultyFiles::openReplace(const std::string& path) {
     if (unwritable.count(path)) throw forms::Failure("name refused: " + path);
     check(OpenWrite, path);

@@ -52,6 +52,7 @@ public:
     static const char* opName(Op op);
 
     std::unique_ptr<forms::InputStream> openRead(const std::string& path) override;
+    std::unique_ptr<forms::InputStream> openReadFromDevice(const std::string& path) override;
     std::unique_ptr<forms::OutputStream> openReplace(const std::string& path) override;
     bool exists(const std::string& path) override { return real_.exists(path); }
     std::optional<forms::FileFingerprint> fingerprint(const std::string& path) override { return real_.fingerprint(path); }
@@ -68,6 +69,9 @@ public:
     std::set<std::string> unreadable;
     // Paths that can never be written, as a disk that refuses a name.
     std::set<std::string> unwritable;
+    // Paths whose writes stay in memory and never reach the device (a failing
+    // or fake-capacity stick): read from the device, they fail.
+    std::set<std::string> lostOnDevice;
     // Every armed operation from the one numbered failAt on fails: a disk that stays full.
     bool persistent = false;
     // Called by the streams.
