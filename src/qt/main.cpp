@@ -87,9 +87,10 @@ int main(int argc, char** argv) {
 
     qm::frmMain main(platform, globals);
     // A window closed by the window manager, the end of the session or a
-    // signal: the same steps as Exit, which run only once.
+    // signal: the same steps as Exit, which run only once. Only the window
+    // manager's close may be answered by staying open.
     main.form.CloseRequested = [&] { main.Form_Terminate(); };
-    qtface::EndRequests ends(runtime, [&] { runtime.dispatch([&] { main.Form_Terminate(); }); });
+    qtface::EndRequests ends(runtime, [&] { runtime.dispatch([&] { main.EndOfSession(); }); });
 
     main.Start();
     if (program.endRequested()) return 0;
