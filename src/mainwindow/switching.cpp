@@ -86,6 +86,8 @@ void frmMain::lstCategory_GotFocus() {
 void frmMain::CompleteRename() {
     const std::string target = RenameTarget.value_or("");
     const std::optional<std::string> old = CurrentCategory;
+    // No category open and selected (Delete All came in between): nothing to rename.
+    if (!old || lstCategory.Text() != *old) return;
     const std::string newPath = CategoryPath(platform.places.dataFolder, target);
     const bool existed = files.files().exists(newPath);
     CurrentCategory = target;
@@ -104,16 +106,16 @@ void frmMain::CompleteRename() {
             // The old entry back, selected without a switch: the grid holds its items.
             const auto& items = lstCategory.items();
             lstCategory.RemoveItem(static_cast<int>(std::find(items.begin(), items.end(), target) - items.begin()));
-            lstCategory.AddItem(old.value_or(""));
+            lstCategory.AddItem(*old);
             KeepingSelection = true;
-            lstCategory.setText(old.value_or(""));
+            lstCategory.setText(*old);
             KeepingSelection = false;
             CategoryCount = countBefore;
         }
     }
     if (renamed) {
         try {
-            files.Kill(CategoryPath(platform.places.dataFolder, old.value_or("")));
+            files.Kill(CategoryPath(platform.places.dataFolder, *old));
         } catch (const Failure&) {
             // Listed under its new name with all its items: the old file is only left over.
         }
@@ -125,7 +127,7 @@ void frmMain::CompleteRename() {
         if (!existed) files.Kill(newPath);
     } catch (const Failure&) {
     }
-    ReportLater("The category \"" + old.value_or("") +
+    ReportLater("The category \"" + *old +
                 "\" could not be renamed: the disk could not store it (is it full?). Nothing was changed.");
 }
 
