@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "forms/failure.h"
 #include "forms/utf8.h"
 #include "mainwindow/frm_main.h"
@@ -40,6 +42,9 @@ void frmMain::cmdAddCategory_Click() {
         }
     }
     const storage::Value countBefore = CategoryCount;
+    const std::string left = lstCategory.Text(); // where the walk ended
+    const std::string path = CategoryPath(platform.places.dataFolder, NewCategoryName);
+    const bool existed = files.files().exists(path);
     CategoryCount = CategoryCount.plus(1);
     lstCategory.AddItem(NewCategoryName);
     lstCategory.setText(NewCategoryName);
@@ -56,6 +61,23 @@ void frmMain::cmdAddCategory_Click() {
         return;
     }
     CurrentCategory = NewCategoryName;
+    // One step: the new file and the index that lists it are stored, or the
+    // entry is taken back. The gain of focus stores the index again, with its walk.
+    if (SaveFailed || !StoreIndex(platform.places.dataFolder, false)) {
+        const auto& items = lstCategory.items();
+        lstCategory.RemoveItem(static_cast<int>(std::find(items.begin(), items.end(), NewCategoryName) - items.begin()));
+        CategoryCount = countBefore;
+        if (left.empty()) ClearOpenCategory();
+        else lstCategory.setText(left);
+        try {
+            if (!existed) files.Kill(path);
+        } catch (const Failure&) {
+        }
+        Message("The category \"" + NewCategoryName +
+                "\" could not be added: the disk could not store it (is it full?). Nothing was changed.");
+        NewCategoryName.clear();
+        return;
+    }
     lstCategory.TrySetFocus();
     NewCategoryName.clear();
 }
@@ -109,21 +131,35 @@ void frmMain::cmdDeleteCategory_Click() {
     if (RefuseKeptIndex()) return;
     if (Message("This will permanently DELETE all contents of '" + name + "'. Are you sure?", forms::vbYesNo) != forms::vbYes)
         return;
-    RemoveSelectedCategory();
+    if (!RemoveSelectedCategory()) {
+        Message("The category \"" + name +
+                "\" could not be deleted: the disk could not store the list of categories (is it full?). Nothing was "
+                "changed.");
+        return;
+    }
     if (lstCategory.ListCount() == 0) ClearOpenCategory();
 }
 
 // Takes the selected category out of the list and the index, then deletes its
-// file. The walk comes first: its first switch writes the file once more.
-void frmMain::RemoveSelectedCategory() {
+// file. The walk comes first: its first switch writes the file once more. The
+// file goes only once the index without it is stored.
+bool frmMain::RemoveSelectedCategory() {
+    const std::string name = lstCategory.Text();
+    const storage::Value countBefore = CategoryCount;
     try {
-        const std::string path = CategoryPath(platform.places.dataFolder, lstCategory.Text());
+        const std::string path = CategoryPath(platform.places.dataFolder, name);
         lstCategory.RemoveItem(lstCategory.ListIndex());
         CategoryCount = CategoryCount.plus(-1);
-        SaveCategoryList();
+        if (!SaveCategoryList()) {
+            CategoryCount = countBefore;
+            lstCategory.AddItem(name);
+            lstCategory.setText(name);
+            return false;
+        }
         files.Kill(path);
     } catch (const Failure&) {
     }
+    return true;
 }
 
 void frmMain::mnuDelAllCats_Click() {

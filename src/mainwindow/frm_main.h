@@ -79,6 +79,10 @@ public:
     int SaveFileNumber = 0;
     int LoadFileNumber = 0;
 
+    // Every name this window has seen in the data folder's index or listed
+    // itself in this run: one that another writer's index lists and this
+    // window does not is taken in only if it is new here (TakeInNamesListedElsewhere).
+    std::set<std::string> IndexNamesSeen;
     // Category files that exist but could not be read whole in this run: never written over.
     std::set<std::string> UnreadableFiles;
     // Categories whose unreadable file the user has been told of.
@@ -114,14 +118,24 @@ public:
     void Start();
     void Form_Load();
     void cmdExit_Click();
+    // The window closed by the window manager: Exit's steps, asking first, as
+    // Exit does, when the open category can't be stored.
     void Form_Terminate();
+    // The end of the session (a signal, the logout): Exit's steps without a
+    // question, since the program can't stay.
+    void EndOfSession();
     void SetupGrid();
     bool ended() const { return ended_; }
 
     // ---- storage (storage/category_index.cpp, storage/category_file.cpp) --
     void LoadCategoryList();
-    void SaveCategoryList();
-    void StoreIndex(const std::string& place, bool walk);
+    // Both true when the index reached the disk.
+    bool SaveCategoryList();
+    bool StoreIndex(const std::string& place, bool walk);
+    // Notes the names the data folder's index holds, after it has been read at start.
+    void NoteIndexNames();
+    // Adds to the list the names another writer added to the data folder's index.
+    void TakeInNamesListedElsewhere();
     // Whether the index in this place (in the data folder) could not be read
     // and is kept as it is.
     bool IndexKeptAt(const std::string& place) const;
@@ -149,6 +163,10 @@ public:
     // ---- switching (mainwindow/switching.cpp) ------------------------------
     void lstCategory_Click();
     void lstCategory_GotFocus();
+    // Stores the open category under RenameTarget and the index naming it, and
+    // only then removes the old file; if a step fails nothing is renamed and
+    // the user is told.
+    void CompleteRename();
     void lblCategory_Change();
     void ParkControls();
     void RestoreControls();
@@ -222,7 +240,9 @@ public:
     void cmdRenameCat_Click();
     void cmdDeleteCategory_Click();
     void mnuDelAllCats_Click();
-    void RemoveSelectedCategory();
+    // False, with the category back in the list and its file kept, when the
+    // index without it could not be stored.
+    bool RemoveSelectedCategory();
     // Why a name can't be a category, or "" when it can.
     std::string CategoryNameProblem(const std::string& name) const;
     // After the last category has gone: nothing open, nothing shown.
@@ -258,7 +278,10 @@ private:
     // The index in this place could not be read: it is not written over in this run.
     void keepIndex(const std::string& place);
     forms::MenuItem& menu(const std::string& name);
-    void runExitSteps();
+    // mayStay: the user may keep the program open when the open category can't be stored.
+    void runExitSteps(bool mayStay);
+    // Tells after the event, as a failed save is told.
+    void ReportLater(const std::string& text);
 
     TotalsCache totalsCache_;
     std::unique_ptr<frmPic> pic_;
@@ -267,6 +290,7 @@ private:
     std::unique_ptr<frmAbout> about_;
     std::unique_ptr<frmContact> contact_;
     bool ended_ = false;
+    bool askingToStay_ = false;
 };
 
 } // namespace qm

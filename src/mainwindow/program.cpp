@@ -28,6 +28,7 @@ void frmMain::Form_Load() {
     try {
         WriteToFloppy = false;
         LoadCategoryList();
+        NoteIndexNames();
         ItemRowCount = 1;
         RenamePending = false;
         SetupGrid();
@@ -40,6 +41,7 @@ void frmMain::Form_Load() {
             files.Close(1);
             WriteToFloppy = false;
             LoadCategoryList();
+            NoteIndexNames();
             ItemRowCount = 1;
             RenamePending = false;
             SetupGrid();
@@ -61,17 +63,30 @@ void frmMain::SetupGrid() {
 
 // Exit stores the grid under the open category, then the index with its walk,
 // and ends the program. Whatever road the program ends by, this runs once.
-void frmMain::runExitSteps() {
-    if (ended_) return;
-    ended_ = true;
+// A category that can't be stored would be lost with the program: the user
+// may stay (the first answer, the default) and store it later.
+void frmMain::runExitSteps(bool mayStay) {
+    if (ended_ || askingToStay_) return;
     SaveCategoryFile();
+    if (mayStay && MustKeepGrid() && form.Visible()) {
+        askingToStay_ = true;
+        const int answer = Message("The category \"" + *CurrentCategory +
+                                       "\" could not be saved, so its changes would be lost. Keep Quillmere open, so "
+                                       "that you can save them later?",
+                                   forms::vbYesNo);
+        askingToStay_ = false;
+        if (answer != forms::vbNo) return;
+    }
+    ended_ = true;
     SaveCategoryList();
     form.setVisible(false);
     platform.program.endProgram();
 }
 
-void frmMain::cmdExit_Click() { runExitSteps(); }
+void frmMain::cmdExit_Click() { runExitSteps(true); }
 
-void frmMain::Form_Terminate() { runExitSteps(); }
+void frmMain::Form_Terminate() { runExitSteps(true); }
+
+void frmMain::EndOfSession() { runExitSteps(false); }
 
 } // namespace qm

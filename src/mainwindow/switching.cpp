@@ -7,6 +7,8 @@
 
 namespace qm {
 
+using forms::Failure;
+
 namespace {
 constexpr int kParked = 100000;
 } // namespace
@@ -72,27 +74,61 @@ void frmMain::lstCategory_Click() {
 // category rename that a command has started.
 void frmMain::lstCategory_GotFocus() {
     if (RenamePending) {
-        const std::string target = RenameTarget.value_or("");
-        const std::optional<std::string> old = CurrentCategory;
-        CurrentCategory = target;
-        SaveCategoryFile();
-        if (SaveFailed) {
-            // The items reached no file under the new name: the old entry and
-            // its file stay, and nothing is renamed.
-            CurrentCategory = old;
-            ReportUnsaved(old.value_or(target));
-        } else {
-            // The new entry comes in before the old one goes, so that every
-            // index written in between names the category under one of its names.
-            CategoryCount = CategoryCount.plus(1);
-            lstCategory.AddItem(target);
-            RemoveSelectedCategory();
-            lstCategory.setText(target);
-        }
+        CompleteRename();
         RenamePending = false;
         RenameTarget = std::string();
     }
     SaveCategoryList();
+}
+
+// The new file first, then the index that names it, then the old file goes:
+// at every moment the disk holds the category, listed under one of its names.
+void frmMain::CompleteRename() {
+    const std::string target = RenameTarget.value_or("");
+    const std::optional<std::string> old = CurrentCategory;
+    // No category open and selected (Delete All came in between): nothing to rename.
+    if (!old || lstCategory.Text() != *old) return;
+    const std::string newPath = CategoryPath(platform.places.dataFolder, target);
+    const bool existed = files.files().exists(newPath);
+    CurrentCategory = target;
+    SaveCategoryFile();
+    bool renamed = false;
+    if (!SaveFailed) {
+        // The new entry comes in before the old one goes. The count goes up
+        // and down again, and is written as the number it then is.
+        const storage::Value countBefore = CategoryCount;
+        CategoryCount = CategoryCount.plus(1);
+        lstCategory.AddItem(target);
+        lstCategory.RemoveItem(lstCategory.ListIndex());
+        CategoryCount = CategoryCount.plus(-1);
+        renamed = StoreIndex(platform.places.dataFolder, false);
+        if (!renamed) {
+            // The old entry back, selected without a switch: the grid holds its items.
+            const auto& items = lstCategory.items();
+            lstCategory.RemoveItem(static_cast<int>(std::find(items.begin(), items.end(), target) - items.begin()));
+            lstCategory.AddItem(*old);
+            KeepingSelection = true;
+            lstCategory.setText(*old);
+            KeepingSelection = false;
+            CategoryCount = countBefore;
+        }
+    }
+    if (renamed) {
+        try {
+            files.Kill(CategoryPath(platform.places.dataFolder, *old));
+        } catch (const Failure&) {
+            // Listed under its new name with all its items: the old file is only left over.
+        }
+        lstCategory.setText(target);
+        return;
+    }
+    CurrentCategory = old;
+    try {
+        if (!existed) files.Kill(newPath);
+    } catch (const Failure&) {
+    }
+    ReportLater("The category \"" + *old +
+                "\" could not be renamed: the disk could not store it (is it full?). Nothing was changed.");
 }
 
 bool frmMain::MustKeepGrid() const {
@@ -119,6 +155,12 @@ void frmMain::ReportUnsaved(const std::string& name) {
     });
 }
 
+void frmMain::ReportLater(const std::string& text) {
+    platform.runtime.post([this, text] {
+        if (!ended_) Message(text);
+    });
+}
+
 bool frmMain::OpenCategoryUnreadable() const {
     const std::string name = lstCategory.Text();
     return !name.empty() && UnreadableFiles.count(CategoryPath(platform.places.dataFolder, name));
@@ -132,9 +174,7 @@ std::string frmMain::UnreadableMessage(const std::string& name) const {
 
 void frmMain::ReportUnreadable(const std::string& name) {
     if (!UnreadableTold.insert(name).second) return;
-    platform.runtime.post([this, name] {
-        if (!ended_) Message(UnreadableMessage(name));
-    });
+    ReportLater(UnreadableMessage(name));
 }
 
 bool frmMain::RefuseUnreadable() {

@@ -95,9 +95,10 @@ int main(int argc, char** argv) {
 
     qm::frmMain main(platform, globals);
     // A window closed by the window manager, the end of the session or a
-    // signal: the same steps as Exit, which run only once.
+    // signal: the same steps as Exit, which run only once. Only the window
+    // manager's close may be answered by staying open.
     main.form.CloseRequested = [&] { main.Form_Terminate(); };
-    qtface::EndRequests ends(runtime, [&] { runtime.dispatch([&] { main.Form_Terminate(); }); });
+    qtface::EndRequests ends(runtime, [&] { runtime.dispatch([&] { main.EndOfSession(); }); });
     single.onRaiseRequest([&] {
         if (qtface::FormWindow* w = host.window(main.form)) qtface::bringToFront(w->window());
     });

@@ -1,5 +1,6 @@
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,12 +82,18 @@ void frmMain::CommitIndexPair(const std::string& place, int n, const std::string
         }
         throw;
     }
-    // From here on the pair file finishes the pair if this can't.
-    p = files.FreeFile();
-    files.OpenOutput(p, place + kCountFile);
-    files.WriteBytes(p, countLine);
-    files.Close(p);
-    files.Kill(place + kPairFile);
+    // From here on the pair file finishes the pair if this can't: the index
+    // has reached the disk, whatever happens to the count now.
+    p = 0;
+    try {
+        p = files.FreeFile();
+        files.OpenOutput(p, place + kCountFile);
+        files.WriteBytes(p, countLine);
+        files.Close(p);
+        files.Kill(place + kPairFile);
+    } catch (const Failure&) {
+        files.Abandon(p);
+    }
 }
 
 // Fills the list from "NumCats.csv" and "CatFiles.csv": the names as the
@@ -165,20 +172,24 @@ void frmMain::keepIndex(const std::string& place) {
 
 // Writes the count and the names. It reads the names by selecting each entry
 // in turn, so every category passes through the switch and is stored again:
-// the walk. The selection goes back to where it was at the end.
-void frmMain::SaveCategoryList() {
+// the walk. The selection goes back to where it was at the end. True when the
+// index reached the disk.
+bool frmMain::SaveCategoryList() {
     const std::string remembered = lstCategory.Text();
-    StoreIndex(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder, true);
+    const bool stored = StoreIndex(WriteToFloppy ? platform.places.floppyRoot : platform.places.dataFolder, true);
     lstCategory.setText(remembered);
     // Versions kept in this walk are listed before anyone reads the index.
     ListKeptVersions();
+    return stored;
 }
 
 // The index of the list as it stands, after the walk if one is asked for. The
 // two files are replaced together, after the walk; an index that can't be
-// read is never written over.
-void frmMain::StoreIndex(const std::string& place, bool walk) {
+// read is never written over. True when the index reached the disk.
+bool frmMain::StoreIndex(const std::string& place, bool walk) {
     const bool keepIndex = IndexKeptAt(place);
+    const bool dataFolder = place == platform.places.dataFolder;
+    if (!keepIndex && dataFolder) TakeInNamesListedElsewhere();
     int n = 0;
     try {
         if (!keepIndex) {
@@ -188,7 +199,7 @@ void frmMain::StoreIndex(const std::string& place, bool walk) {
         const int count = lstCategory.ListCount();
         if (walk)
             for (int i = 0; i < count; ++i) lstCategory.setSelected(i);
-        if (keepIndex) return;
+        if (keepIndex) return false;
         // The entries' own texts: a switch that had to keep an unsaved
         // category leaves the selection on that one.
         std::string names;
@@ -201,6 +212,48 @@ void frmMain::StoreIndex(const std::string& place, bool walk) {
     } catch (const Failure&) {
         // An index that could not be written whole is dropped: the old one stands.
         files.Abandon(n);
+        return false;
+    }
+    if (dataFolder) IndexNamesSeen.insert(lstCategory.items().begin(), lstCategory.items().end());
+    return true;
+}
+
+// Every name the data folder's names file holds now has been seen by this
+// window: a later index of another writer that still lists one of them adds
+// nothing, and one this window deletes stays deleted.
+void frmMain::NoteIndexNames() {
+    if (IndexKept()) return;
+    try {
+        if (auto names = storage::ReadAllFields(files.files(), platform.places.dataFolder + kNamesFile))
+            IndexNamesSeen.insert(names->begin(), names->end());
+    } catch (const Failure&) {
+    }
+    IndexNamesSeen.insert(lstCategory.items().begin(), lstCategory.items().end());
+}
+
+// Another writer (a second program on the same folder) may have added
+// categories to the data folder's index since this window last read or wrote
+// it: names this window never listed come into the list, so that writing the
+// index over theirs leaves no category file unlisted. A name this window
+// listed once and lists no more was deleted here and stays deleted; one the
+// other writer took out stays in, as this window still holds its items.
+void frmMain::TakeInNamesListedElsewhere() {
+    const std::string path = platform.places.dataFolder + kNamesFile;
+    if (files.KnownUnchanged(path)) return;
+    std::optional<std::vector<std::string>> theirs;
+    try {
+        theirs = storage::ReadAllFields(files.files(), path);
+    } catch (const Failure&) {
+        return;
+    }
+    if (!theirs) return;
+    const std::set<std::string> listed(lstCategory.items().begin(), lstCategory.items().end());
+    for (const std::string& name : *theirs) {
+        if (name.empty() || IndexNamesSeen.count(name) || listed.count(name) || !CategoryNameProblem(name).empty())
+            continue;
+        lstCategory.AddItem(name);
+        CategoryCount = CategoryCount.plus(1);
+        IndexNamesSeen.insert(name);
     }
 }
 

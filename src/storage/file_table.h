@@ -82,6 +82,9 @@ public:
     // Only a revision held(revision) wants is looked into (a recent file is
     // read back to prove it). Nothing when in any doubt.
     std::optional<std::uint64_t> LoadsAs(int n, const std::function<bool(std::uint64_t)>& held);
+    // Whether the file at path is known to be, now, what this table last read
+    // whole or wrote there; false for a file it does not know or can't prove.
+    bool KnownUnchanged(const std::string& path) { return memory_.heldNow(path).has_value(); }
     // Whether some file is known to give, when read, the holder's content at this revision.
     bool Describes(std::uint64_t revision) const { return memory_.Describes(revision); }
     // Whether the file at path is no longer what this table last read or wrote

@@ -194,6 +194,44 @@ TEST(IndexSelection, WalkOverASingleSelectedCategoryStillWritesTheIndex) {
               std::make_tuple("Alpha\r\n", "Alpha", "6"));
 }
 
+// ---- another writer of the index ----------------------------------------------------------
+
+// A second program adds "Garden" (file and entry) to the index before or after
+// this window deletes "Car", then this window stores the index (Exit, or the
+// delete): their new names stay, ours deleted stay deleted, theirs deleted stay in.
+struct OtherWriterCase {
+    const char* what;
+    bool deleteBefore, deleteAfter;
+    std::string theirs;
+    std::vector<std::string> list;
+};
+
+class OtherWriter : public ::testing::TestWithParam<OtherWriterCase> {};
+
+TEST_P(OtherWriter, KeepsTheNamesItAddedAndNoneThisWindowDeleted) {
+    const OtherWriterCase& c = GetParam();
+    Harness h;
+    if (c.theirs != "Garden\r\n") h.writeCategories({{"Bike", {{"b"}}}, {"Car", {{"c"}}}}); // else no index at start
+    auto& m = h.start();
+    const auto deleteCar = [&] { h.run([&] { m.lstCategory.setSelected(1); }), h.click(m.cmdDeleteCategory); };
+    if (c.deleteBefore) deleteCar();
+    h.writeCategory("Garden", {{"g"}});
+    writeFile(h.data("CatFiles.csv"), c.theirs);
+    c.deleteAfter ? deleteCar() : h.click(m.cmdExit);
+    std::string names;
+    for (const auto& n : c.list) names += n + "\r\n";
+    EXPECT_EQ(std::make_tuple(entries(m), h.text("CatFiles.csv"), m.CategoryCount.toInt16()),
+              std::make_tuple(c.list, names, std::optional<int>(static_cast<int>(c.list.size()))));
+}
+
+INSTANTIATE_TEST_SUITE_P(Index, OtherWriter,
+                         ::testing::Values(OtherWriterCase{"TheirNewName", false, false, "Bike\r\nCar\r\nGarden\r\n", {"Bike", "Car", "Garden"}},
+                                           OtherWriterCase{"OurDeletionFirst", true, false, "Bike\r\nCar\r\nGarden\r\n", {"Bike", "Garden"}},
+                                           OtherWriterCase{"OurDeletionAfter", false, true, "Bike\r\nCar\r\nGarden\r\n", {"Bike", "Garden"}},
+                                           OtherWriterCase{"TheirDeletion", false, false, "Bike\r\nGarden\r\n", {"Bike", "Car", "Garden"}},
+                                           OtherWriterCase{"NoIndexAtStart", false, false, "Garden\r\n", {"Garden"}}),
+                         [](const auto& info) { return std::string(info.param.what); });
+
 // ---- the two files change together -------------------------------------------------------------
 
 // What a start does with the pair file that a change of both index files leaves

@@ -10,10 +10,10 @@ namespace {
 
 // same: theirs are the bytes the file had; taken: "NAME (changed elsewhere)" is listed; copy: where theirs is kept.
 struct Writer { const char* label; std::string name; bool ours, inPlace, same, taken; std::string copy; };
-class OtherWriter : public ::testing::TestWithParam<Writer> {};
+class OtherProgram : public ::testing::TestWithParam<Writer> {};
 
 // Theirs alone stays and shows at the switch back; both changed, ours stays, theirs is kept byte for byte, told once.
-TEST_P(OtherWriter, NothingOfEitherIsLost) {
+TEST_P(OtherProgram, NothingOfEitherIsLost) {
     const Writer& w = GetParam();
     Harness h;
     const auto file = h.data(w.name + ".csv");
@@ -43,7 +43,7 @@ TEST_P(OtherWriter, NothingOfEitherIsLost) {
 }
 const std::string kLong = std::string(241, 'A') + "\u00e9\u00e9\u00e9\u00e9\u00e9"; // as long as a name can be
 
-INSTANTIATE_TEST_SUITE_P(Storage, OtherWriter, ::testing::Values(
+INSTANTIATE_TEST_SUITE_P(Storage, OtherProgram, ::testing::Values(
     Writer{"TheirsRenamedOver", "Attic", false, false, false, false, ""},
     Writer{"TheirsInPlace", "Attic", false, true, false, false, ""},
     Writer{"OursOnlyTheirsTheSameBytes", "Attic", true, false, true, false, ""},

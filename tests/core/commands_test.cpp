@@ -198,6 +198,9 @@ INSTANTIATE_TEST_SUITE_P(
 const char* const kUnreadable = "The file of the category \"Bike\" can't be read, so nothing typed in this category can be "
                                  "stored until the file can be read. The file is left as it is.";
 const char* const kExists = "Error occured while renaming category. Category 'Bike' already exists.";
+std::string notDone(const std::string& name, const std::string& what) {
+    return "The category \"" + name + "\" could not be " + what + " (is it full?). Nothing was changed.";
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Categories, CommandTable,
@@ -298,6 +301,25 @@ INSTANTIATE_TEST_SUITE_P(
                  std::nullopt,
                  {{"NumCats.csv", " 0 \r\n"}, {"CatFiles.csv", ""}, {"Car.csv", "<missing>"}, {"BikeBike item.csv", "<missing>"},
                   {"HColor", "keep"}, {"NoPic.jpg", "keep"}, {"Readme.htm", "keep"}}},
+        // One step: whichever file can't be stored (the new file, the names, the pair
+        // of both index files, each refused in turn), the change is taken back and told.
+        CommandCase{"AddTakenBackWhenAFileCantBeStored", oneItemEach({"Bike", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
+                         for (const char* f : {"Car.csv", "CatFiles.csv", ".quillmere-index"}) h.files.unwritable = {h.data(f)}, h.click(m.cmdAddCategory);
+                     }, {"Car", "Car", "Car"}, "Bike Tools* | Tools \"Tools\" | Item Tools item | 2 at 1,6 fixed 11 editor focus T1",
+                 Texts(3, notDone("Car", "added: the disk could not store it")), std::nullopt,
+                 {{"NumCats.csv", " 2 \r\n"}, {"CatFiles.csv", "Bike\r\nTools\r\n"}, {"Car.csv", "<missing>"}}, {"Bike", "Tools"}},
+        CommandCase{"RenameUndoneWhenAFileCantBeStored", oneItemEach({"Bike", "Car"}), -1, [](Harness& h, qm::frmMain& m) {
+                         h.selectCategory(0);
+                         for (const char* f : {"Bicycle.csv", "CatFiles.csv"}) h.files.unwritable = {h.data(f)}, h.click(m.cmdRenameCat);
+                     }, {"Bicycle", "Bicycle"}, "Bike* Car | Bike \"Bike\" | Item Bike item | 2 at 1,6 fixed 11 focus lstCategory",
+                 Texts(2, notDone("Bike", "renamed: the disk could not store it")), std::nullopt,
+                 {{"CatFiles.csv", "Bike\r\nCar\r\n"}, {"Bicycle.csv", "<missing>"}}, {"Bike", "Car"}},
+        CommandCase{"DeleteUndoneWhenTheIndexCantBeStored", oneItemEach({"Bike", "Car"}), 1, [](Harness& h, qm::frmMain& m) {
+                         h.files.unwritable = {h.data("CatFiles.csv")}, h.click(m.cmdDeleteCategory);
+                     }, {}, "Bike Car* | Car \"Car\" | Item Car item | 2 at 1,6 fixed 11 editor focus T1",
+                 {"This will permanently DELETE all contents of 'Car'. Are you sure?",
+                  notDone("Car", "deleted: the disk could not store the list of categories")}, std::nullopt,
+                 {{"CatFiles.csv", "Bike\r\nCar\r\n"}}, {"Bike", "Car"}},
         CommandCase{"DeleteAllOnAnEmptyListAsksNothing", oneItemEach({}), -1, [](Harness& h, qm::frmMain&) { h.menu("mnuDelAllCats"); }, {},
                  "| - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory", {}, std::nullopt,
                  {{"NumCats.csv", " 0 \r\n"}, {"CatFiles.csv", ""}}}),

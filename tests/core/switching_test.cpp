@@ -135,7 +135,7 @@ TEST_P(KeptOnFailedSave, TheCategoryAndItsEditsStayAndAreStoredLater) {
     EXPECT_EQ(std::make_tuple(m.txtLoading.Visible(), m.FG1.Left(), m.lstCategory.Left()), std::make_tuple(false, 120, 1800));
     ASSERT_EQ(h.dialogs.messages.size(), told + static_cast<std::size_t>(c.messages));
     for (auto msg = h.dialogs.messages.begin() + static_cast<long>(told); msg != h.dialogs.messages.end(); ++msg)
-        EXPECT_TRUE(msg->title == "Quillmere" && msg->text.find("\"B\" could not be saved") != std::string::npos) << msg->text;
+        EXPECT_TRUE(msg->title == "Quillmere" && msg->text.find("\"B\" could not be ") != std::string::npos) << msg->text;
 
     if (!m.ended()) h.click(m.cmdExit);
     auto again = h.restart();
@@ -166,10 +166,17 @@ INSTANTIATE_TEST_SUITE_P(
                  [](Harness& h, qm::frmMain& m) {
                      h.dialogs.inputAnswers.push_back("Z"), h.click(m.cmdRenameCat);
                      EXPECT_FALSE(m.RenamePending);
+                     EXPECT_FALSE(std::filesystem::exists(h.data("Z.csv")));
                  },
-                 kEditedB, 1},
-        // Exit says nothing and ends, as always; what it could not store is lost.
-        KeptCase{"Exit", [](Harness& h, qm::frmMain& m) { h.click(m.cmdExit); EXPECT_EQ(h.program.ends, 1); }, {{"B1", "1"}}, 0}),
+                 kEditedB, 2},
+        // Exit asks; the first answer keeps the program open for a later save,
+        // the other ends it and loses what it could not store.
+        KeptCase{"Exit", [](Harness& h, qm::frmMain& m) { h.click(m.cmdExit); EXPECT_EQ(h.program.ends, 0); }, kEditedB, 1},
+        KeptCase{"ExitLosingTheEdits", [](Harness& h, qm::frmMain& m) {
+                     h.dialogs.msgAnswers.push_back(forms::vbNo), h.click(m.cmdExit);
+                     EXPECT_EQ(h.program.ends, 1);
+                     for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.buttons, forms::vbYesNo);
+                 }, {{"B1", "1"}}, 1}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // ---- the stock picture -----------------------------------------------------------------------------------

@@ -151,4 +151,29 @@ TEST(FullDisk, AWalkAndExitOnAFullDiskLeaveTheOldFiles) {
     EXPECT_EQ(categoriesAfterRestart(h)[m.lstCategory.items().at(3)].at(1).at(1), cell + "7");
 }
 
+// A rename on a nearly full disk, with room for the new file but not the
+// index, or none for the file: the old name, items, index and message, no new file.
+TEST(FullDisk, ARenameThatCantBeStoredWholeChangesNothing) {
+    for (const bool newFileFits : {true, false}) {
+        SmallFileSystem fs("1m");
+        if (!fs.why.empty()) GTEST_SKIP() << fs.why;
+        const std::filesystem::path data = fs.dir.path() / "data", filler = fs.dir.path() / "filler";
+        std::filesystem::create_directory(data);
+        Harness h(data.string() + "/", fs.dir.place());
+        h.writeCategories({{"Bike", numberedItems(300)}, {"Car", {{"Car item"}}}});
+        qm::frmMain& m = h.startAndClick(0);
+        const auto before = folderContents(data);
+        fillUp(filler);
+        const auto pages = [](std::uintmax_t bytes) { return (bytes + 4095) / 4096; }; // of the file system
+        if (newFileFits)
+            std::filesystem::resize_file(filler, (pages(std::filesystem::file_size(filler)) - pages(std::filesystem::file_size(data / "Bike.csv"))) * 4096);
+        h.dialogs.inputAnswers = {"Bicycle"};
+        h.click(m.cmdRenameCat);
+        EXPECT_EQ(std::make_tuple(folderContents(data), m.lstCategory.Text(), m.FG1.Rows(), h.dialogs.texts()),
+                  std::make_tuple(before, "Bike", 301, std::vector<std::string>{"The category \"Bike\" could not be renamed: the disk could not "
+                                                                               "store it (is it full?). Nothing was changed."}))
+            << (newFileFits ? "the index did not fit" : "the new file did not fit");
+    }
+}
+
 } // namespace
