@@ -86,13 +86,16 @@ public:
 
 // ---- Dialogs -----------------------------------------------------------
 
-enum MsgButtons { vbOKOnly = 0, vbOKCancel = 1, vbYesNo = 4 };
+// The button set, plus vbDefaultButton2 for a question whose safe answer is
+// the second button: it is then the default, and Esc and a closed box give it too.
+enum MsgButtons { vbOKOnly = 0, vbOKCancel = 1, vbYesNo = 4, vbDefaultButton2 = 256 };
 enum MsgResult { vbOK = 1, vbCancel = 2, vbYes = 6, vbNo = 7 };
 
 class DialogsPort {
 public:
     virtual ~DialogsPort() = default;
-    // A modal message box with no icon and the first button as default.
+    // A modal message box with no icon and the first button as default (the
+    // second with vbDefaultButton2).
     virtual int MsgBox(const std::string& text, int buttons, const std::string& title) = 0;
     // A modal input box with an empty line; Cancel gives "".
     virtual std::string InputBox(const std::string& prompt, const std::string& title) = 0;

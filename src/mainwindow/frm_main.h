@@ -159,6 +159,8 @@ public:
     std::string KeptVersionName(const std::string& name);
     void ListKeptVersions();
     void TellKeptVersions();
+    // One sentence a version not told yet; "" when there is none.
+    std::string KeptVersionsText();
 
     // ---- switching (mainwindow/switching.cpp) ------------------------------
     void lstCategory_Click();

@@ -64,21 +64,25 @@ void frmMain::SetupGrid() {
 // Exit stores the grid under the open category, then the index with its walk,
 // and ends the program. Whatever road the program ends by, this runs once.
 // A category that can't be stored would be lost with the program: the user
-// may stay (the first answer, the default) and store it later.
+// may stay (No: the default, and what Esc or a closed box gives) and store
+// it later.
 void frmMain::runExitSteps(bool mayStay) {
     if (ended_ || askingToStay_) return;
     SaveCategoryFile();
     if (mayStay && MustKeepGrid() && form.Visible()) {
         askingToStay_ = true;
         const int answer = Message("The category \"" + *CurrentCategory +
-                                       "\" could not be saved, so its changes would be lost. Keep Quillmere open, so "
-                                       "that you can save them later?",
-                                   forms::vbYesNo);
+                                       "\" could not be saved. If Quillmere ends now, its changes are lost. End "
+                                       "Quillmere anyway and lose them? (No keeps it open, so that you can save them "
+                                       "later.)",
+                                   forms::vbYesNo | forms::vbDefaultButton2);
         askingToStay_ = false;
-        if (answer != forms::vbNo) return;
+        if (answer != forms::vbYes) return;
     }
     ended_ = true;
     SaveCategoryList();
+    // Another program's versions kept by these last saves are told before the window goes.
+    if (mayStay && form.Visible() && !KeptVersionsToTell.empty()) Message(KeptVersionsText());
     form.setVisible(false);
     platform.program.endProgram();
 }

@@ -27,20 +27,22 @@ int QtDialogs::MsgBox(const std::string& text, int buttons, const std::string& t
     box.setTextFormat(Qt::PlainText);
     struct Choice { QMessageBox::StandardButton button; int result; };
     std::vector<Choice> choices;
-    switch (buttons) {
+    const bool second = buttons & forms::vbDefaultButton2;
+    switch (buttons & ~forms::vbDefaultButton2) {
     case forms::vbOKCancel: choices = {{QMessageBox::Ok, forms::vbOK}, {QMessageBox::Cancel, forms::vbCancel}}; break;
     case forms::vbYesNo: choices = {{QMessageBox::Yes, forms::vbYes}, {QMessageBox::No, forms::vbNo}}; break;
     default: choices = {{QMessageBox::Ok, forms::vbOK}}; break;
     }
     for (const Choice& c : choices) box.addButton(c.button);
-    // The first button is the default.
-    box.setDefaultButton(choices.front().button);
+    const Choice& safe = second && choices.size() > 1 ? choices[1] : choices.front();
+    box.setDefaultButton(safe.button);
+    if (second) box.setEscapeButton(safe.button);
     box.exec();
     QAbstractButton* clicked = box.clickedButton();
     for (const Choice& c : choices)
         if (clicked == box.button(c.button)) return c.result;
-    // Closed without a button: the box's last answer, as Esc gives it.
-    return choices.back().result;
+    // Closed without a button: the answer Esc gives.
+    return second ? safe.result : choices.back().result;
 }
 
 std::string QtDialogs::InputBox(const std::string& prompt, const std::string& title) {

@@ -61,12 +61,17 @@ void frmMain::ListKeptVersions() {
 
 void frmMain::TellKeptVersions() {
     ListKeptVersions();
+    const std::string text = KeptVersionsText();
+    if (!ended_ && !text.empty()) Message(text);
+}
+
+std::string frmMain::KeptVersionsText() {
     std::string text;
     for (const KeptVersion& v : std::exchange(KeptVersionsToTell, {}))
         text += (text.empty() ? "" : "\n\n") + ("The category \"" + v.name +
                                                 "\" was changed by another program while it was open here. Your version "
                                                 "is kept as \"" + v.name + "\", the other as \"" + v.copy + "\".");
-    if (!ended_) Message(text);
+    return text;
 }
 
 } // namespace qm

@@ -169,13 +169,13 @@ INSTANTIATE_TEST_SUITE_P(
                      EXPECT_FALSE(std::filesystem::exists(h.data("Z.csv")));
                  },
                  kEditedB, 2},
-        // Exit asks; the first answer keeps the program open for a later save,
-        // the other ends it and loses what it could not store.
+        // Exit asks; the default answer (No, as Esc) keeps the program open for
+        // a later save, Yes ends it and loses what it could not store.
         KeptCase{"Exit", [](Harness& h, qm::frmMain& m) { h.click(m.cmdExit); EXPECT_EQ(h.program.ends, 0); }, kEditedB, 1},
         KeptCase{"ExitLosingTheEdits", [](Harness& h, qm::frmMain& m) {
-                     h.dialogs.msgAnswers.push_back(forms::vbNo), h.click(m.cmdExit);
+                     h.dialogs.msgAnswers.push_back(forms::vbYes), h.click(m.cmdExit);
                      EXPECT_EQ(h.program.ends, 1);
-                     for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.buttons, forms::vbYesNo);
+                     for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.buttons, forms::vbYesNo | forms::vbDefaultButton2);
                  }, {{"B1", "1"}}, 1}),
     [](const auto& info) { return std::string(info.param.name); });
 

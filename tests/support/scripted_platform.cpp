@@ -167,7 +167,8 @@ template <class T> std::optional<T> takeNext(std::deque<T>& answers) {
 
 int ScriptedDialogs::MsgBox(const std::string& text, int buttons, const std::string& title) {
     messages.push_back({text, buttons, title});
-    return takeNext(msgAnswers).value_or(buttons == forms::vbYesNo ? forms::vbYes : forms::vbOK);
+    const int set = buttons & ~forms::vbDefaultButton2;
+    return takeNext(msgAnswers).value_or(set != forms::vbYesNo ? forms::vbOK : buttons & forms::vbDefaultButton2 ? forms::vbNo : forms::vbYes);
 }
 
 std::string ScriptedDialogs::InputBox(const std::string& prompt, const std::string& title) {
