@@ -124,6 +124,11 @@ private slots:
         QCOMPARE(dialogs.MsgBox("Go on?", forms::vbOKCancel, "T"), int(forms::vbCancel));
         whenShown<QMessageBox>([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); });
         QCOMPARE(dialogs.MsgBox("Done", forms::vbOKOnly, "T"), int(forms::vbOK));
+        // A question whose safe answer is the second: Enter and a closed box both give it.
+        whenShown<QMessageBox>([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); });
+        QCOMPARE(dialogs.MsgBox("End?", forms::vbYesNo | forms::vbDefaultButton2, "T"), int(forms::vbNo));
+        whenShown<QMessageBox>([](QMessageBox* box) { box->close(); });
+        QCOMPARE(dialogs.MsgBox("End?", forms::vbYesNo | forms::vbDefaultButton2, "T"), int(forms::vbNo));
         // An input box shows its title and prompt, empty; it answers what was typed, or nothing on Cancel.
         for (bool ok : {true, false}) {
             whenShown<QInputDialog>([&](QInputDialog* d) {
@@ -134,7 +139,7 @@ private slots:
             QCOMPARE(dialogs.InputBox("Name of the category?", "Add Category"), std::string(ok ? "Attic" : ""));
             QCOMPARE(seen, QString("Add Category|Name of the category?|"));
         }
-        QCOMPARE(prepared, 6);
+        QCOMPARE(prepared, 8);
     }
 
     // Pictures know their size in twips; a file that is no picture fails as
