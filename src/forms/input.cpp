@@ -1,5 +1,8 @@
 #include "forms/input.h"
 
+#include <algorithm>
+#include <string>
+
 #include "forms/controls.h"
 #include "forms/form.h"
 #include "forms/grid.h"
@@ -60,9 +63,17 @@ void tab(Runtime& rt, Form& form, bool backwards) {
 
 void selectEntry(Runtime& rt, ListBox& list, int index) {
     if (!list.canFocus() || index < 0 || index >= list.ListCount()) return;
+    const std::string entry = list.List(index);
     rt.dispatch([&] { list.TrySetFocus(); });
-    // The walk of the focus gain may have changed the list.
-    if (index >= list.ListCount()) return;
+    // The handlers of the focus gain may have changed the list (entries come
+    // in ahead of this one, or it went): the entry the user pointed at is
+    // found again by its text.
+    if (index >= list.ListCount() || list.List(index) != entry) {
+        const auto& items = list.items();
+        const auto at = std::find(items.begin(), items.end(), entry);
+        if (at == items.end()) return;
+        index = static_cast<int>(at - items.begin());
+    }
     rt.dispatch([&] { list.setSelected(index); });
 }
 

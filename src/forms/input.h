@@ -30,6 +30,8 @@ void focus(Runtime& rt, Control& c);
 void tab(Runtime& rt, Form& form, bool backwards);
 // A click on a list entry: the list gains the focus first, as its own piece of
 // input, then the entry is selected.
+// The entry is the one at index when the user pointed at it, whatever the
+// focus gain does to the list.
 void selectEntry(Runtime& rt, ListBox& list, int index);
 // One key in a text box: KeyDown, then KeyPress if the key makes a character
 // (ch != 0), then the box's own edit, which runs Change. A box that can't hold
