@@ -94,7 +94,7 @@ public:
 
     // Changes with every write of a cell's text and every change of Rows or
     // Cols, and is never the same for two grids: the same value means the same
-    // texts in the same shape.
+    // texts in the same shape: caches of a grid's content use it as their key.
     std::uint64_t Revision() const { return revision_; }
     // What removing every row below row 0 and adding them again with the texts
     // they hold leaves, without touching a text: those rows lose their colours,
@@ -189,9 +189,10 @@ public:
     void layoutHeard() { layoutTold_ = false; }
 
 protected:
-    // Tag = Text on the current cell refers to the bytes of that text, which
-    // stay in the arena when the cell gets a new one: a load passes every cell
-    // through the tag and writes it next, and this way copies none.
+    // Tag = Text on the current cell copies nothing: the tag keeps the cell's
+    // span and reads its bytes from the arena, where they stay when the cell
+    // gets a new text (settleTag copies them before they are written over or
+    // moved). A load sets the tag at every cell it passes.
     void copyTag(std::string_view t) override {
         const std::string_view current = cell(row_, col_);
         if (t.data() != current.data() || t.size() != current.size()) return Control::copyTag(t);
@@ -272,9 +273,12 @@ private:
     int rowSel_ = 0, colSel_ = 0;
     int topRow_ = 0, leftCol_ = 0;
     int viewportW_ = -1, viewportH_ = -1;
-    // The texts of the cells, one after another, in one piece of memory: a load
-    // of a big category writes them in order and touches nothing else. Texts
-    // replaced by longer ones leave holes, dropped when they outweigh the rest.
+    // The text store: every cell's text lies in one piece of memory, the arena,
+    // and a cell keeps only a span (offset, length) into it. A load of a big
+    // category appends the texts in order and touches nothing else. A shorter
+    // new text is written in place; a longer one goes to the end and leaves a
+    // hole. When the holes outweigh the texts in use (by 4 KiB), compact()
+    // packs the texts in use together again.
     std::unique_ptr<char[]> arena_;
     std::size_t arenaUsed_ = 0, arenaRoom_ = 0; // bytes written, bytes there
     std::size_t live_ = 0; // bytes of arena_ that cells in use refer to

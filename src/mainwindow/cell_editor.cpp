@@ -94,6 +94,17 @@ void frmMain::FG1_GotFocus() {
     }
 }
 
+// ---- The two cell handlers and their replay, kept side by side ----------
+// A load that finds the grid (or a category kept from before) holding what the
+// file gives skips reading it (FileMemory::LoadsAs, via passHeldCells in
+// storage/category_file.cpp). It must still leave what moving the current cell
+// through every field would leave, so once the handlers only colour
+// (CellEventsOnlyColour) it replays them with ReplayCellEvents instead of
+// running them. Whatever LeaveCell or EnterCell come to do beyond that must be
+// done by the replay as well, or CellEventsOnlyColour must answer false then:
+// change the four together. (LoadOfWhatIsHeld in
+// tests/core/unchanged_files_test.cpp compares a skipped load with a reading.)
+
 // Runs for every cell a load passes, so it must stay cheap: a grid that can't
 // take the focus ends the handler without the failure machinery, and only the
 // first cell of a load finds the focus elsewhere.
@@ -114,10 +125,20 @@ void frmMain::FG1_EnterCell() {
 
 // What the two cell handlers above come to while this holds: LeaveCell gives
 // the cell it leaves the editor's colour, EnterCell hides an editor already
-// hidden and points the tag at the new cell. A load's pass over held cells
-// relies on it to move through them without running the handlers: change the
-// three together.
+// hidden and points the tag at the new cell.
 bool frmMain::CellEventsOnlyColour() const { return FG1.hasFocus() && !T1.Visible(); }
+
+// The handlers' effect of moving the current cell forward, cell by cell, to
+// (row, col), without running them: every cell passed gets LeaveCell's colour.
+// The tag EnterCell would point at the last cell is left to the caller (a load
+// points it there at its end in any case). False, with nothing done, while the
+// handlers do more than colour.
+bool frmMain::ReplayCellEvents(int row, int col) {
+    if (!CellEventsOnlyColour()) return false;
+    FG1.passTo(row, col, kLeftCellColour);
+    return true;
+}
+// ---- end of the cell handlers and their replay -------------------------
 
 // The editor doesn't follow the cell while the grid scrolls; once the event
 // that scrolled is over, it comes back over the cell if the user was editing,

@@ -107,6 +107,8 @@ void frmMain::wireEvents() {
     lstCategory.GotFocus = [this] { lstCategory_GotFocus(); };
     lblCategory.Change = [this] { lblCategory_Change(); };
     FG1.GotFocus = [this] { FG1_GotFocus(); };
+    // A load that skips reading a file replays these two instead of running
+    // them (ReplayCellEvents): another handler here needs a replay there.
     FG1.LeaveCell = [this] { FG1_LeaveCell(); };
     FG1.EnterCell = [this] { FG1_EnterCell(); };
     FG1.Scroll = [this] { FG1_Scroll(); };

@@ -29,6 +29,7 @@ class frmContact;
 // state; its procedures live in the folder of the subsystem they belong to.
 class frmMain {
 public:
+    // ---- making and wiring (mainwindow/frm_main.cpp) ------------------------
     frmMain(Platform& platform, modGlobalVars& globals);
     ~frmMain();
     frmMain(const frmMain&) = delete;
@@ -40,6 +41,7 @@ public:
 
     forms::Form form;
 
+    // ---- controls (laid out by declareLayout in mainwindow/frm_main.cpp) ----
     forms::Frame fraCategory;
     forms::Button cmdAddCategory;
     forms::Button cmdDeleteCategory;
@@ -66,7 +68,7 @@ public:
     forms::Button cmdPrint;
     forms::Button cmdExit;
 
-    // ---- fields --------------------------------------------------------
+    // ---- fields (set and read by the procedures below, in their files) ----
     storage::Value CategoryCount;
     std::optional<std::string> CurrentCategory; // nothing until the first switch
     bool WriteToFloppy = false;
@@ -127,7 +129,7 @@ public:
     void SetupGrid();
     bool ended() const { return ended_; }
 
-    // ---- storage (storage/category_index.cpp, storage/category_file.cpp) --
+    // ---- storage: the index (storage/category_index.cpp) --------------------
     void LoadCategoryList();
     // Both true when the index reached the disk.
     bool SaveCategoryList();
@@ -140,17 +142,21 @@ public:
     // and is kept as it is.
     bool IndexKeptAt(const std::string& place) const;
     bool IndexKept() const;
-    void SaveCategoryFile();
-    void LoadCategoryFile();
-    void openCategoryFile(const std::string& path);
-    bool passHeldCells();
-    std::string CategoryPath(const std::string& place, const std::string& name) const;
-    // "NumCats.csv" or "CatFiles.csv" in either place.
-    bool IsIndexFile(const std::string& path) const;
     // Finishes or drops a change of the index pair that an end of the process cut.
     void CompleteIndexPair(const std::string& place);
     // Puts the names (written whole under n) and the count in place as a pair.
     void CommitIndexPair(const std::string& place, int n, const std::string& countLine, const std::string& names);
+
+    // ---- storage: the category file (storage/category_file.cpp) ------------
+    void SaveCategoryFile();
+    void LoadCategoryFile();
+    void openCategoryFile(const std::string& path);
+    bool passHeldCells();
+
+    // ---- file names (mainwindow/frm_main.cpp) -------------------------------
+    std::string CategoryPath(const std::string& place, const std::string& name) const;
+    // "NumCats.csv" or "CatFiles.csv" in either place.
+    bool IsIndexFile(const std::string& path) const;
 
     // ---- versions changed elsewhere too (storage/kept_versions.cpp) ---------
     // Copies the file of a category that another program changed to a new
@@ -193,29 +199,38 @@ public:
     // ---- cell editor (mainwindow/cell_editor.cpp) --------------------------
     void BeginCellEdit();
     void FG1_GotFocus();
+    void FG1_Scroll();
+    void FG1_Click();
+    void FG1_KeyDown(int& KeyCode, int Shift);
+    void T1_Change();
+    // The two cell handlers and their replay: a load that skips reading a file
+    // the grid holds already (passHeldCells) replays them instead of running
+    // them, so a change to what they do is a change to ReplayCellEvents too.
     void FG1_LeaveCell();
     [[gnu::noinline]] void leaveCellTakingFocus();
+    void FG1_EnterCell();
+    // Whether the two handlers now only colour the cell left (and move the tag).
     bool CellEventsOnlyColour() const;
     // The colour FG1_LeaveCell gives the cell it leaves.
     static constexpr forms::Color kLeftCellColour = forms::syscolor::Window;
-    void FG1_EnterCell();
-    void FG1_Scroll();
-    void FG1_Click();
-    void T1_Change();
+    // Moves the current cell forward to (row, col) as the handlers would, without
+    // running them; false, doing nothing, unless CellEventsOnlyColour.
+    bool ReplayCellEvents(int row, int col);
 
     // ---- cell editor keys (mainwindow/cell_editor_keys.cpp) ----------------
     void T1_KeyDown(int& KeyCode, int Shift);
     void T1_KeyPress(int& KeyAscii);
     void FG1_KeyPress(int& KeyAscii);
-    void FG1_KeyDown(int& KeyCode, int Shift);
     void ShowCurrentCell();
 
     // ---- totals (mainwindow/totals.cpp) -------------------------------------
     void UpdateTotals();
 
-    // ---- floppy backup (backup/) ---------------------------------------------
+    // ---- floppy backup (backup/save_to_floppy.cpp, backup/load_from_floppy.cpp)
     void cmdSave_Click();
     void cmdLoad_Click();
+
+    // ---- what a backup did not copy (backup/copy_check.cpp) -----------------
     // Whether the floppy root holds an index that a load can read whole.
     bool FloppyIndexReadable();
     // What did not arrive whole at the other place, named for the user: the
@@ -231,13 +246,13 @@ public:
     // Whether a path is the index or the file of a category in the list.
     bool IsDatabaseFile(const std::string& path) const;
 
-    // ---- appearance (appearance/) -------------------------------------------
+    // ---- appearance (appearance/colors.cpp) ---------------------------------
     void LoadColors();
 
-    // ---- printing (printing/) -----------------------------------------------
+    // ---- printing (printing/category_printing.cpp) --------------------------
     void cmdPrint_Click();
 
-    // ---- commands (commands/) -----------------------------------------------
+    // ---- category commands (commands/category_commands.cpp) ----------------
     void cmdAddCategory_Click();
     void cmdRenameCat_Click();
     void cmdDeleteCategory_Click();
@@ -249,14 +264,18 @@ public:
     std::string CategoryNameProblem(const std::string& name) const;
     // After the last category has gone: nothing open, nothing shown.
     void ClearOpenCategory();
+
+    // ---- item commands (commands/item_commands.cpp) ------------------------
     void cmdAddAsset_Click();
     void cmdRenameItem_Click();
     void cmdDeleteAsset_Click();
     void mnuDelItems_Click();
+
+    // ---- message boxes (mainwindow/frm_main.cpp) ---------------------------
     // A message box with the program's title.
     int Message(const std::string& text, int buttons = forms::vbOKOnly);
 
-    // ---- other windows ------------------------------------------------------
+    // ---- other windows (mainwindow/frm_main.cpp) ---------------------------
     // frmPic is made at its first use and stays until the end; the others are
     // made at their first use and dropped again by their OK or Close.
     frmPic& Pic();
@@ -275,14 +294,17 @@ public:
     void UnloadContact();
 
 private:
+    // mainwindow/frm_main.cpp
     void declareLayout();
     void wireEvents();
-    // The index in this place could not be read: it is not written over in this run.
-    void keepIndex(const std::string& place);
     forms::MenuItem& menu(const std::string& name);
-    // mayStay: the user may keep the program open when the open category can't be stored.
+    // storage/category_index.cpp: the index in this place could not be read:
+    // it is not written over in this run.
+    void keepIndex(const std::string& place);
+    // mainwindow/program.cpp. mayStay: the user may keep the program open when
+    // the open category can't be stored.
     void runExitSteps(bool mayStay);
-    // Tells after the event, as a failed save is told.
+    // mainwindow/switching.cpp: tells after the event, as a failed save is told.
     void ReportLater(const std::string& text);
 
     TotalsCache totalsCache_;

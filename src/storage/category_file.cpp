@@ -19,7 +19,8 @@ constexpr std::size_t kSavePiece = 32 * 1024;
 } // namespace
 
 // The moves of the current cell a reading of the grid's own rows makes, with
-// their cell events, on rows that lose their colours as a reading's would.
+// their cell events (replayed once they only colour: ReplayCellEvents in
+// mainwindow/cell_editor.cpp), on rows that lose their colours as a reading's would.
 // False if a handler changed the grid on the way: then it must be read for real.
 // The caller points the tag at the cell the pass ends on.
 bool frmMain::passHeldCells() {
@@ -35,10 +36,7 @@ bool frmMain::passHeldCells() {
             // Usually true after the first row, whose first cell takes the
             // focus: the rest of the pass (a walk makes two for every
             // category) then runs no handler.
-            if (CellEventsOnlyColour()) {
-                FG1.passTo(rows - 1, kFieldsPerRow - 1, kLeftCellColour);
-                break;
-            }
+            if (ReplayCellEvents(rows - 1, kFieldsPerRow - 1)) break;
         }
     } catch (const Failure&) {
         return false;

@@ -10,29 +10,30 @@
 
 namespace storage {
 
-// What the program knows each of its files holds, and the work that knowledge
-// spares. Every saving of disk time rests on one of these decisions, and each
-// answers "do it" whenever it is in any doubt:
+// The cache of what the program's files hold. An entry per file read whole or
+// written here: its fingerprint then (forms::FileFingerprint: device, inode,
+// size, times), its size, the digests of its chunks, and the grid content it
+// matches, named by the grid's revision. A hit spares disk work; a miss, or
+// any doubt, just does the work. The hits:
 //
-//  - A file is read without taking its digests when it is in a state whose
-//    bytes are known already (knowsState): the digests would be those known.
-//  - A save writes nothing at all when the grid at its revision is what wrote
-//    the file, or what a whole read of it gave and writing it back gives its
-//    bytes, and the file still holds them (WouldWriteSame). Replacing a file
-//    by itself costs a wait for the disk and changes nothing.
-//  - A save that does write holds back each chunk equal to the one the file
-//    has at that place (heldNow); at the close the file stays as it is when
-//    every chunk and the size turned out the same (keepsAtClose). The chunks
-//    held back are copied from the file itself only if a later one differs.
-//  - A load reads nothing when the file gives, read, what a holder (a kept
-//    grid) already holds at its revision, and the file is as it was then (LoadsAs).
+//  - A read skips taking the digests when the file's fingerprint at the open
+//    is one whose bytes are cached (knowsState).
+//  - A save writes nothing when the grid at this revision is what the file
+//    holds, written from it or read into it, and writing it gives the file's
+//    bytes (WouldWriteSame): replacing a file by itself only waits for the disk.
+//  - A save that does write holds back each chunk equal to the cached one at
+//    that place (heldNow); if all of them and the size turn out equal, the
+//    file stays as it is (keepsAtClose). Held chunks are copied from the file
+//    itself only if a later one differs.
+//  - A load reads nothing when the file gives what a grid (the open one or a
+//    kept one) holds at the cached revision (LoadsAs).
 //
-// A file's state (device, inode, size, times) proves it unchanged only when
-// its times had settled when the state was taken: a change within the file
-// system's last time step might not move them. A state taken earlier proves
-// nothing by itself; then the file is read and its chunk digests compared
-// (stillHolds), and the state before that reading is the one known from then on.
-// The digests live in memory only, never on disk.
+// Stale entries: a fingerprint proves a file unchanged only if its times had
+// settled when it was taken; a change within the file system's last time step
+// might not move them. An unsettled entry is checked by reading the file and
+// comparing chunk digests (stillHolds): equal, it takes the new fingerprint;
+// else it is stale, gives no hit, and ChangedElsewhere answers yes. The cache
+// lives in memory only, never on disk.
 
 // The content of a holder (the grid) that a file matches, by the holder's
 // revision, which changes with every change of its content.
@@ -42,8 +43,8 @@ struct FileImage {
     bool saves = false; // writing the holder's content gives the file's bytes
 };
 
-// What a file held when the program last read it whole or wrote it: its state
-// then, its size and the digests of its chunks.
+// A cache entry: what a file held when the program last read it whole or wrote
+// it: its fingerprint then, its size and the digests of its chunks.
 struct KnownFile {
     forms::FileFingerprint state;
     std::uint64_t size = 0;

@@ -25,9 +25,9 @@ void FileTable::OpenInput(int n, const std::string& path) {
     if (isOpen(n)) throw Failure("file already open");
     auto f = std::make_unique<Open>();
     f->path = path;
-    // The state of the file opened, before any byte is read: a change made
-    // while the file is read shows at the next look, and the bytes read are
-    // then never taken for its content.
+    // The file's fingerprint before any byte is read: a change made while it
+    // is read leaves the cache entry stale, so those bytes are never taken for
+    // its content.
     f->in = files_.openRead(path);
     f->before = f->in->state();
     // The piece of the last input closed serves again: each open of a category
@@ -36,6 +36,7 @@ void FileTable::OpenInput(int n, const std::string& path) {
     f->buf = std::move(spareReadPiece_);
     if (f->buf.size() != kReadChunk + scan::kScanPadding) f->buf.assign(kReadChunk + scan::kScanPadding, '\0');
     f->buf[0] = '\n';
+    // Digests are taken only on a cache miss.
     if (f->before) f->hashing = !memory_.knowsState(path, *f->before);
     open_[static_cast<std::size_t>(n)] = std::move(f);
 }
@@ -57,7 +58,7 @@ void FileTable::Close(int n) {
     std::unique_ptr<Open> f = std::move(open_[static_cast<std::size_t>(n)]);
     if (f->in) {
         // Every byte the file had at the open was taken, though no read met
-        // its end (the index is read that way): what it holds is known too.
+        // its end (the index is read that way): it goes into the cache too.
         if (f->hashing && f->pos == f->len && f->digests.size() == f->before->size) {
             const std::uint64_t size = f->digests.size();
             memory_.remember(f->path, *f->before, size, f->digests.finish());
@@ -183,7 +184,7 @@ bool FileTable::fill(Open& f) {
     f.buf[f.len] = '\n'; // the sentinel that ends every scan
     if (f.len == 0) {
         f.eof = true;
-        // Read whole: what the file holds is known from here on.
+        // Read whole: its bytes go into the cache under the fingerprint taken at the open.
         if (f.hashing) {
             const std::uint64_t size = f.digests.size();
             memory_.remember(f.path, *f.before, size, f.digests.finish());

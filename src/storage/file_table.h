@@ -19,8 +19,9 @@ namespace storage {
 
 // The open files of the program by number, as the storage procedures use them:
 // sequential reading field by field, whole files written and put in place at
-// their close. What each file is known to hold spares rewriting a file with
-// its own bytes and rereading one a grid holds already (file_memory.h).
+// their close. It keeps a cache of what each file holds (FileMemory,
+// file_memory.h): a hit spares rewriting a file with its own bytes and
+// rereading one the grid holds already; a miss reads or writes as usual.
 class FileTable {
 public:
     static constexpr int kMaxFiles = 255;
@@ -61,9 +62,9 @@ public:
     // exactly as written, and so did the end of the file if a read met it.
     bool ReadExactly(int n) { return get(n).exact; }
 
-    // What a holder of a file's content (the grid) is known to hold. A holder
-    // tells its state by a revision that changes with every change of its content.
-    // After the close of a file read whole: the holder at this revision holds
+    // The cache's key for a grid's content is the grid's revision, which
+    // changes with every change of its content (forms::Grid::Revision).
+    // After the close of a file read whole: the grid at this revision holds
     // what that read gave; reading it again gives the same if loads, and
     // writing it out gives the file's bytes if besides exact.
     void NoteLoaded(const std::string& path, std::uint64_t revision, bool loads, bool exact) {
@@ -76,21 +77,21 @@ public:
     // Whether writing the holder at this revision to path would give the bytes
     // the file holds now; any doubt answers false.
     bool WouldWriteSame(const std::string& path, std::uint64_t revision) { return memory_.WouldWriteSame(path, revision); }
-    // For a file open for reading and not read yet: the revision of the holder
-    // that holds what reading it would give, because that is what it gave the
-    // holder or what the holder wrote to it, and the file is as it was then.
-    // Only a revision held(revision) wants is looked into (a recent file is
-    // read back to prove it). Nothing when in any doubt.
+    // A cache hit for a load. For a file open for reading and not read yet:
+    // the revision of the grid content that reading it would give (it came
+    // from the file or was written to it, and the file's fingerprint is
+    // unchanged since), if held(revision) says that content is still at hand.
+    // A recent file is read back to prove it. Nothing when in any doubt.
     std::optional<std::uint64_t> LoadsAs(int n, const std::function<bool(std::uint64_t)>& held);
-    // Whether the file at path is known to be, now, what this table last read
-    // whole or wrote there; false for a file it does not know or can't prove.
+    // Whether the cache entry for path is fresh: the file is, now, what this
+    // table last read whole or wrote there. False for no entry or any doubt.
     bool KnownUnchanged(const std::string& path) { return memory_.heldNow(path).has_value(); }
     // Whether some file is known to give, when read, the holder's content at this revision.
     bool Describes(std::uint64_t revision) const { return memory_.Describes(revision); }
-    // Whether the file at path is no longer what this table last read or wrote
-    // there: another program changed or replaced it since. A file never read
-    // nor written here, or one that is gone, was not (writing it loses nothing
-    // of anyone's); a recent one is read to tell.
+    // Whether the cache entry for path is stale because another program
+    // changed or replaced the file since this table last read or wrote it. No
+    // entry, or no file, answers false (writing it loses nothing of anyone's);
+    // a changed fingerprint is confirmed by reading the file.
     bool ChangedElsewhere(const std::string& path) { return memory_.ChangedElsewhere(path); }
     // The holder's revision when it last came from the file at path or went to it.
     std::optional<std::uint64_t> HeldAs(const std::string& path) const { return memory_.HeldAs(path); }
