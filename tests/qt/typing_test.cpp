@@ -2,8 +2,10 @@
 // Qt's keys turned into the editor's, what never reaches a cell, paste and input methods,
 // and scrolling while editing. Every piece of input is a real Qt event.
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QScrollBar>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include "qt/colors_fonts.h"
@@ -23,16 +25,22 @@ struct Editor : qttest::QtHarness {
         return QRect(t1()->mapTo(frame, QPoint(0, 0)) - viewport, t1()->size());
     }
     void clickCell(int r, int c) { QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, grid()->cellRect(r, c).center()); }
-    // A click in the editor where Qt puts the caret before character n.
+    // Where in the editor Qt puts the caret before character n.
+    QPoint caretPoint(int n) const {
+        for (int x = 0; x < t1()->width(); ++x)
+            if (t1()->cursorPositionAt(QPoint(x, t1()->height() / 2)) == n) return QPoint(x, t1()->height() / 2);
+        return {-1, -1};
+    }
+    // A click in the editor there.
     bool clickCaret(int n) {
-        QLineEdit* e = t1();
-        for (int x = 0; x < e->width(); ++x) {
-            const QPoint p(x, e->height() / 2);
-            if (e->cursorPositionAt(p) != n) continue;
-            QTest::mouseClick(e, Qt::LeftButton, {}, p);
-            return main->T1.SelStart() == n && e->cursorPosition() == n;
-        }
-        return false;
+        QTest::mouseClick(t1(), Qt::LeftButton, {}, caretPoint(n));
+        return main->T1.SelStart() == n && t1()->cursorPosition() == n;
+    }
+    // The editor's context menu, its entry chosen by its access key.
+    void contextMenu(Qt::Key entry) {
+        QTimer::singleShot(0, [entry] { QTest::keyClick(QApplication::activePopupWidget(), entry); });
+        QContextMenuEvent e(QContextMenuEvent::Mouse, QPoint(2, 2), t1()->mapToGlobal(QPoint(2, 2)));
+        QApplication::sendEvent(t1(), &e);
     }
     // Open on the cell: the editor lies exactly over it, holds its text and the
     // keyboard focus, and the grid draws the same text.
@@ -149,6 +157,24 @@ private slots:
         h->key(Qt::Key_Escape);
         QVERIFY(h->editorOn(1, 1));
         QCOMPARE(h->cell(1, 1), std::string("120.501"));
+    }
+
+    // A drag selects from where it began; the context menu copies, selects all and pastes.
+    void dragSelectsAndTheContextMenuEdits() {
+        h->clickCell(1, 3); // "Shop"
+        const QPoint from = h->caretPoint(3), to = h->caretPoint(1);
+        QTest::mousePress(h->t1(), Qt::LeftButton, {}, from);
+        QMouseEvent move(QEvent::MouseMove, to, h->t1()->mapToGlobal(to), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(h->t1(), &move);
+        QTest::mouseRelease(h->t1(), Qt::LeftButton, {}, to);
+        QCOMPARE((std::pair{m().T1.SelStart(), m().T1.SelLength()}), (std::pair{1, 2}));
+        h->contextMenu(Qt::Key_C);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString("ho"));
+        h->contextMenu(Qt::Key_A);
+        QCOMPARE(m().T1.SelLength(), 4);
+        h->contextMenu(Qt::Key_P);
+        QCOMPARE(h->t1()->text(), QString("ho"));
+        QCOMPARE(h->cell(1, 3), std::string("ho"));
     }
 
     void pasteAndInputMethodsWriteTheCell() {
