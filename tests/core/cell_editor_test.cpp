@@ -41,18 +41,6 @@ TEST_F(Editor, ASelectionIsReplacedByTheTypedCharacter) {
     EXPECT_EQ(cell(1, 3) + "|" + std::string(m->T1.Text()), "Sie|Sie");
 }
 
-TEST_F(Editor, WhenAKeyMovesTheCellTheEventsComeInOrder) {
-    std::vector<std::string> log;
-    // Each handler logs its name, then runs as before.
-    for (auto [handler, name] : {std::pair{&m->FG1.LeaveCell, "LeaveCell"}, {&m->FG1.EnterCell, "EnterCell"}, {&m->FG1.GotFocus, "GotFocus"}})
-        *handler = [&log, name, was = *handler] { log.push_back(name), was(); };
-    m->T1.KeyPress = [&log, was = m->T1.KeyPress](int& c) { log.push_back("KeyPress"), was(c); };
-    open(1, 5);
-    log.clear();
-    press(key::Enter, 13);
-    EXPECT_EQ(log, (std::vector<std::string>{"LeaveCell", "EnterCell", "KeyPress", "GotFocus"}));
-}
-
 // ---- the keys of the editor's tables -------------------------------------------
 
 // Garage open (kGarage) with an empty Kitchen beside it.

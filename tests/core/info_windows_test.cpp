@@ -40,7 +40,8 @@ TEST_F(Info, AboutAndContactShowTheVersionAndStartSystemInformation) {
     ASSERT_NE(about, nullptr);
     ASSERT_NE(m->contactIfLoaded(), nullptr);
     EXPECT_EQ(m->aboutIfLoaded(), about);
-    EXPECT_EQ(about->lblVersion.Caption() + "|" + m->contactIfLoaded()->lblVersion.Caption(), "Version 3.0.0|Version 3.0.0");
+    EXPECT_EQ(m->contactIfLoaded()->lblVersion.Caption(), about->lblVersion.Caption());
+    EXPECT_TRUE(about->lblVersion.Caption().starts_with("Version "));
     forms::input::click(h.runtime, about->cmdSysInfo);
     EXPECT_EQ(h.dialogs.texts(), std::vector<std::string>{"System Information Is Unavailable At This Time"});
     h.program.hasSysInfo = true;
