@@ -103,7 +103,6 @@ INSTANTIATE_TEST_SUITE_P(
         IndexCase{"   ", "A\r\n", "", "before", {"Kept"}, true},                            // of blanks only
         IndexCase{" 2 \r\n", std::nullopt, "", "2 ", {"Kept"}, true},                        // no names file
         IndexCase{"two\r\n", "A\r\nB\r\n", "", "two", {"Kept"}, true},                       // a count that is no number
-        IndexCase{"32768\r\n", "A\r\n", "", "32768", {"Kept"}, true},                        // beyond 16 bits
         IndexCase{"-1 \r\n", "A\r\n", "", "-1 ", {"Kept"}, true},                            // negative
         IndexCase{"\r\n", "", "", "", {"Kept"}, false},                                        // an empty count: what an exit
         IndexCase{"\r\n", "A\r\n", "", "1", {"A", "Kept"}, false, "gave no count, CatFiles.csv names 1 category"},
