@@ -1,10 +1,8 @@
 // The cell editor laid over the grid, below the window: the keys of its tables
-// and the totals they change, a typed character over a selection, the order of
-// the events, keys reaching the grid while the editor is closed, and scrolling
-// with the editor open. How Qt's keys become these is the GUI typing test's.
+// and the totals they change, keys reaching the grid while the editor is
+// closed, and scrolling with the editor open. How Qt's keys become these is
+// the GUI typing test's.
 #include <gtest/gtest.h>
-
-#include <cctype>
 
 #include "forms/input.h"
 #include "support/scripted_platform.h"
@@ -33,13 +31,6 @@ struct Editor : ::testing::Test {
     bool at(int r, int c) { return m->FG1.Row() == r && m->FG1.Col() == c; }
     bool editorOpen() { return m->T1.Visible() && m->T1.hasFocus(); }
 };
-
-TEST_F(Editor, ASelectionIsReplacedByTheTypedCharacter) {
-    open(1, 3);
-    h.run([&] { m->T1.placeCaret(1, 3); }); // "tor" selected
-    press('I', U'i');
-    EXPECT_EQ(cell(1, 3) + "|" + std::string(m->T1.Text()), "Sie|Sie");
-}
 
 // ---- the keys of the editor's tables -------------------------------------------
 
@@ -94,6 +85,8 @@ const KeyCase kKeys[] = {
     {"Esc: the text the cell had when entered", 1, 1, end, "99", key::Escape, 27, 1, 1, "120.50", 6},
 };
 
+void PrintTo(const KeyCase& k, std::ostream* os) { *os << k.name; }
+
 class EditorKeyTable : public EditorKeys, public ::testing::WithParamInterface<KeyCase> {};
 
 TEST_P(EditorKeyTable, MovesTheEditorAndEditsTheCell) {
@@ -108,11 +101,7 @@ TEST_P(EditorKeyTable, MovesTheEditorAndEditsTheCell) {
               (std::tuple{true, true, true, std::string(k.typedCell), k.caretAfter, std::max(4, k.toRow + 1), true}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Editor, EditorKeyTable, ::testing::ValuesIn(kKeys), [](const auto& info) {
-    std::string name;
-    for (char c : std::string(info.param.name)) name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Editor, EditorKeyTable, ::testing::ValuesIn(kKeys));
 
 // A cost or value typed in a cell is in the totals at once.
 TEST_F(EditorKeys, TypingACostOrValueChangesTheTotals) {
@@ -122,6 +111,17 @@ TEST_F(EditorKeys, TypingACostOrValueChangesTheTotals) {
     open(1, 2);
     type("0"); // 800
     EXPECT_EQ(std::string(m->txtCost.Text()) + "|" + std::string(m->txtValue.Text()), "$2,125.50|$1,804.99");
+}
+
+// Typed, left and entered again: Esc brings back the text of the second entry.
+TEST_F(EditorKeys, EscBringsBackTheTextOfTheLastEntry) {
+    open(1, 1);
+    type("1");
+    open(2, 1);
+    open(1, 1);
+    type("2");
+    press(key::Escape, 27);
+    EXPECT_EQ(cell(1, 1), "120.501");
 }
 
 // ---- the grid holding the focus with the editor closed ----------------------
