@@ -85,6 +85,16 @@ TEST(Currency, MoneyTextFormats) {
     EXPECT_THROW(qm::MoneyText(us, std::numeric_limits<double>::infinity()), forms::Failure);
 }
 
+// What MoneyText writes, MoneyValue reads back as that amount, in every rule
+// set (the money fuzz targets try any text in US and euro rules).
+TEST(Currency, MoneyValueReadsBackWhatMoneyTextWrote) {
+    for (const auto& [name, rules] : ruleSets()) {
+        LocaleCurrency cur(rules);
+        for (double x : {0.0, 0.125, -0.004, -1234.5, 1234567.891, -6e12})
+            EXPECT_EQ(qm::MoneyText(cur, qm::MoneyValue(cur, qm::MoneyText(cur, x))), qm::MoneyText(cur, x)) << name << " " << x;
+    }
+}
+
 // ---- UpdateTotals ------------------------------------------------------------------------------------
 
 struct TotalsTest : ::testing::Test {
