@@ -108,7 +108,6 @@ INSTANTIATE_TEST_SUITE_P(
         IndexCase{"\r\n", "A\r\n", "", "1", {"A", "Kept"}, false, "gave no count, CatFiles.csv names 1 category"},
         IndexCase{" 5 \r\n", "B\r\nA\r\n", "", "2", {"A", "B", "Kept"}, false, "said 5 categories, CatFiles.csv names 2 categories"},
         IndexCase{" 1 \r\n", "B\r\nA\r\n", "", "2", {"A", "B", "Kept"}, false, "said 1 category, CatFiles.csv names 2 categories"},
-        IndexCase{"   2   \r\n", "A\r\nB\r\nC\r\n", "", "3", {"A", "B", "C", "Kept"}, false, "said 2 categories, CatFiles.csv names 3 categories"},
         IndexCase{" 3 \r\n", "B\r\n\r\nA\r\n", "", "3 ", {"", "A", "B", "Kept"}, false},       // an empty line is a name
         IndexCase{" 1 \r\n", "A\r\n\r\n", "", "1 ", {"A", "Kept"}, false},                      // but not one at the end
         IndexCase{" 5 \r\n", "A\r\n\r\nB\r\n\r\n", "", "3", {"", "A", "B", "Kept"}, false, "said 5 categories, CatFiles.csv names 3 categories"},

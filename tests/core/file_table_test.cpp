@@ -2,7 +2,6 @@
 // written, and how a file being written replaces the old one.
 #include <gtest/gtest.h>
 
-
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -48,8 +47,8 @@ struct FileTableTest : ::testing::Test {
     }
 };
 
-// The reading rules for what no save writes (what a save writes is the round
-// trip below): blanks before a field, text behind a closing quote, lone CR
+// The reading rules for what no save writes (what a save writes comes back
+// whole: the round-trip program and the category file fuzz target): blanks before a field, text behind a closing quote, lone CR
 // and LF, fields a line holds, quotes never closed, ends of the file.
 TEST_F(FileTableTest, ReadFieldGivesTheFieldsOfTheFile) {
     for (const auto& [bytes, fields] : std::initializer_list<std::pair<std::string, Fields>>{
