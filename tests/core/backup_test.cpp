@@ -109,7 +109,6 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"LoadWithoutCount", [](Harness& h) { save(h), fs::remove(h.floppy("NumCats.csv")); }, false, "Nothing was changed.", true, nothingLoaded},
         Case{"LoadWithoutNames", [](Harness& h) { save(h), fs::remove(h.floppy("CatFiles.csv")); }, false, "Nothing was changed.", true, nothingLoaded},
         Case{"LoadOfAWordForACount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), "three\r\n"); }, false, "Nothing was changed.", true, nothingLoaded},
-        Case{"LoadOfANegativeCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), " -1 \r\n"); }, false, "Nothing was changed.", true, nothingLoaded},
         // A count that disagrees with the names is repaired: every name comes.
         Case{"LoadOfFewerNamesThanTheCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), " 4 \r\n"); }, false, "Load complete.", false, nullptr},
         Case{"LoadOfAnEmptyCount", [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), ""); }, false, "Nothing was changed.", true, nothingLoaded}),

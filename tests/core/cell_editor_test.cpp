@@ -1,7 +1,7 @@
-// The cell editor laid over the grid, below the window: a typed character over a
-// selection, the order of the events, keys reaching the grid while the editor
-// is closed, and scrolling with the editor open. What the keys do in the editor
-// is typed into the real window by the GUI typing test.
+// The cell editor laid over the grid, below the window: the keys of its tables
+// and the totals they change, keys reaching the grid while the editor is
+// closed, and scrolling with the editor open. How Qt's keys become these is
+// the GUI typing test's.
 #include <gtest/gtest.h>
 
 #include "forms/input.h"
@@ -32,23 +32,96 @@ struct Editor : ::testing::Test {
     bool editorOpen() { return m->T1.Visible() && m->T1.hasFocus(); }
 };
 
-TEST_F(Editor, ASelectionIsReplacedByTheTypedCharacter) {
-    open(1, 3);
-    h.run([&] { m->T1.placeCaret(1, 3); }); // "tor" selected
-    press('I', U'i');
-    EXPECT_EQ(cell(1, 3) + "|" + std::string(m->T1.Text()), "Sie|Sie");
+// ---- the keys of the editor's tables -------------------------------------------
+
+// Garage open (kGarage) with an empty Kitchen beside it.
+struct EditorKeys : Editor {
+    void SetUp() override {
+        h.writeCategories({{"Garage", kGarage}, {"Kitchen", {}}});
+        m = &h.startAndClick(0);
+    }
+    void type(const std::string& s) {
+        for (char c : s) press(c >= 'a' ? c - 32 : c, static_cast<char32_t>(c));
+    }
+};
+
+// One key in the editor on a cell, with the caret at a place and some text
+// typed first: where the editor is then, what the cell typed in holds, and the
+// caret. Enter at the end asks for a new item, answered "Vice" (row 4).
+struct KeyCase {
+    const char* name;
+    int row, col, caret; // caret -1: at the end, where a click leaves it
+    const char* typed;
+    int code;
+    char32_t ch;
+    int toRow, toCol;
+    const char* typedCell;
+    int caretAfter;
+};
+const int end = -1;
+const KeyCase kKeys[] = {
+    {"Backspace in the text", 1, 3, 2, "", key::Backspace, 8, 1, 3, "Sop", 1},
+    {"Backspace at the start", 1, 3, 0, "", key::Backspace, 8, 1, 3, "Shop", 0},
+    {"Delete in the text", 1, 3, 1, "", key::Delete, 0, 1, 3, "Sop", 1},
+    {"Delete at the end", 1, 3, end, "", key::Delete, 0, 1, 3, "Shop", 4},
+    {"Left inside the text", 1, 3, end, "", key::Left, 0, 1, 3, "Shop", 3},
+    {"Left at the start: the cell before", 1, 4, 0, "", key::Left, 0, 1, 3, "2001", 4},
+    {"Left at the start of column 1: the row above", 2, 1, 0, "", key::Left, 0, 1, 6, "1000", 3},
+    {"Left at the first cell: nowhere", 1, 1, 0, "", key::Left, 0, 1, 1, "120.50", 0},
+    {"Right inside the text", 1, 3, 1, "", key::Right, 0, 1, 3, "Shop", 2},
+    {"Right at the end: the cell after", 1, 3, end, "", key::Right, 0, 1, 4, "Shop", 4},
+    {"Right at the end of the last column: the row below", 1, 6, end, "", key::Right, 0, 2, 1, "SN1", 4},
+    {"Right at the end of the last cell: nowhere", 3, 6, end, "", key::Right, 0, 3, 6, "abc", 3},
+    {"Up with the caret inside", 2, 3, 1, "", key::Up, 0, 1, 3, "Shop", 4},
+    {"Up in row 1: nowhere", 1, 2, end, "", key::Up, 0, 1, 2, "80", 0},
+    {"Down with the caret inside", 1, 3, 1, "", key::Down, 0, 2, 3, "Shop", 4},
+    {"Down in the last row: no new row", 3, 2, end, "", key::Down, 0, 3, 2, "5", 1},
+    {"Home: the caret only", 1, 3, end, "", key::Home, 0, 1, 3, "Shop", 0},
+    {"End: the caret only", 1, 3, 1, "", key::End, 0, 1, 3, "Shop", 4},
+    {"Enter: the cell after", 1, 5, end, "", key::Enter, 13, 1, 6, "2003", 3},
+    {"Enter at the end of a row: the row below", 1, 6, end, "", key::Enter, 13, 2, 1, "SN1", 4},
+    {"Enter in the last cell: a new item", 3, 6, end, "", key::Enter, 13, 4, 1, "abc", 0},
+    {"Enter with the caret inside: a new item", 1, 3, 2, "", key::Enter, 13, 4, 1, "Shop", 0},
+    {"Esc: the text the cell had when entered", 1, 1, end, "99", key::Escape, 27, 1, 1, "120.50", 6},
+};
+
+void PrintTo(const KeyCase& k, std::ostream* os) { *os << k.name; }
+
+class EditorKeyTable : public EditorKeys, public ::testing::WithParamInterface<KeyCase> {};
+
+TEST_P(EditorKeyTable, MovesTheEditorAndEditsTheCell) {
+    const KeyCase& k = GetParam();
+    h.dialogs.inputAnswers.push_back("Vice");
+    open(k.row, k.col);
+    if (k.caret >= 0) forms::input::clickText(h.runtime, m->T1, k.caret);
+    type(k.typed);
+    press(k.code, k.ch);
+    EXPECT_EQ((std::tuple{at(k.toRow, k.toCol), editorOpen(), std::string(m->T1.Text()) == cell(k.toRow, k.toCol), cell(k.row, k.col),
+                          m->T1.SelStart(), m->FG1.Rows(), k.toRow < 4 || cell(4, 0) == "Vice"}),
+              (std::tuple{true, true, true, std::string(k.typedCell), k.caretAfter, std::max(4, k.toRow + 1), true}));
 }
 
-TEST_F(Editor, WhenAKeyMovesTheCellTheEventsComeInOrder) {
-    std::vector<std::string> log;
-    // Each handler logs its name, then runs as before.
-    for (auto [handler, name] : {std::pair{&m->FG1.LeaveCell, "LeaveCell"}, {&m->FG1.EnterCell, "EnterCell"}, {&m->FG1.GotFocus, "GotFocus"}})
-        *handler = [&log, name, was = *handler] { log.push_back(name), was(); };
-    m->T1.KeyPress = [&log, was = m->T1.KeyPress](int& c) { log.push_back("KeyPress"), was(c); };
-    open(1, 5);
-    log.clear();
-    press(key::Enter, 13);
-    EXPECT_EQ(log, (std::vector<std::string>{"LeaveCell", "EnterCell", "KeyPress", "GotFocus"}));
+INSTANTIATE_TEST_SUITE_P(Editor, EditorKeyTable, ::testing::ValuesIn(kKeys));
+
+// A cost or value typed in a cell is in the totals at once.
+TEST_F(EditorKeys, TypingACostOrValueChangesTheTotals) {
+    open(1, 1);
+    press(key::Home);
+    type("1"); // 1120.50
+    open(1, 2);
+    type("0"); // 800
+    EXPECT_EQ(std::string(m->txtCost.Text()) + "|" + std::string(m->txtValue.Text()), "$2,125.50|$1,804.99");
+}
+
+// Typed, left and entered again: Esc brings back the text of the second entry.
+TEST_F(EditorKeys, EscBringsBackTheTextOfTheLastEntry) {
+    open(1, 1);
+    type("1");
+    open(2, 1);
+    open(1, 1);
+    type("2");
+    press(key::Escape, 27);
+    EXPECT_EQ(cell(1, 1), "120.501");
 }
 
 // ---- the grid holding the focus with the editor closed ----------------------

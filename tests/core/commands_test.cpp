@@ -246,6 +246,12 @@ INSTANTIATE_TEST_SUITE_P(
                          h.click(m.cmdRenameCat);
                      }, {"Bicycle"}, "Bicycle* | Bicycle \"Bicycle\" | Item Bike item | 2 at 1,6 fixed 11 editor focus T1", {},
                  std::nullopt, {{"NumCats.csv", " 1 \r\n"}, {"CatFiles.csv", "Bicycle\r\n"}, {"Bike.csv", "<missing>"}}, {"Bicycle"}},
+        // To an earlier place among three: the list's entries shift and the renamed one stays open.
+        CommandCase{"RenameToAnEarlierPlace", oneItemEach({"Bike", "Car", "Tools"}), -1, [](Harness& h, qm::frmMain& m) {
+                         h.selectCategory(2);
+                         h.click(m.cmdRenameCat);
+                     }, {"Axe"}, "Axe* Bike Car | Axe \"Axe\" | Item Tools item | 2 at 1,6 fixed 11 editor focus T1", {},
+                 std::nullopt, {{"CatFiles.csv", "Axe\r\nBike\r\nCar\r\n"}, {"Tools.csv", "<missing>"}}, {"Axe", "Bike", "Car"}},
         // Nothing selected; its own name is a duplicate like any other; cancelled: the old entry is selected again.
         CommandCase{"RenameRefusals", oneItemEach({"Bike", "Car"}), -1, [](Harness& h, qm::frmMain& m) {
                          h.click(m.cmdRenameCat);

@@ -89,12 +89,4 @@ TEST_F(Pictures, ALinkIsNeverWrittenOverACategorysFile) {
     EXPECT_EQ(h.text("Carparts.csv"), crlf({kHeadingLine, "x,,,,,,"}));
 }
 
-TEST_F(Pictures, TheWindowFitsItselfAroundThePicture) {
-    h.selectCategory(1);
-    auto& pic = m->Pic();
-    EXPECT_EQ(std::vector({pic.form.Width(), pic.form.Height(), pic.cmdAddPic.Top(), pic.cmdClose.Top(), pic.cmdAddPic.Width(),
-                           pic.cmdClose.Width(), pic.picItem.Left()}),
-              std::vector({4715, 4275, 2675, 3200, 4365, 4365, 120}));
-}
-
 } // namespace

@@ -60,23 +60,6 @@ INSTANTIATE_TEST_SUITE_P(
         FlagCase{"ReadFromFloppy", false, true, {kEditedA, crlf({kHeadingLine, "b-floppy,4,,,,,"}), kFloppyA, kFloppyB}, "b-floppy"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-// The walk run by a gain of focus: with WriteToFloppy it copies the database
-// and leaves the data folder; with ReadFromFloppy it brings every category in.
-TEST_F(Places, WalksCopyEachWayAndLeaveTheOtherSide) {
-    auto& m = h.start();
-    const auto data = folderBytes(h.dataDir.path());
-    m.WriteToFloppy = true;
-    h.run([&] { m.SaveCategoryList(); });
-    EXPECT_EQ(folderBytes(h.dataDir.path()), data);
-    EXPECT_EQ(files(), (Files{kA, kB, crlf({kHeadingLine, "a-data,1,,,,,"}), crlf({kHeadingLine, "b-data,2,,,,,"})}));
-    EXPECT_EQ(*readFile(h.floppy("CatFiles.csv")) + *readFile(h.floppy("NumCats.csv")), "A\r\nB\r\n2 \r\n"); // the count as it was read
-    seed();
-    m.WriteToFloppy = false;
-    m.ReadFromFloppy = true;
-    h.run([&] { m.SaveCategoryList(); });
-    EXPECT_EQ(files(), (Files{crlf({kHeadingLine, "a-floppy,3,,,,,"}), crlf({kHeadingLine, "b-floppy,4,,,,,"}), kFloppyA, kFloppyB}));
-}
-
 // ---- the window after a switch ----------------------------------------------------------------------
 
 // The caption, totals, grid and editor a click shows: the GUI category and typing tests.

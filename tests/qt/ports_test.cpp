@@ -3,6 +3,7 @@
 // the program, and the printer: with no printer here a job becomes a PDF, read
 // back as text with pdftotext. What the program prints is the core tests' business.
 #include <QBuffer>
+#include <QColorDialog>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
@@ -140,6 +141,18 @@ private slots:
             QCOMPARE(seen, QString("Add Category|Name of the category?|"));
         }
         QCOMPARE(prepared, 8);
+    }
+
+    // The colour dialog answers the colour chosen, red in the low byte, or nothing on Cancel.
+    void colourDialogAnswersTheChosenColour() {
+        QtDialogs dialogs;
+        whenShown<QColorDialog>([](QColorDialog* d) {
+            d->setCurrentColor(QColor(0x56, 0x34, 0x12));
+            d->accept();
+        });
+        QVERIFY(dialogs.ShowColor() == std::optional<forms::Color>(0x00123456));
+        whenShown<QColorDialog>([](QColorDialog* d) { d->reject(); });
+        QVERIFY(!dialogs.ShowColor());
     }
 
     // Pictures know their size in twips; a file that is no picture fails as

@@ -61,6 +61,27 @@ const QString kIcon = QString::fromStdString((std::filesystem::path(QT_TESTCASE_
 class SmallWindowsTest : public QObject {
     Q_OBJECT
 private slots:
+    // Each colour button of the Properties window asks for a colour and its
+    // swatch paints it, red, green and blue each in its place.
+    void colourButtonsPaintTheirSwatches() {
+        QtHarness h;
+        QVERIFY(h.start());
+        h.menuAction("Properties")->trigger();
+        QtHarness::settle();
+        auto& p = *h.m().propertiesIfLoaded();
+        const std::pair<forms::Button*, forms::Shape*> buttons[] = {{&p.cmdHColor, &p.shpCatHead}, {&p.cmdSelected, &p.shpCell},
+            {&p.cmdCatColor, &p.shpCatList}, {&p.cmdCellText, &p.shpCellText}, {&p.cmdListText, &p.shpListText}};
+        int n = 0;
+        for (auto [button, swatch] : buttons) {
+            const forms::Color chosen = 0x00123456 + 0x10 * ++n;
+            h.core.dialogs.colorAnswers.push_back(chosen);
+            QTest::mouseClick(h.host.window(p.form)->widgetOf(*button), Qt::LeftButton);
+            QtHarness::settle();
+            QWidget* w = h.host.window(p.form)->widgetOf(*swatch);
+            QCOMPARE(w->grab().toImage().pixelColor(w->rect().center()), QColor(0x56 + 0x10 * n, 0x34, 0x12));
+        }
+    }
+
     // One program through all five: each opened twice (a window that was
     // unloaded comes back afresh), closed by its button, then by the window manager.
     void opensAndClosesAgain() {

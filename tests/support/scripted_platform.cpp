@@ -281,4 +281,8 @@ std::unique_ptr<Harness> Harness::restart() const {
     return again;
 }
 
+const std::vector<std::vector<std::string>> kGarage = {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
+                                                       {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"},
+                                                       {"Lathe", "5", "5", "", "", "", "abc"}};
+
 } // namespace qmtest

@@ -228,4 +228,7 @@ public:
 
 extern const char* const kHeadingLine;
 
+// Drill, Saw and Lathe: three items with empty cells, money with cents and without.
+extern const std::vector<std::vector<std::string>> kGarage;
+
 } // namespace qmtest

@@ -46,9 +46,6 @@ bool QtHarness::open(const std::vector<qmtest::Harness::Category>& categories, i
     return true;
 }
 
-const std::vector<std::vector<std::string>> kGarage = {{"Drill", "120.50", "80", "Shop", "2001", "2003", "SN1"},
-                                                       {"Saw", "1000", "999.99", "Shop", "2002", "", "SN2"},
-                                                       {"Lathe", "5", "5", "", "", "", "abc"}};
 
 bool BareFace::show(forms::Form& form) {
     form.setVisible(true);

@@ -63,8 +63,7 @@ public:
     static void settle();
 };
 
-// Drill, Saw and Lathe: three items with empty cells, money with cents and without.
-extern const std::vector<std::vector<std::string>> kGarage;
+using qmtest::kGarage;
 
 // The Qt face over a runtime of its own and no program, for forms a test makes.
 struct BareFace {

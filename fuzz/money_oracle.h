@@ -1,7 +1,7 @@
 #pragma once
 // Money amounts worked out apart from the program: a double's exact value in
 // decimal digits, rounded to a currency's decimals by comparing what is cut
-// off with a half, and written as US-style currency text. Shared by the totals tests and the money fuzz targets.
+// off with a half, and written as US-style currency text: the money fuzz targets check the program against it.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
