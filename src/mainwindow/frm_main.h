@@ -134,8 +134,6 @@ public:
     // Both true when the index reached the disk.
     bool SaveCategoryList();
     bool StoreIndex(const std::string& place, bool walk);
-    // Notes the names the data folder's index holds, after it has been read at start.
-    void NoteIndexNames();
     // Adds to the list the names another writer added to the data folder's index.
     void TakeInNamesListedElsewhere();
     // Whether the index in this place (in the data folder) could not be read

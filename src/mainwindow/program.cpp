@@ -28,7 +28,6 @@ void frmMain::Form_Load() {
     try {
         WriteToFloppy = false;
         LoadCategoryList();
-        NoteIndexNames();
         ItemRowCount = 1;
         RenamePending = false;
         SetupGrid();
@@ -41,7 +40,6 @@ void frmMain::Form_Load() {
             files.Close(1);
             WriteToFloppy = false;
             LoadCategoryList();
-            NoteIndexNames();
             ItemRowCount = 1;
             RenamePending = false;
             SetupGrid();

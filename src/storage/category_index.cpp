@@ -143,6 +143,8 @@ void frmMain::LoadCategoryList() {
         } catch (const forms::EndOfFile&) {
         }
         files.Close(n);
+        // Every name read here has been seen by this window (TakeInNamesListedElsewhere).
+        if (!ReadFromFloppy) IndexNamesSeen.insert(fields.begin(), fields.end());
         std::optional<storage::IndexNames> listed = storage::ListedNames(CategoryCount, std::move(fields));
         if (!listed) return keepIndex(place);
         if (listed->repaired) {
@@ -216,19 +218,6 @@ bool frmMain::StoreIndex(const std::string& place, bool walk) {
     }
     if (dataFolder) IndexNamesSeen.insert(lstCategory.items().begin(), lstCategory.items().end());
     return true;
-}
-
-// Every name the data folder's names file holds now has been seen by this
-// window: a later index of another writer that still lists one of them adds
-// nothing, and one this window deletes stays deleted.
-void frmMain::NoteIndexNames() {
-    if (IndexKept()) return;
-    try {
-        if (auto names = storage::ReadAllFields(files.files(), platform.places.dataFolder + kNamesFile))
-            IndexNamesSeen.insert(names->begin(), names->end());
-    } catch (const Failure&) {
-    }
-    IndexNamesSeen.insert(lstCategory.items().begin(), lstCategory.items().end());
 }
 
 // Another writer (a second program on the same folder) may have added
