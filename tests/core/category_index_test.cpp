@@ -132,7 +132,7 @@ TEST_F(IndexWalk, GainOfFocusWalksEveryCategoryAndEndsOnTheLast) {
     auto& m = h.start();
     auto switches = countSwitches(m);
     h.focus(m.lstCategory);
-    EXPECT_EQ(window(h), "Alpha Beta Gamma* | Gamma \"Gamma\" | Item g1 | 2 at 1,6 fixed 11 editor focus T1");
+    EXPECT_WINDOW(h, "Alpha Beta Gamma* | Gamma \"Gamma\" | Item g1 | 2 at 1,6 fixed 11 editor focus T1");
     for (const char* name : {"Alpha", "Beta", "Gamma"}) EXPECT_TRUE(rewritten(h, name)) << name << " not walked";
     // One switch for each entry, the count written as it was read, no file left open.
     EXPECT_EQ(std::make_tuple(*switches, h.text("NumCats.csv"), h.text("CatFiles.csv"), anyFileOpen(m)),
@@ -141,7 +141,7 @@ TEST_F(IndexWalk, GainOfFocusWalksEveryCategoryAndEndsOnTheLast) {
     writeFile(h.data("Alpha.csv"), lfCategory({"a1,1,,,,,"}));
     h.selectCategory(0);
     EXPECT_TRUE(rewritten(h, "Alpha"));
-    EXPECT_EQ(window(h), "Alpha* Beta Gamma | Alpha \"Alpha\" | Item a1 | 2 at 1,6 fixed 11 editor focus T1");
+    EXPECT_WINDOW(h, "Alpha* Beta Gamma | Alpha \"Alpha\" | Item a1 | 2 at 1,6 fixed 11 editor focus T1");
 }
 
 TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
@@ -151,7 +151,7 @@ TEST_F(IndexWalk, GoesBackToTheSelectionAndStoresItsEdits) {
     h.run([&] { m.FG1.setTextMatrix(1, 3, "garage"); });
     h.run([&] { m.SaveCategoryList(); });
     // Beta's file was written behind the window's back before the edit: that version is kept as well.
-    EXPECT_EQ(window(h), "Alpha Beta* Beta (changed elsewhere) Gamma | Beta \"Beta\" | Item b1 | 2 at 1,6 fixed 11 editor focus T1");
+    EXPECT_WINDOW(h, "Alpha Beta* Beta (changed elsewhere) Gamma | Beta \"Beta\" | Item b1 | 2 at 1,6 fixed 11 editor focus T1");
     EXPECT_EQ(m.FG1.TextMatrix(1, 3), "garage");
     for (const char* name : {"Alpha", "Beta", "Gamma"}) EXPECT_TRUE(rewritten(h, name)) << name << " not walked";
     EXPECT_EQ(readFile(h.data("Beta.csv")), crlf({kHeadingLine, "b1,2,,garage,,,"}));

@@ -49,7 +49,7 @@ TEST_P(CommandTable, LeavesThisWindowAndTheseFiles) {
     m = c.click < 0 ? &h.start() : &h.startAndClick(c.click);
     h.dialogs.inputAnswers = {c.answers.begin(), c.answers.end()};
     c.act(h, *m);
-    EXPECT_EQ(window(h), c.window);
+    EXPECT_WINDOW(h, c.window);
     EXPECT_EQ(h.dialogs.texts(), c.messages);
     for (const auto& msg : h.dialogs.messages) EXPECT_EQ(msg.title, "Quillmere");
     if (c.prompts) {
@@ -133,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"DeleteTheLastItem", garage({{"Rake", "10"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.click(m.cmdDeleteAsset);
                      EXPECT_EQ(m.FG1.ColWidth(6), 3100);
-                     EXPECT_EQ(window(h), "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 disabled fixed 01 focus cmdDeleteAsset");
+                     EXPECT_WINDOW(h, "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 disabled fixed 01 focus cmdDeleteAsset");
                      EXPECT_EQ(h.text("Garage.csv"), kHead + "Rake,10,,,,,\r\n");
                      h.selectCategory(1);
                  }, {}, "Garage Kitchen* | Kitchen \"Kitchen\" | Item Kettle | 2 at 1,6 fixed 11 editor focus T1",

@@ -30,7 +30,7 @@ TEST(StartAndExit, WithNoCategories) {
         auto& m = h.start();
         EXPECT_EQ(m.CategoryCount.asText(), *count ? "0 " : "");
         // An empty list; the grid hidden, heading row only, the item names fixed; no editor.
-        EXPECT_EQ(window(h), "| - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory");
+        EXPECT_WINDOW(h, "| - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddCategory");
         EXPECT_EQ(gridCells(m.FG1), Table{headingRow()});
         EXPECT_EQ(std::make_tuple(m.RenamePending, m.WriteToFloppy, m.ReadFromFloppy, m.txtLoading.Visible(), m.hasPic()),
                   std::make_tuple(false, false, false, false, false));

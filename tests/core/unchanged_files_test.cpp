@@ -202,7 +202,7 @@ INSTANTIATE_TEST_SUITE_P(Storage, EditAfterLoad,
 std::string loadedState(Harness& h) {
     const forms::Grid& g = h.m().FG1;
     std::ostringstream s;
-    s << window(h) << " sel " << g.RowSel() << " view " << g.TopRow() << "," << g.LeftCol() << " tag " << g.Tag() << " "
+    s << window(h).line() << " sel " << g.RowSel() << " view " << g.TopRow() << "," << g.LeftCol() << " tag " << g.Tag() << " "
       << h.m().txtCost.Text() << " / " << h.m().txtValue.Text() << "\n";
     for (int r = 0; r < g.Rows(); ++r, s << "\n") {
         s << g.RowHeight(r);

@@ -1,13 +1,17 @@
 #pragma once
 // What tests compare: the cells of a grid, the files of a folder, the whole
 // database as a fresh start of the program shows it.
+#include <array>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "forms/grid.h"
 #include "forms/std_files.h"
@@ -89,10 +93,43 @@ inline std::string crlf(const std::vector<std::string>& lines) {
     return s;
 }
 
-// The window in one line: the list (selection starred), the open category and
-// its caption, the grid's first column (up to 50 rows), rows counted, current
-// cell, shape, the cell editor, and the focus.
-inline std::string window(const Harness& h) {
+// The window as named facts, written and read in one line:
+// "A B* | B \"B\" | Item x | 2 at 1,6 [hidden] [disabled] fixed 11 [editor] focus T1"
+// (the list with its selection starred, the open category and the heading's
+// caption, the grid's first column up to 50 rows, items counted, current cell,
+// the grid's state and fixed rows and columns, the cell editor, the focus).
+struct WindowFacts {
+    static constexpr std::array<const char*, 12> kNames{"list",   "open",     "caption", "first column", "rows",   "cell",
+                                                        "hidden", "disabled", "fixed",   "editor",       "focus", "unread"};
+    std::array<std::string, 12> fact;
+    WindowFacts(const std::string& line) {
+        static const std::regex form(R"re(^(.*?) ?\| (\S+) "(.*)" \|(.*) \| (\d+) at (\S+)( hidden)?( disabled)? fixed (\d+)( editor)? focus (\S+)$)re");
+        std::smatch got;
+        if (!std::regex_match(line, got, form)) fact[11] = line;
+        else for (std::size_t i = 0; i < 11; ++i) fact[i] = got[i + 1].str();
+    }
+    WindowFacts(const char* line) : WindowFacts(std::string(line)) {}
+    bool operator==(const WindowFacts&) const = default;
+    std::string line() const {
+        if (!fact[11].empty()) return fact[11];
+        return fact[0] + (fact[0].empty() ? "" : " ") + "| " + fact[1] + " \"" + fact[2] + "\" |" + fact[3] + " | " + fact[4] + " at " + fact[5] +
+               fact[6] + fact[7] + " fixed " + fact[8] + fact[9] + " focus " + fact[10];
+    }
+    friend void PrintTo(const WindowFacts& w, std::ostream* os) { *os << w.line(); }
+};
+
+// Each fact that differs, by name, as the window shows it beside what was expected.
+inline testing::AssertionResult sameWindow(const char*, const char*, const WindowFacts& shown, const WindowFacts& expected) {
+    if (shown == expected) return testing::AssertionSuccess();
+    auto failure = testing::AssertionFailure() << "the window shows " << shown.line();
+    for (std::size_t i = 0; i < WindowFacts::kNames.size(); ++i)
+        if (shown.fact[i] != expected.fact[i])
+            failure << "\n  " << WindowFacts::kNames[i] << ": \"" << shown.fact[i] << "\", expected \"" << expected.fact[i] << "\"";
+    return failure;
+}
+#define EXPECT_WINDOW(h, expected) EXPECT_PRED_FORMAT2(qmtest::sameWindow, qmtest::window(h), qmtest::WindowFacts(expected))
+
+inline WindowFacts window(const Harness& h) {
     const qm::frmMain& m = *h.main;
     const forms::Grid& g = m.FG1;
     std::ostringstream s;
@@ -103,7 +140,7 @@ inline std::string window(const Harness& h) {
     s << " | " << m.ItemRowCount << " at " << g.Row() << "," << g.Col() << (g.Visible() ? "" : " hidden")
       << (g.Enabled() ? "" : " disabled") << " fixed " << g.FixedRows() << g.FixedCols() << (m.T1.Visible() ? " editor" : "")
       << " focus " << (h.runtime.focused() ? h.runtime.focused()->name() : "-");
-    return s.str();
+    return WindowFacts(s.str());
 }
 
 // A file's change time can't be set back: judged against a clock an hour
