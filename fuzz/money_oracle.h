@@ -1,7 +1,8 @@
 #pragma once
-// Money amounts worked out apart from the program: a double's exact value in
-// decimal digits, rounded to a currency's decimals by comparing what is cut
-// off with a half, and written as US-style currency text: the money fuzz targets check the program against it.
+// Money amounts worked out apart from the program: a double's value as its
+// decimal text reads, rounded to a currency's decimals by comparing what is
+// cut off with a half, and written as US-style currency text: the money fuzz
+// targets check the program against it.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -14,13 +15,16 @@ struct Decimal {
     std::string whole = "0", fraction;
 };
 
-// |x| exactly: the C library prints every digit of a double when asked for
-// enough of them (none has more than 1074 behind the point).
-inline Decimal exactValue(double x) {
-    std::string digits(1500, '\0');
-    digits.resize(static_cast<std::size_t>(std::snprintf(digits.data(), digits.size(), "%.1100f", std::fabs(x))));
-    const std::size_t point = digits.find('.');
-    return {digits.substr(0, point), digits.substr(point + 1, digits.find_last_not_of('0') - point)};
+// |x| as people read it: its first 15 significant digits, all that a double
+// keeps of a typed decimal (the C library prints them, rounded to nearest).
+inline Decimal readValue(double x) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.14e", std::fabs(x));
+    const std::string digits = buf[0] + std::string(buf + 2, 14);
+    const int point = std::atoi(buf + 17) + 1; // digits before the decimal point
+    if (point <= 0) return {"0", std::string(static_cast<std::size_t>(-point), '0') + digits};
+    if (point >= 15) return {digits + std::string(static_cast<std::size_t>(point - 15), '0'), ""};
+    return {digits.substr(0, static_cast<std::size_t>(point)), digits.substr(static_cast<std::size_t>(point))};
 }
 
 // x rounded to `decimals` places, halves away from zero, as a count of the
@@ -31,7 +35,7 @@ struct Units {
 };
 
 inline Units rounded(double x, int decimals) {
-    Decimal d = exactValue(x);
+    Decimal d = readValue(x);
     d.fraction.resize(std::max(d.fraction.size(), static_cast<std::size_t>(decimals)), '0');
     std::string units = d.whole + d.fraction.substr(0, static_cast<std::size_t>(decimals));
     const std::string cut = d.fraction.substr(static_cast<std::size_t>(decimals));

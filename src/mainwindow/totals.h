@@ -17,10 +17,10 @@ namespace qm {
 // number too large for a 64-bit float.
 double NumberFromCell(std::string_view text);
 
-// An amount brought to the currency's decimals, halves away from zero, exactly
-// for every finite double: a value is a half only when its exact binary value
-// is one (1.005 is a little less than 1.005, so it gives 1.00). Fails for a
-// number beyond a 64-bit float.
+// An amount brought to the currency's decimals as its decimal text reads:
+// the double at 15 significant digits, then halves away from zero, so 1.005
+// gives 1.01 though the double is a little less than 1.005. Fails for a number
+// beyond a 64-bit float.
 forms::MoneyUnits RoundToCurrency(double x, int decimals);
 
 // The amount in the regional currency format; fails for a number beyond a 64-bit float.
