@@ -212,6 +212,12 @@ std::string MoneyText(const forms::CurrencyPort& currency, double x) {
 
 double MoneyValue(const forms::CurrencyPort& currency, const std::string& text) { return currency.parse(text); }
 
+std::string MoneyColumnTotal(const forms::CurrencyPort& currency, int rows, const std::function<std::string_view(int row)>& cell) {
+    std::string total = "0";
+    for (int row = 0; row < rows; ++row) total = MoneyText(currency, MoneyValue(currency, total) + NumberFromCell(cell(row)));
+    return total;
+}
+
 // ---- the cache of the money columns ------------------------------------------
 
 TotalsCache::TotalsCache(forms::Grid& grid) : grid_(grid) {

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,12 @@ forms::MoneyUnits RoundToCurrency(double x, int decimals);
 std::string MoneyText(const forms::CurrencyPort& currency, double x);
 // Any text MoneyText gives, and plain numbers such as "0".
 double MoneyValue(const forms::CurrencyPort& currency, const std::string& text);
+
+// A money column's total as the window's box shows it, worked the plain way:
+// "0", then the running total through its currency text at every row. For the
+// totals of rows that are not in the grid (UpdateTotals gives the same for the
+// open category, faster). Fails at the row where UpdateTotals stops.
+std::string MoneyColumnTotal(const forms::CurrencyPort& currency, int rows, const std::function<std::string_view(int row)>& cell);
 
 // The numbers of the two money columns, kept beside the grid so that adding up
 // the totals parses only the cells that changed since the last time.
