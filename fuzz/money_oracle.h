@@ -1,7 +1,9 @@
 #pragma once
-// Money amounts worked out apart from the program: a double's exact value in
-// decimal digits, rounded to a currency's decimals by comparing what is cut
-// off with a half, and written as US-style currency text: the money fuzz targets check the program against it.
+// Money amounts worked out apart from the program: a double's value as its
+// decimal text reads, rounded to a currency's decimals by comparing what is
+// cut off with a half; sums of typed amounts in exact whole numbers of small
+// units; US-style currency text. The money fuzz targets and the totals' tests
+// check the program against it.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -14,13 +16,16 @@ struct Decimal {
     std::string whole = "0", fraction;
 };
 
-// |x| exactly: the C library prints every digit of a double when asked for
-// enough of them (none has more than 1074 behind the point).
-inline Decimal exactValue(double x) {
-    std::string digits(1500, '\0');
-    digits.resize(static_cast<std::size_t>(std::snprintf(digits.data(), digits.size(), "%.1100f", std::fabs(x))));
-    const std::size_t point = digits.find('.');
-    return {digits.substr(0, point), digits.substr(point + 1, digits.find_last_not_of('0') - point)};
+// |x| as people read it: its first 15 significant digits, all that a double
+// keeps of a typed decimal (the C library prints them, rounded to nearest).
+inline Decimal readValue(double x) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.14e", std::fabs(x));
+    const std::string digits = buf[0] + std::string(buf + 2, 14);
+    const int point = std::atoi(buf + 17) + 1; // digits before the decimal point
+    if (point <= 0) return {"0", std::string(static_cast<std::size_t>(-point), '0') + digits};
+    if (point >= 15) return {digits + std::string(static_cast<std::size_t>(point - 15), '0'), ""};
+    return {digits.substr(0, static_cast<std::size_t>(point)), digits.substr(static_cast<std::size_t>(point))};
 }
 
 // x rounded to `decimals` places, halves away from zero, as a count of the
@@ -31,7 +36,7 @@ struct Units {
 };
 
 inline Units rounded(double x, int decimals) {
-    Decimal d = exactValue(x);
+    Decimal d = readValue(x);
     d.fraction.resize(std::max(d.fraction.size(), static_cast<std::size_t>(decimals)), '0');
     std::string units = d.whole + d.fraction.substr(0, static_cast<std::size_t>(decimals));
     const std::string cut = d.fraction.substr(static_cast<std::size_t>(decimals));
@@ -48,6 +53,42 @@ inline Units rounded(double x, int decimals) {
     }
     units.erase(0, std::min(units.find_first_not_of('0'), units.size() - 1));
     return {x < 0 && units != "0", units};
+}
+
+// An amount as a person types it, in the forms the totals read (digits with
+// or without a point, an exponent, a minus sign, a blank anywhere, words
+// behind), and its exact value in units of 10^-4. Below 10^9, so that sums of
+// a few stay within the 15 digits a double keeps faithfully.
+struct Typed {
+    std::string text;
+    long long exact = 0;
+};
+
+template <class Rng> Typed typedAmount(Rng& rng) {
+    const int whole = static_cast<int>(rng() % 10), decimals = static_cast<int>(rng() % 5);
+    Typed t;
+    for (int i = whole + decimals; i > 0 || t.text.empty(); --i) t.text += static_cast<char>('0' + rng() % 10);
+    t.exact = std::stoll(t.text);
+    for (int i = decimals; i < 4; ++i) t.exact *= 10;
+    if (decimals > 0 && rng() % 4 == 0) t.text += "e-" + std::to_string(decimals);
+    else if (decimals > 0) t.text.insert(t.text.size() - static_cast<std::size_t>(decimals), ".");
+    if (rng() % 4 == 0) t.text.insert(rng() % t.text.size(), " ");
+    if (rng() % 2 == 0) t.text = "-" + t.text, t.exact = -t.exact;
+    if (rng() % 4 == 0) t.text += " used";
+    return t;
+}
+
+// The total of exact amounts (units of 10^-4, one a row) as a running total
+// rounded to `decimals` at every row, halves away from zero, in whole numbers:
+// no double in between.
+template <class ExactOfRow> Units columnTotal(int rows, ExactOfRow exactOf, int decimals) {
+    long long unit = 1, total = 0;
+    for (int i = decimals; i < 4; ++i) unit *= 10;
+    for (int row = 0; row < rows; ++row) {
+        const long long v = total * unit + exactOf(row), q = ((v < 0 ? -v : v) + unit / 2) / unit;
+        total = v < 0 ? -q : q;
+    }
+    return {total < 0, std::to_string(total < 0 ? -total : total)};
 }
 
 // "-1234.50": the units with the decimal point put back.

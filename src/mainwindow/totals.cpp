@@ -171,26 +171,35 @@ double NumberFromCell(std::string_view t) {
     return negative ? -v : v;
 }
 
-// Every double is a binary fraction, so enough decimals write it exactly (it
-// is a whole multiple of 2^(exponent - 53), and of 2^-1074). With every digit
-// exact, a half or more is a first dropped digit of 5 or more.
+// The amount as people read it: the double's first 15 significant digits,
+// all that a double keeps of a typed decimal and what the currency format
+// always worked from, so a typed 2.675 (held as 2.67499999...) or a sum that
+// lands a hair beside its decimal rounds as the decimal does.
 forms::MoneyUnits RoundToCurrency(double x, int decimals) {
     if (!std::isfinite(x)) throw Failure("overflow");
     decimals = currencyDecimals(decimals);
+    char buf[32]; // d.dddddddddddddde-ddd
+    const auto res = std::to_chars(buf, buf + sizeof buf, std::fabs(x), std::chars_format::scientific, 14);
+    std::string digits(1, buf[0]);
+    digits.append(buf + 2, 14);
+    const char* exp = buf + 17 + (buf[17] == '+');
     int exponent = 0;
-    (void)std::frexp(x, &exponent);
-    const int exact = std::clamp(53 - exponent, 0, 1074);
-    char buf[1500]; // 309 whole digits and 1074 decimals at the most
-    const auto res = std::to_chars(buf, buf + sizeof buf, std::fabs(x), std::chars_format::fixed, std::max(exact, decimals + 1));
-    const std::string_view text(buf, static_cast<std::size_t>(res.ptr - buf));
-    const std::size_t point = text.find('.');
-    std::string digits(text.substr(0, point));
-    digits.append(text.substr(point + 1, static_cast<std::size_t>(decimals)));
-    if (text[point + 1 + static_cast<std::size_t>(decimals)] >= '5') {
-        std::size_t i = digits.size();
-        while (i > 0 && digits[i - 1] == '9') digits[--i] = '0';
-        if (i == 0) digits.insert(digits.begin(), '1');
-        else ++digits[i - 1];
+    std::from_chars(exp, res.ptr, exponent);
+    // The 15 digits counted in the currency's smallest units: 10^shift each.
+    const int shift = exponent - 14 + decimals;
+    if (shift >= 0) {
+        digits.append(static_cast<std::size_t>(shift), '0');
+    } else {
+        const int keep = 15 + shift;
+        const bool up = keep >= 0 && digits[static_cast<std::size_t>(keep)] >= '5';
+        digits.resize(static_cast<std::size_t>(std::max(keep, 0)));
+        if (digits.empty()) digits = "0";
+        if (up) {
+            std::size_t i = digits.size();
+            while (i > 0 && digits[i - 1] == '9') digits[--i] = '0';
+            if (i == 0) digits.insert(digits.begin(), '1');
+            else ++digits[i - 1];
+        }
     }
     const std::size_t first = std::min(digits.find_first_not_of('0'), digits.size() - 1);
     digits.erase(0, first);
@@ -202,6 +211,12 @@ std::string MoneyText(const forms::CurrencyPort& currency, double x) {
 }
 
 double MoneyValue(const forms::CurrencyPort& currency, const std::string& text) { return currency.parse(text); }
+
+std::string MoneyColumnTotal(const forms::CurrencyPort& currency, int rows, const std::function<std::string_view(int row)>& cell) {
+    std::string total = "0";
+    for (int row = 0; row < rows; ++row) total = MoneyText(currency, MoneyValue(currency, total) + NumberFromCell(cell(row)));
+    return total;
+}
 
 // ---- the cache of the money columns ------------------------------------------
 

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,16 +18,22 @@ namespace qm {
 // number too large for a 64-bit float.
 double NumberFromCell(std::string_view text);
 
-// An amount brought to the currency's decimals, halves away from zero, exactly
-// for every finite double: a value is a half only when its exact binary value
-// is one (1.005 is a little less than 1.005, so it gives 1.00). Fails for a
-// number beyond a 64-bit float.
+// An amount brought to the currency's decimals as its decimal text reads:
+// the double at 15 significant digits, then halves away from zero, so 1.005
+// gives 1.01 though the double is a little less than 1.005. Fails for a number
+// beyond a 64-bit float.
 forms::MoneyUnits RoundToCurrency(double x, int decimals);
 
 // The amount in the regional currency format; fails for a number beyond a 64-bit float.
 std::string MoneyText(const forms::CurrencyPort& currency, double x);
 // Any text MoneyText gives, and plain numbers such as "0".
 double MoneyValue(const forms::CurrencyPort& currency, const std::string& text);
+
+// A money column's total as the window's box shows it, worked the plain way:
+// "0", then the running total through its currency text at every row. For the
+// totals of rows that are not in the grid (UpdateTotals gives the same for the
+// open category, faster). Fails at the row where UpdateTotals stops.
+std::string MoneyColumnTotal(const forms::CurrencyPort& currency, int rows, const std::function<std::string_view(int row)>& cell);
 
 // The numbers of the two money columns, kept beside the grid so that adding up
 // the totals parses only the cells that changed since the last time.
