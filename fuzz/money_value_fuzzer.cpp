@@ -11,7 +11,7 @@
 #include "forms/locale_currency.h"
 #include "mainwindow/totals.h"
 #include "memory_platform.h"
-#include "money_oracle.h"
+#include "support/money_oracle.h"
 
 namespace {
 

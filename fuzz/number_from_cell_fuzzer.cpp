@@ -8,7 +8,7 @@
 #include "forms/locale_currency.h"
 #include "mainwindow/totals.h"
 #include "memory_platform.h"
-#include "money_oracle.h"
+#include "support/money_oracle.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);

@@ -9,7 +9,7 @@
 #include "forms/failure.h"
 #include "forms/locale_currency.h"
 #include "mainwindow/totals.h"
-#include "money_oracle.h"
+#include "support/money_oracle.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
