@@ -77,9 +77,10 @@ void clearCells(std::string& folded, std::string& original, std::vector<std::uin
     fb.clear();
     ob.clear();
 }
-// Held exactly: a string grown while reading may have twice the room it needs.
+// Held exactly: a string grown while reading may have twice the room it needs,
+// and one reserved for the file's size more than its cells take.
 void fit(std::string& s) {
-    if (s.capacity() > s.size() + s.size() / 16 + 64) s.shrink_to_fit();
+    if (s.capacity() > s.size()) s.shrink_to_fit();
 }
 } // namespace
 
@@ -191,13 +192,6 @@ std::string_view FindIndex::text(int category, int row, int col) const {
     const int block = cell / (kBlockRows * kColumns);
     const std::size_t start = skipCells(c.original, c.originalBlocks[static_cast<std::size_t>(block)], cell - block * kBlockRows * kColumns);
     return std::string_view(c.original).substr(start, c.original.find('\0', start) - start);
-}
-
-std::size_t FindIndex::foldedStart(int category, int row, int col) const {
-    const Category& c = categories_[static_cast<std::size_t>(category)];
-    const int cell = (row - 1) * kColumns + col;
-    const int block = cell / (kBlockRows * kColumns);
-    return skipCells(c.folded, c.foldedBlocks[static_cast<std::size_t>(block)], cell - block * kBlockRows * kColumns);
 }
 
 std::size_t FindIndex::bytes() const {

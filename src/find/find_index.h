@@ -42,12 +42,23 @@ public:
 
     int categories() const { return static_cast<int>(categories_.size()); }
     const std::string& name(int category) const { return categories_[static_cast<std::size_t>(category)].name; }
-    int rows(int category) const { return categories_[static_cast<std::size_t>(category)].rows; }
     // A cell as typed.
     std::string_view text(int category, int row, int col) const;
-    // Where the cell's folded text begins among the category's folded cells.
-    std::size_t foldedStart(int category, int row, int col) const;
-    std::string_view folded(int category) const { return categories_[static_cast<std::size_t>(category)].folded; }
+    // Every row of a category in turn, its cells as typed: f(row, cells).
+    template <class F>
+    void forEachRow(int category, F&& f) const {
+        const std::string& s = categories_[static_cast<std::size_t>(category)].original;
+        std::string_view cells[kColumns];
+        std::size_t pos = 0;
+        for (int row = 1; pos < s.size(); ++row) {
+            for (std::string_view& cell : cells) {
+                const std::size_t end = s.find('\0', pos);
+                cell = std::string_view(s).substr(pos, end - pos);
+                pos = end + 1;
+            }
+            f(row, cells);
+        }
+    }
 
     // The bytes held, both copies and their tables.
     std::size_t bytes() const;

@@ -156,35 +156,40 @@ void frmFind::ShowWarranty() {
     };
     std::vector<Line> dated, unread;
     for (int k = 0; k < index_.categories(); ++k) {
-        for (int row = 1; row <= index_.rows(k); ++row) {
-            const std::string_view date = index_.text(k, row, kWarrantyCol);
-            if (date.find_first_not_of(' ') == std::string_view::npos) continue; // no warranty noted
+        index_.forEachRow(k, [&](int row, const std::string_view* cells) {
+            const std::string_view date = cells[kWarrantyCol];
+            if (date.find_first_not_of(' ') == std::string_view::npos) return; // no warranty noted
             const std::optional<int> day = ReadDate(date, rules);
             if (day) {
                 const bool shown = choice == static_cast<int>(WarrantyChoice::Any) ||
                                    (choice == static_cast<int>(WarrantyChoice::Ended) && *day < today) ||
                                    (choice == static_cast<int>(WarrantyChoice::EndsWithin) && *day >= today && *day - today <= days);
-                if (!shown) continue;
+                if (!shown) return;
             }
             std::string text(date);
-            text.append(" - ").append(index_.name(k)).append(" / ").append(index_.text(k, row, kItemCol));
-            text.append(" - serial: ").append(index_.text(k, row, kSerialCol));
-            text.append(" - bought at: ").append(index_.text(k, row, kWhereCol));
+            text.append(" - ").append(index_.name(k)).append(" / ").append(cells[kItemCol]);
+            text.append(" - serial: ").append(cells[kSerialCol]).append(" - bought at: ").append(cells[kWhereCol]);
             (day ? dated : unread).push_back(Line{day.value_or(0), std::move(text), Target{index_.name(k), row, kWarrantyCol}});
-        }
+        });
     }
     std::stable_sort(dated.begin(), dated.end(), [](const Line& a, const Line& b) { return a.day < b.day; });
-    for (Line& l : dated) {
-        entries.push_back(std::move(l.text));
-        warrantyTargets_.push_back(std::move(l.target));
-    }
+    // A list of a whole big inventory helps nobody: the first ones of each
+    // section, and how many more there are.
+    auto show = [&](std::vector<Line>& lines) {
+        for (std::size_t i = 0; i < lines.size() && i < kShownWarranties; ++i) {
+            entries.push_back(std::move(lines[i].text));
+            warrantyTargets_.push_back(std::move(lines[i].target));
+        }
+        if (lines.size() > kShownWarranties) {
+            entries.push_back("and " + std::to_string(lines.size() - kShownWarranties) + " more");
+            warrantyTargets_.emplace_back();
+        }
+    };
+    show(dated);
     if (!unread.empty()) {
         entries.emplace_back("date not understood");
         warrantyTargets_.emplace_back();
-        for (Line& l : unread) {
-            entries.push_back(std::move(l.text));
-            warrantyTargets_.push_back(std::move(l.target));
-        }
+        show(unread);
     }
     Fill(lstWarranty, entries);
 }

@@ -40,6 +40,7 @@ public:
     // The entries of lstWarrantyChoice, in this order.
     enum class WarrantyChoice { EndsWithin, Ended, Any };
     static constexpr int kShownResults = 500;
+    static constexpr std::size_t kShownWarranties = 1000; // in each section
 
     // A cell an entry of a list leads to; a heading line leads nowhere.
     struct Target {
