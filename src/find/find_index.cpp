@@ -35,7 +35,9 @@ void FindIndex::refresh(frmMain& main) {
             if (!c.fromGrid || c.gridRevision != main.FG1.Revision()) takeGrid(c, main);
         } else {
             const std::string path = main.CategoryPath(main.platform.places.dataFolder, name);
-            if (c.fromGrid || c.path != path || !stillAsRead(c)) {
+            // A category named like an index file has no items: a load shows none either.
+            if (main.IsIndexFile(path)) c = Category{.name = name};
+            else if (c.fromGrid || c.path != path || !stillAsRead(c)) {
                 c.path = path;
                 readFile(c);
             }
