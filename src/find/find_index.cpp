@@ -101,7 +101,6 @@ void FindIndex::takeGrid(Category& c, frmMain& main) const {
     c.fromGrid = true;
     c.gridRevision = grid.Revision();
     c.missing = c.known = false;
-    c.path.clear();
 }
 
 // The rows a load of the file gives the grid: the heading line skipped, whole

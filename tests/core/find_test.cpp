@@ -3,6 +3,8 @@
 // the switch to a result with the editor on its cell.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "find/frm_find.h"
 #include "find/warranty_dates.h"
 #include "forms/input.h"
@@ -32,15 +34,18 @@ INSTANTIATE_TEST_SUITE_P(Find, ReadDateTable, ::testing::Values(
     DateCase{"2/29/2027", Order::MonthDayYear, {}}, DateCase{"3/1", Order::MonthDayYear, {}},
     DateCase{"3/1/2027x", Order::MonthDayYear, {}}, DateCase{"3/1/202", Order::MonthDayYear, {}}));
 
-// Garage: Drill, Saw; Kitchen: Café Table, Toaster, Kettle. Today is 26 November 2026.
+// Garage: Drill, Saw; Kitchen: Café Table, Toaster, Kettle; Shed: Box 1 to Box 20. Today is 26 November 2026.
 struct FindWindow : ::testing::Test {
     Harness h;
     qm::frmMain* m = nullptr;
     qm::frmFind* find = nullptr;
     void SetUp() override {
+        std::vector<std::vector<std::string>> boxes;
+        for (int i = 1; i <= 20; ++i) boxes.push_back({"Box " + std::to_string(i), "", "", "", "", "", "B-" + std::to_string(i)});
         h.writeCategories({{"Garage", {{"Drill", "", "", "Hardware store", "", "2026-12-25", "SN 1234"}, {"Saw", "", "", "", "", "25/11/26", "S-1"}}},
                            {"Kitchen", {{"Café Table", "", "", "IKEA", "", "1/5/2027", "SN-CAFE-1"},
-                                        {"Toaster", "", "", "Straße 5", "", "3/1/2026", "T-9"}, {"Kettle", "", "", "Market", "", "soon", "K-1"}}}});
+                                        {"Toaster", "", "", "Straße 5", "", "3/1/2026", "T-9"}, {"Kettle", "", "", "Market", "", "soon", "K-1"}}},
+                           {"Shed", boxes}});
         h.currency.fixToday(D(2026, 11, 26));
         m = &h.startAndClick(1);
         h.menu("mnuFind");
@@ -57,8 +62,11 @@ TEST_F(FindWindow, FindsEveryCellHoldingTheTextWhateverItsCaseAndAccents) {
         {"cafe", {"Kitchen / Café Table / Item: [Café] Table", "Kitchen / Café Table / Serial Number / Description: SN-[CAFE]-1"}},
         {"STRASSE", {"Kitchen / Toaster / Location Purchased: [Straße] 5"}},
         {"sn", {"Garage / Drill / Serial Number / Description: [SN] 1234", "Kitchen / Café Table / Serial Number / Description: [SN]-CAFE-1"}},
+        {"b-20", {"Shed / Box 20 / Serial Number / Description: [B-20]"}},
+        {"ghost", {}}, // a last line cut short: no row, as a load gives none
         {"zzz", {}},
     };
+    std::ofstream(h.data("Garage.csv"), std::ios::app) << "Ghost,1";
     for (const auto& [text, entries] : kCases) EXPECT_EQ(type(text), entries) << text;
     EXPECT_EQ(find->lblCount.Caption(), "Not found.");
 }
@@ -93,7 +101,7 @@ TEST_F(FindWindow, FindsWhatWasJustTypedOrWrittenAndGoesToIt) {
     EXPECT_EQ(type("K-1"), Entries{"Kitchen / Kettle / Serial Number / Description: [K-1]"});
     forms::input::key(h.runtime, m->T1, 0, 0, U'Q');
     EXPECT_EQ(type("K-1Q"), Entries{"Kitchen / Kettle / Serial Number / Description: [K-1Q]"});
-    h.writeCategory("Garage", {{"Drill", "", "", "", "", "", "SN 1234 K-1Q"}});
+    h.writeCategory("Garage", {{"Drill", "", "", "", "", "", "SN 1234 K-1Q"}, {"Saw"}});
     EXPECT_EQ(type("k-1q"), (Entries{"Garage / Drill / Serial Number / Description: SN 1234 [K-1Q]",
                                      "Kitchen / Kettle / Serial Number / Description: [K-1Q]"}));
     forms::input::click(h.runtime, find->cmdGo);
