@@ -143,8 +143,8 @@ void releaseFindDatabases() {
 }
 
 void registerFindBenchmarks() {
-    registerPairedRatio("FindKeystroke200x1000", keystroke<200>, "a keystroke in Find, 200 x 1000 items, vs memmem", std::nullopt, true);
-    registerPairedRatio("FindKeystroke1000x200", keystroke<1000>, "a keystroke in Find, 1000 x 200 items, vs memmem", std::nullopt, true);
+    registerPairedRatio("FindKeystroke200x1000", keystroke<200>, "a keystroke in Find, 200 x 1000 items, vs memmem", 3.0, true);
+    registerPairedRatio("FindKeystroke1000x200", keystroke<1000>, "a keystroke in Find, 1000 x 200 items, vs memmem", 3.0, true);
     registerGoals("FindSearch200x1000", searchAlone<200>,
                   {{"ratio", "Find's search alone, 200 x 1000 items, vs memmem", 3.0},
                    {"check_files_ms", "  the check that no file changed, in ms", std::nullopt},
