@@ -58,11 +58,13 @@ void registerTotalsBenchmarks();
 void registerMemoryBenchmarks();
 void registerWalkBenchmarks();
 void registerClickBenchmarks();
+void registerFindBenchmarks();
 
 // Fixtures shared between benchmarks are kept until here, then their folders go.
 void releaseBigCategories();
 void releaseWalkCategories();
 void releaseCoreClicks();
 void releaseClickDatabases();
+void releaseFindDatabases();
 
 } // namespace qmbench

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     qmbench::registerMemoryBenchmarks();
     qmbench::registerWalkBenchmarks();
     qmbench::registerClickBenchmarks();
+    qmbench::registerFindBenchmarks();
 
     auto options = isatty(STDOUT_FILENO) ? benchmark::ConsoleReporter::OO_ColorTabular : benchmark::ConsoleReporter::OO_Tabular;
     qmbench::SummaryReporter reporter(options);
@@ -31,6 +32,7 @@ int main(int argc, char** argv) {
     qmbench::releaseWalkCategories();
     qmbench::releaseCoreClicks();
     qmbench::releaseClickDatabases();
+    qmbench::releaseFindDatabases();
 
     bool ok = true;
     if (!reporter.results().empty()) ok = qmbench::printSummary(std::cout, reporter.results());

@@ -77,6 +77,11 @@ void selectEntry(Runtime& rt, ListBox& list, int index) {
     rt.dispatch([&] { list.setSelected(index); });
 }
 
+void doubleClickEntry(Runtime& rt, ListBox& list, int index) {
+    selectEntry(rt, list, index);
+    if (list.ListIndex() >= 0) rt.dispatch([&] { rt.raise(list.DblClick); });
+}
+
 void key(Runtime& rt, TextBox& box, int keyCode, int shift, char32_t ch) {
     if (!box.canFocus()) return;
     rt.dispatch([&] {

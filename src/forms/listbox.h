@@ -38,6 +38,8 @@ public:
     static bool sortsBefore(const std::string& a, const std::string& b);
 
     std::function<void()> Click;
+    // A double-click on an entry, after the click that selected it.
+    std::function<void()> DblClick;
 
 private:
     std::vector<std::string> items_;

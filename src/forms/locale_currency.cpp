@@ -1,7 +1,9 @@
 #include "forms/locale_currency.h"
 
 #include <charconv>
+#include <chrono>
 #include <cmath>
+#include <ctime>
 #include <locale>
 #include <vector>
 
@@ -26,6 +28,11 @@ bool startsWith(const std::string& s, std::size_t at, const std::string& what) {
 LocaleCurrency::LocaleCurrency(const std::string& localeName) {
     try {
         std::locale loc(localeName.c_str());
+        switch (std::use_facet<std::time_get<char>>(loc).date_order()) {
+        case std::time_base::dmy: dates_.order = DateRules::Order::DayMonthYear; break;
+        case std::time_base::ymd: case std::time_base::ydm: dates_.order = DateRules::Order::YearMonthDay; break;
+        default: break;
+        }
         const auto& mp = std::use_facet<std::moneypunct<wchar_t, false>>(loc);
         std::string symbol = toUtf8(mp.curr_symbol());
         if (symbol.empty()) return; // no currency here: US rules
@@ -124,6 +131,17 @@ double LocaleCurrency::parse(const std::string& text) const {
     auto res = std::from_chars(number.data(), number.data() + number.size(), v);
     if (res.ec != std::errc() || res.ptr != number.data() + number.size()) throw Failure("overflow: " + text);
     return negative ? -v : v;
+}
+
+int LocaleCurrency::today() const {
+    if (fixedToday_) return *fixedToday_;
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    const std::chrono::year_month_day day{std::chrono::year{local.tm_year + 1900},
+                                          std::chrono::month{static_cast<unsigned>(local.tm_mon + 1)},
+                                          std::chrono::day{static_cast<unsigned>(local.tm_mday)}};
+    return std::chrono::sys_days{day}.time_since_epoch().count();
 }
 
 } // namespace forms

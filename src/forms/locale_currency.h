@@ -1,4 +1,5 @@
 #pragma once
+#include <optional>
 #include <string>
 
 #include "forms/ports.h"
@@ -33,8 +34,18 @@ public:
     double parse(const std::string& text) const override;
     const Rules& rules() const { return rules_; }
 
+    // The order of a date's parts comes from the locale's LC_TIME, unless the
+    // face knows the user's own settings better and sets them.
+    DateRules dateRules() const override { return dates_; }
+    void setDateRules(const DateRules& rules) { dates_ = rules; }
+    // The clock's day, unless fixed (tests).
+    int today() const override;
+    void fixToday(std::optional<int> day) { fixedToday_ = day; }
+
 private:
     Rules rules_;
+    DateRules dates_;
+    std::optional<int> fixedToday_;
 };
 
 } // namespace forms

@@ -145,9 +145,21 @@ struct MoneyUnits {
     }
 };
 
+// How the user's region writes a short date: the order of its parts, and the
+// hundred years a year of two digits falls in.
+struct DateRules {
+    enum class Order { MonthDayYear, DayMonthYear, YearMonthDay };
+    Order order = Order::MonthDayYear;
+    int twoDigitYearFrom = 1930; // "29" is 2029 and "30" is 1930
+};
+
+// The regional settings: the currency format, and the dates of the region.
 class CurrencyPort {
 public:
     virtual ~CurrencyPort() = default;
+    virtual DateRules dateRules() const = 0;
+    // Today in the user's time zone, in days from 1970-01-01.
+    virtual int today() const = 0;
     // Digits after the decimal point of an amount.
     virtual int decimals() const = 0;
     // A rounded amount in the regional currency format.

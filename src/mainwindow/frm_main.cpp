@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "appearance/frm_properties.h"
+#include "find/frm_find.h"
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
@@ -45,6 +46,7 @@ frmMain::frmMain(Platform& p, modGlobalVars& g)
 }
 
 frmMain::~frmMain() {
+    find_.reset();
     contact_.reset();
     about_.reset();
     how_.reset();
@@ -95,6 +97,8 @@ frmAbout& frmMain::About() { return loaded(about_, *this); }
 void frmMain::UnloadAbout() { unload(about_, platform.runtime); }
 frmContact& frmMain::Contact() { return loaded(contact_, *this); }
 void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
+frmFind& frmMain::Find() { return loaded(find_, *this); }
+void frmMain::UnloadFind() { unload(find_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
     if (place == platform.places.floppyRoot && place != platform.places.dataFolder)
@@ -143,6 +147,12 @@ void frmMain::wireEvents() {
     menu("mnuContents").Click = [this] { How().form.setVisible(true); };
     menu("mnuContact").Click = [this] { Contact().form.setVisible(true); };
     menu("mnuAbout").Click = [this] { About().form.setVisible(true); };
+    // Find again while it is open: back to its text box.
+    menu("mnuFind").Click = [this] {
+        frmFind& find = Find();
+        find.form.setVisible(true);
+        find.txtFind.TrySetFocus();
+    };
 }
 
 forms::MenuItem& frmMain::menu(const std::string& name) {
@@ -250,6 +260,8 @@ void frmMain::declareLayout() {
     items.add("mnuDelItems", "Delete All Items", "Shift+Ctrl+F2");
     edit.add("mnuHyphen3", "-");
     edit.add("mnuProperties", "Properties", "Ctrl+R");
+    edit.add("mnuHyphen6", "-");
+    edit.add("mnuFind", "Find...", "Ctrl+F");
     forms::MenuItem& help = bar.add("mnuHelp", "&Help");
     help.add("mnuContents", "Contents", "Ctrl+H");
     help.add("mnuHyphen4", "-");

@@ -23,6 +23,7 @@ class frmProperties;
 class frmHow;
 class frmAbout;
 class frmContact;
+class frmFind;
 
 // The main window: the category list, the item grid with its cell editor and
 // totals, the command buttons and the menu bar. Its fields are the program's
@@ -127,6 +128,8 @@ public:
     // question, since the program can't stay.
     void EndOfSession();
     void SetupGrid();
+    // The headings SetupGrid writes into row 0.
+    static const char* const kColumnHeadings[7];
     bool ended() const { return ended_; }
 
     // ---- storage: the index (storage/category_index.cpp) --------------------
@@ -290,6 +293,9 @@ public:
     frmContact& Contact();
     frmContact* contactIfLoaded() const { return contact_.get(); }
     void UnloadContact();
+    frmFind& Find();
+    frmFind* findIfLoaded() const { return find_.get(); }
+    void UnloadFind();
 
 private:
     // mainwindow/frm_main.cpp
@@ -311,6 +317,7 @@ private:
     std::unique_ptr<frmHow> how_;
     std::unique_ptr<frmAbout> about_;
     std::unique_ptr<frmContact> contact_;
+    std::unique_ptr<frmFind> find_;
     bool ended_ = false;
     bool askingToStay_ = false;
 };

@@ -47,12 +47,13 @@ void frmMain::Form_Load() {
     }
 }
 
+const char* const frmMain::kColumnHeadings[7] = {"Item", "Original Cost", "Current Value", "Location Purchased",
+                                                 "Date Purchased", "Warranty Expiration", "Serial Number / Description"};
+
 void frmMain::SetupGrid() {
-    static const char* kHeadings[] = {"Item", "Original Cost", "Current Value", "Location Purchased",
-                                      "Date Purchased", "Warranty Expiration", "Serial Number / Description"};
     static const int kWidths[] = {1600, 900, 900, 1500, 1100, 1100, 3100};
     FG1.setRows(1);
-    for (int c = 0; c < 7; ++c) FG1.setTextMatrix(0, c, kHeadings[c]);
+    for (int c = 0; c < 7; ++c) FG1.setTextMatrix(0, c, kColumnHeadings[c]);
     FG1.setFixedRows(0);
     FG1.setFixedCols(1);
     for (int c = 0; c < 7; ++c) FG1.setColWidth(c, kWidths[c]);

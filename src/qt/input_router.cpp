@@ -238,7 +238,8 @@ bool InputRouter::mouse(ControlBinding& b, QObject* watched, QEvent& ev) {
         const QModelIndex hit = watched == w->viewport() ? w->indexAt(at) : QModelIndex();
         const int entry = hit.isValid() ? hit.row() : -1;
         auto& list = static_cast<forms::ListBox&>(c);
-        if (entry >= 0) forms::input::selectEntry(host_.runtime(), list, entry);
+        if (entry >= 0 && ev.type() == QEvent::MouseButtonDblClick) forms::input::doubleClickEntry(host_.runtime(), list, entry);
+        else if (entry >= 0) forms::input::selectEntry(host_.runtime(), list, entry);
         else forms::input::focus(host_.runtime(), list);
         return true;
     }

@@ -15,6 +15,7 @@
 #include "forms/std_files.h"
 #include "mainwindow/frm_main.h"
 #include "qt/form_window.h"
+#include "qt/locale_dates.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_host.h"
 #include "qt/qt_pictures.h"
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
     qtface::QtPictures pictures(host.twips());
     qtface::QtPrinter printer(qm::kAppTitle);
     forms::LocaleCurrency currency("");
+    currency.setDateRules(qtface::DateRulesOf(QLocale::system()));
     qtface::QtProgram program;
     qm::Platform platform{runtime, files, dialogs, pictures, printer, currency, program, places};
     qm::modGlobalVars globals;

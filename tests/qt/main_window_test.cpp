@@ -54,6 +54,7 @@ const MenuCase kMenuCommands[] = {
     {"Add Item", "Please type in name of item"}, {"Delete Item", "This will permanently DELETE the item: Lathe"},
     {"Rename Item", "What would you like to change Lathe to?"}, {"Delete All Items", "This will permanently DELETE ALL items in category 'Garage'"},
     {"Properties", "shown Properties"}, {"Contents", "shown How does"}, {"Contact Me", "shown Contact Info"}, {"About Quillmere", "shown About Quillmere"},
+    {"Find...", "shown Find"},
 };
 
 // The boxes asked (prompts first), the program's end and the windows shown besides the main one.

@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "appearance/frm_properties.h"
+#include "find/frm_find.h"
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
@@ -35,6 +36,7 @@ const SmallWindow kWindows[] = {
     {"frmHow", "How does Quillmere work?", "Contents", [](qm::frmMain& m) { return formOf(m.howIfLoaded()); }, "cmdClose", false},
     {"frmAbout", "About Quillmere", "About Quillmere", [](qm::frmMain& m) { return formOf(m.aboutIfLoaded()); }, "cmdOK", false},
     {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); }, "cmdOK", false},
+    {"frmFind", "Find", "Find...", [](qm::frmMain& m) { return formOf(m.findIfLoaded()); }, "cmdClose", false},
 };
 
 void open(QtHarness& h, const SmallWindow& w) {
