@@ -58,6 +58,7 @@ void registerTotalsBenchmarks();
 void registerMemoryBenchmarks();
 void registerWalkBenchmarks();
 void registerClickBenchmarks();
+void registerImportBenchmarks();
 
 // Fixtures shared between benchmarks are kept until here, then their folders go.
 void releaseBigCategories();

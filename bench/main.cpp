@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     qmbench::registerMemoryBenchmarks();
     qmbench::registerWalkBenchmarks();
     qmbench::registerClickBenchmarks();
+    qmbench::registerImportBenchmarks();
 
     auto options = isatty(STDOUT_FILENO) ? benchmark::ConsoleReporter::OO_ColorTabular : benchmark::ConsoleReporter::OO_Tabular;
     qmbench::SummaryReporter reporter(options);
