@@ -87,7 +87,7 @@ frmImport::frmImport(frmMain& m, Sheet sheet, const std::string& path)
     labels_ = spreadsheet::HeadingLabels(sheet_);
     choices = spreadsheet::DefaultChoices(labels_);
     forms::declareWindow(form,
-                         {.caption = "Import Spreadsheet", .font = {"MS Sans Serif", 8.25, false}, .clientWidth = 6600,
+                         {.caption = "Import Spreadsheet", .font = {"MS Sans Serif", 8.25, false}, .clientWidth = 7200,
                           .clientHeight = 4560},
                          [this] { cmdCancel_Click(); });
     auto label = [](forms::Label& l, const std::string& caption, int left, int top, int width, int height, int tab) {
@@ -95,20 +95,20 @@ frmImport::frmImport(frmMain& m, Sheet sheet, const std::string& path)
         l.setTabIndex(tab);
         l.setCaption(caption);
     };
-    label(lblFile, describe(sheet_, path.substr(path.find_last_of("/\\") + 1)), 120, 120, 6360, 450, 0);
+    label(lblFile, describe(sheet_, path.substr(path.find_last_of("/\\") + 1)), 120, 120, 6960, 450, 0);
     label(lblColumns, "Columns of the file, and where each goes:", 120, 660, 3840, 255, 1);
     lstColumns.move(120, 930, 3840, 2700);
     lstColumns.setTabIndex(2);
-    label(lblChoice, "Goes to:", 4080, 660, 2400, 255, 3);
-    lstChoices.move(4080, 930, 2400, 2700);
+    label(lblChoice, "Goes to:", 4080, 660, 3000, 255, 3);
+    lstChoices.move(4080, 930, 3000, 2700);
     lstChoices.setTabIndex(4);
     for (int c = 0; c < spreadsheet::kChoices; ++c) lstChoices.AddItem(std::string(spreadsheet::ChoiceName(c)));
     label(lblName, "Name of the new category:", 120, 3780, 3840, 255, 5);
     txtName.move(120, 4050, 3840, 315);
     txtName.setTabIndex(6);
     txtName.setText(baseName(path));
-    forms::declareButton(cmdOK, "OK", 4080, 4050, 1140, 345, 7, [this] { cmdOK_Click(); });
-    forms::declareButton(cmdCancel, "Cancel", 5340, 4050, 1140, 345, 8, [this] { cmdCancel_Click(); });
+    forms::declareButton(cmdOK, "OK", 4800, 4050, 1080, 345, 7, [this] { cmdOK_Click(); });
+    forms::declareButton(cmdCancel, "Cancel", 6000, 4050, 1080, 345, 8, [this] { cmdCancel_Click(); });
     cmdOK.Default = true;
     cmdCancel.Cancel = true;
     lstColumns.Click = [this] { lstColumns_Click(); };
