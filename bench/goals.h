@@ -59,6 +59,7 @@ void registerMemoryBenchmarks();
 void registerWalkBenchmarks();
 void registerClickBenchmarks();
 void registerFindBenchmarks();
+void registerImportBenchmarks();
 
 // Fixtures shared between benchmarks are kept until here, then their folders go.
 void releaseBigCategories();

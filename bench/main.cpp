@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     qmbench::registerWalkBenchmarks();
     qmbench::registerClickBenchmarks();
     qmbench::registerFindBenchmarks();
+    qmbench::registerImportBenchmarks();
 
     auto options = isatty(STDOUT_FILENO) ? benchmark::ConsoleReporter::OO_ColorTabular : benchmark::ConsoleReporter::OO_Tabular;
     qmbench::SummaryReporter reporter(options);

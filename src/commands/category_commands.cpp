@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "forms/failure.h"
 #include "forms/utf8.h"
@@ -25,10 +26,15 @@ void frmMain::cmdAddCategory_Click() {
     NewCategoryName =
         platform.dialogs.InputBox("Please enter name of category.  (ie: Mom's stuff, Car parts, etc.)", "Add Category");
     if (NewCategoryName.empty()) return;
+    AddCategoryNamed(NewCategoryName);
+}
+
+bool frmMain::AddCategoryNamed(std::string name) {
+    NewCategoryName = std::move(name);
     if (std::string problem = CategoryNameProblem(NewCategoryName); !problem.empty()) {
         Message(problem);
         NewCategoryName.clear();
-        return;
+        return false;
     }
     const int count = lstCategory.ListCount();
     for (int i = 0; i < count; ++i) {
@@ -38,7 +44,7 @@ void frmMain::cmdAddCategory_Click() {
         if (lstCategory.List(i) == NewCategoryName) {
             Message("You already have a category named " + NewCategoryName);
             NewCategoryName.clear();
-            return;
+            return false;
         }
     }
     const storage::Value countBefore = CategoryCount;
@@ -58,7 +64,7 @@ void frmMain::cmdAddCategory_Click() {
             }
         CategoryCount = countBefore;
         NewCategoryName.clear();
-        return;
+        return false;
     }
     CurrentCategory = NewCategoryName;
     // One step: the new file and the index that lists it are stored, or the
@@ -76,10 +82,11 @@ void frmMain::cmdAddCategory_Click() {
         Message("The category \"" + NewCategoryName +
                 "\" could not be added: the disk could not store it (is it full?). Nothing was changed.");
         NewCategoryName.clear();
-        return;
+        return false;
     }
     lstCategory.TrySetFocus();
     NewCategoryName.clear();
+    return true;
 }
 
 // Starts a rename: the list's next gain of focus carries it out.

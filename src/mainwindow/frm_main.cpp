@@ -5,6 +5,7 @@
 
 #include "appearance/frm_properties.h"
 #include "find/frm_find.h"
+#include "import/frm_import.h"
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
@@ -47,6 +48,7 @@ frmMain::frmMain(Platform& p, modGlobalVars& g)
 
 frmMain::~frmMain() {
     find_.reset();
+    import_.reset();
     contact_.reset();
     about_.reset();
     how_.reset();
@@ -99,6 +101,7 @@ frmContact& frmMain::Contact() { return loaded(contact_, *this); }
 void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
 frmFind& frmMain::Find() { return loaded(find_, *this); }
 void frmMain::UnloadFind() { unload(find_, platform.runtime); }
+void frmMain::UnloadImport() { unload(import_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
     if (place == platform.places.floppyRoot && place != platform.places.dataFolder)
@@ -153,6 +156,7 @@ void frmMain::wireEvents() {
         find.form.setVisible(true);
         find.txtFind.TrySetFocus();
     };
+    menu("mnuImport").Click = [this] { mnuImport_Click(); };
 }
 
 forms::MenuItem& frmMain::menu(const std::string& name) {
@@ -245,6 +249,8 @@ void frmMain::declareLayout() {
     file.add("mnuPrint", "Print", "Ctrl+P");
     file.add("mnuHyphen0", "-");
     file.add("mnuExit", "Exit", "Ctrl+X");
+    file.add("mnuHyphenImport", "-");
+    file.add("mnuImport", "Import Spreadsheet...");
     forms::MenuItem& edit = bar.add("mnuEdit", "&Edit");
     forms::MenuItem& cats = edit.add("mnuCategories", "&Categories");
     cats.add("mnuAddCat", "Add Category", "F1");

@@ -24,6 +24,7 @@ class frmHow;
 class frmAbout;
 class frmContact;
 class frmFind;
+class frmImport;
 
 // The main window: the category list, the item grid with its cell editor and
 // totals, the command buttons and the menu bar. Its fields are the program's
@@ -265,6 +266,13 @@ public:
     std::string CategoryNameProblem(const std::string& name) const;
     // After the last category has gone: nothing open, nothing shown.
     void ClearOpenCategory();
+    // Add Category's steps after its prompt: the name's rules, the walk for a
+    // duplicate, the new entry opened and the index stored. False, the user
+    // told, when the category was not made.
+    bool AddCategoryNamed(std::string name);
+
+    // ---- spreadsheet import (import/frm_import.cpp) -------------------------
+    void mnuImport_Click();
 
     // ---- item commands (commands/item_commands.cpp) ------------------------
     void cmdAddAsset_Click();
@@ -296,6 +304,8 @@ public:
     frmFind& Find();
     frmFind* findIfLoaded() const { return find_.get(); }
     void UnloadFind();
+    frmImport* importIfLoaded() const { return import_.get(); }
+    void UnloadImport();
 
 private:
     // mainwindow/frm_main.cpp
@@ -318,6 +328,7 @@ private:
     std::unique_ptr<frmAbout> about_;
     std::unique_ptr<frmContact> contact_;
     std::unique_ptr<frmFind> find_;
+    std::unique_ptr<frmImport> import_;
     bool ended_ = false;
     bool askingToStay_ = false;
 };

@@ -1,5 +1,5 @@
-// The five small windows in the real face: each opens from its menu entry (the
-// picture window from its check box) as a window of its own with its caption,
+// The six small windows in the real face: each opens from its menu entry (the
+// picture window from its check box, the import's preview once a file is chosen) as a window of its own with its caption,
 // goes away by its button and by the window manager's close, and leaves the
 // main window as usable as before.
 #include <QCheckBox>
@@ -12,6 +12,7 @@
 #include "appearance/frm_properties.h"
 #include "find/frm_find.h"
 #include "infowindows/frm_about.h"
+#include "import/frm_import.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
 #include "support/qt_harness.h"
@@ -37,9 +38,14 @@ const SmallWindow kWindows[] = {
     {"frmAbout", "About Quillmere", "About Quillmere", [](qm::frmMain& m) { return formOf(m.aboutIfLoaded()); }, "cmdOK", false},
     {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); }, "cmdOK", false},
     {"frmFind", "Find", "Find...", [](qm::frmMain& m) { return formOf(m.findIfLoaded()); }, "cmdClose", false},
+    {"frmImport", "Import Spreadsheet", "Import Spreadsheet...", [](qm::frmMain& m) { return formOf(m.importIfLoaded()); }, "cmdCancel", false},
 };
 
 void open(QtHarness& h, const SmallWindow& w) {
+    if (w.name == std::string("frmImport")) {
+        qmtest::writeFile(h.core.floppy("Sheet.csv"), "Item,Colour\nJack,red\n");
+        h.core.dialogs.openAnswers.push_back(h.core.floppy("Sheet.csv").string());
+    }
     if (w.menuEntry) h.menuAction(w.menuEntry)->trigger();
     else h.click(h.m().chkPic);
     QtHarness::settle();
@@ -84,7 +90,7 @@ private slots:
         }
     }
 
-    // One program through all five: each opened twice (a window that was
+    // One program through all six: each opened twice (a window that was
     // unloaded comes back afresh), closed by its button, then by the window manager.
     void opensAndClosesAgain() {
         QtHarness h;

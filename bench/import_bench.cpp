@@ -1,0 +1,107 @@
+// Import Spreadsheet of a 50,000-row file, against reading the file's bytes.
+// The whole command: the file read and cut into cells, the preview, the new
+// category made, its grid filled, stored (synced to disk) and opened. A
+// category holds 32766 items, so the rows after those are counted as not come in.
+#include <memory>
+#include <string>
+
+#include "goals.h"
+#include "import/columns.h"
+#include "import/frm_import.h"
+#include "io_floor.h"
+#include "paired_samples.h"
+#include "support/scripted_platform.h"
+
+namespace qmbench {
+
+namespace {
+
+constexpr int kRows = 50000;
+
+// A spreadsheet as people keep one: nine columns, two of them unknown, some
+// cells quoted for their commas, money with cents.
+std::string spreadsheet() {
+    std::string s = "Name,Price,Value,Store,Purchase date,Warranty,Serial,Colour,Room\r\n";
+    for (int i = 1; i <= kRows; ++i) {
+        const std::string n = std::to_string(i);
+        s += "Item " + n + "," + n + ".99," + std::to_string(i % 97) + ".50," +
+             (i % 3 ? "Hardware store" : "\"Main St, Springfield\"") + ",3/" + std::to_string(i % 28 + 1) +
+             "/2001,3/1/2004,SN-" + n + "-XK," + (i % 2 ? "red" : "blue") + ",\"Hall, upstairs\"\r\n";
+    }
+    return s;
+}
+
+struct ImportFixture {
+    qmtest::TempDir dir;
+    std::string path = (dir.path() / "Inventory.csv").string();
+    std::string bytes = spreadsheet();
+    ImportFixture() { writeWholeFile(path, bytes); }
+};
+
+// The command as the user runs it, on a fresh program each time; what it left.
+std::string importOnce(const ImportFixture& f, const std::function<void(const std::function<void()>&)>& timed) {
+    qmtest::Harness h;
+    qm::frmMain& m = h.start();
+    h.dialogs.openAnswers = {f.path};
+    timed([&] {
+        h.menu("mnuImport");
+        h.click(m.importIfLoaded()->cmdOK);
+    });
+    if (m.ItemRowCount != forms::Grid::kMaxRows) return "the import left " + std::to_string(m.ItemRowCount) + " rows";
+    if (h.text("Inventory.csv").size() < f.bytes.size() / 2) return "the category file was not stored whole";
+    return "";
+}
+
+void importSpreadsheet(benchmark::State& state) {
+    ImportFixture f;
+    flushPendingWrites(f.dir.place());
+    PairedSamples samples;
+    for (auto _ : state) {
+        Timing subject;
+        const std::string problem = importOnce(f, [&](const std::function<void()>& run) { subject = timingOf(run); });
+        if (!problem.empty()) {
+            state.SkipWithError(problem.c_str());
+            return;
+        }
+        const Timing baseline = timingOf([&] { benchmark::DoNotOptimize(readWholeFile(f.path)); });
+        samples.add(subject, baseline);
+        state.SetIterationTime(subject.wall);
+    }
+    samples.report(state);
+    state.counters["file_MB"] = static_cast<double>(f.bytes.size()) / (1 << 20);
+}
+
+// Only the reading: the file's bytes cut into cells and every row made an item.
+void readSpreadsheetIntoItems(benchmark::State& state) {
+    ImportFixture f;
+    PairedSamples samples;
+    for (auto _ : state) {
+        std::size_t cells = 0;
+        const Timing subject = timingOf([&] {
+            const spreadsheet::Sheet sheet = spreadsheet::ReadSheet(readWholeFile(f.path));
+            const auto labels = spreadsheet::HeadingLabels(sheet);
+            const auto choices = spreadsheet::DefaultChoices(labels);
+            std::array<std::string, 7> item;
+            for (std::size_t r = 1; r < sheet.rows.size(); ++r)
+            {
+                spreadsheet::ItemCells(sheet, sheet.rows[r], choices, labels, item);
+                for (const auto& cell : item) cells += cell.size();
+            }
+        });
+        benchmark::DoNotOptimize(cells);
+        const Timing baseline = timingOf([&] { benchmark::DoNotOptimize(readWholeFile(f.path)); });
+        samples.add(subject, baseline);
+        state.SetIterationTime(subject.wall);
+    }
+    samples.report(state);
+}
+
+} // namespace
+
+void registerImportBenchmarks() {
+    registerPairedRatio("ImportSpreadsheet", importSpreadsheet, "import a 50,000-row spreadsheet, vs reading the file", 5.0, true);
+    registerPairedRatio("ReadSpreadsheetIntoItems", readSpreadsheetIntoItems,
+                        "  of it: the file cut into cells and made items, vs reading it", std::nullopt, true);
+}
+
+} // namespace qmbench
