@@ -33,6 +33,8 @@ void tab(Runtime& rt, Form& form, bool backwards);
 // The entry is the one at index when the user pointed at it, whatever the
 // focus gain does to the list.
 void selectEntry(Runtime& rt, ListBox& list, int index);
+// Space on, or a click in the tick box of, an entry of a list with check boxes.
+void toggleEntry(Runtime& rt, ListBox& list, int index);
 // One key in a text box: KeyDown, then KeyPress if the key makes a character
 // (ch != 0), then the box's own edit, which runs Change. A box that can't hold
 // the focus (hidden, disabled) takes no keys.

@@ -7,6 +7,7 @@
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
+#include "report/frm_report.h"
 #include "storage/index_files.h"
 
 namespace qm {
@@ -45,6 +46,7 @@ frmMain::frmMain(Platform& p, modGlobalVars& g)
 }
 
 frmMain::~frmMain() {
+    report_.reset();
     contact_.reset();
     about_.reset();
     how_.reset();
@@ -95,6 +97,8 @@ frmAbout& frmMain::About() { return loaded(about_, *this); }
 void frmMain::UnloadAbout() { unload(about_, platform.runtime); }
 frmContact& frmMain::Contact() { return loaded(contact_, *this); }
 void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
+frmReport& frmMain::Report() { return loaded(report_, *this); }
+void frmMain::UnloadReport() { unload(report_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
     if (place == platform.places.floppyRoot && place != platform.places.dataFolder)
@@ -143,6 +147,7 @@ void frmMain::wireEvents() {
     menu("mnuContents").Click = [this] { How().form.setVisible(true); };
     menu("mnuContact").Click = [this] { Contact().form.setVisible(true); };
     menu("mnuAbout").Click = [this] { About().form.setVisible(true); };
+    menu("mnuReport").Click = [this] { mnuReport_Click(); };
 }
 
 forms::MenuItem& frmMain::menu(const std::string& name) {
@@ -235,6 +240,8 @@ void frmMain::declareLayout() {
     file.add("mnuPrint", "Print", "Ctrl+P");
     file.add("mnuHyphen0", "-");
     file.add("mnuExit", "Exit", "Ctrl+X");
+    file.add("mnuHyphen6", "-");
+    file.add("mnuReport", "Inventory Report...");
     forms::MenuItem& edit = bar.add("mnuEdit", "&Edit");
     forms::MenuItem& cats = edit.add("mnuCategories", "&Categories");
     cats.add("mnuAddCat", "Add Category", "F1");

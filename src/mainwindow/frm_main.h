@@ -23,6 +23,7 @@ class frmProperties;
 class frmHow;
 class frmAbout;
 class frmContact;
+class frmReport;
 
 // The main window: the category list, the item grid with its cell editor and
 // totals, the command buttons and the menu bar. Its fields are the program's
@@ -250,6 +251,12 @@ public:
     // ---- printing (printing/category_printing.cpp) --------------------------
     void cmdPrint_Click();
 
+    // ---- inventory report (report/inventory_report.cpp) ---------------------
+    void mnuReport_Click();
+    // The report of these categories, as the window shows each, into a PDF
+    // file the user names; with the pictures of the items if asked.
+    void MakeInventoryReport(const std::vector<std::string>& names, bool pictures);
+
     // ---- category commands (commands/category_commands.cpp) ----------------
     void cmdAddCategory_Click();
     void cmdRenameCat_Click();
@@ -290,6 +297,9 @@ public:
     frmContact& Contact();
     frmContact* contactIfLoaded() const { return contact_.get(); }
     void UnloadContact();
+    frmReport& Report();
+    frmReport* reportIfLoaded() const { return report_.get(); }
+    void UnloadReport();
 
 private:
     // mainwindow/frm_main.cpp
@@ -311,6 +321,7 @@ private:
     std::unique_ptr<frmHow> how_;
     std::unique_ptr<frmAbout> about_;
     std::unique_ptr<frmContact> contact_;
+    std::unique_ptr<frmReport> report_;
     bool ended_ = false;
     bool askingToStay_ = false;
 };

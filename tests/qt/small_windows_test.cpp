@@ -13,6 +13,7 @@
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
+#include "report/frm_report.h"
 #include "support/qt_harness.h"
 
 using qttest::QtHarness;
@@ -35,6 +36,7 @@ const SmallWindow kWindows[] = {
     {"frmHow", "How does Quillmere work?", "Contents", [](qm::frmMain& m) { return formOf(m.howIfLoaded()); }, "cmdClose", false},
     {"frmAbout", "About Quillmere", "About Quillmere", [](qm::frmMain& m) { return formOf(m.aboutIfLoaded()); }, "cmdOK", false},
     {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); }, "cmdOK", false},
+    {"frmReport", "Inventory Report", "Inventory Report...", [](qm::frmMain& m) { return formOf(m.reportIfLoaded()); }, "cmdCancel", false},
 };
 
 void open(QtHarness& h, const SmallWindow& w) {
