@@ -82,6 +82,20 @@ std::vector<std::string> Pages::wrap(std::string_view text, double width, const 
     return lines;
 }
 
+// Amounts stand right, as figures do; the rest left.
+double Pages::columnX(int c, const std::string& s, const forms::TextStyle& style, double width) {
+    const bool money = c == 1 || c == 2;
+    if (!money || !drawing_) return left_[c] + kGap / 2;
+    return left_[c] + width_[c] - kGap / 2 - (width >= 0 ? width : doc_.textWidth(s, style));
+}
+
+float Pages::cellWidth(std::string_view text) {
+    if (drawing_ && widthAt_ < widths_.size()) return widths_[widthAt_++];
+    const auto w = static_cast<float>(doc_.textWidth(std::string(text), body_));
+    if (!drawing_) widths_.push_back(w);
+    return w;
+}
+
 double Pages::bottom() const { return doc_.pageHeight() - smallLine_ - kGap; }
 
 void Pages::newPage() {
@@ -146,7 +160,7 @@ void Pages::tableHeadings() {
     for (int c = 0; c < kColumns; ++c) {
         const auto parts = wrap(sheet_->headings[static_cast<std::size_t>(c)], width_[c] - kGap, bold_);
         lines = std::max(lines, parts.size());
-        for (std::size_t k = 0; k < parts.size(); ++k) text(left_[c] + kGap / 2, y_ + k * boldLine_, parts[k], bold_);
+        for (std::size_t k = 0; k < parts.size(); ++k) text(columnX(c, parts[k], bold_), y_ + k * boldLine_, parts[k], bold_);
     }
     if (pictures_) text(pictureLeft_, y_, "Picture", bold_);
     y_ += static_cast<double>(lines) * boldLine_ + kRowPad / 2;
@@ -164,9 +178,17 @@ void Pages::beginSheet(const Sheet& sheet) {
 
 void Pages::item(const std::array<std::string_view, kColumns>& cells, const std::string& picture) {
     std::array<std::vector<std::string>, kColumns> parts;
+    std::array<double, kColumns> single; // the width of a cell on one line, else -1
     std::size_t lines = 1;
     for (int c = 0; c < kColumns; ++c) {
-        parts[c] = wrap(cells[c], width_[c] - kGap, body_);
+        const float w = cellWidth(cells[c]);
+        single[c] = -1;
+        if (w <= width_[c] - kGap && cells[c].find_first_of("\r\n") == std::string_view::npos) {
+            parts[c].emplace_back(cells[c]);
+            single[c] = w;
+        } else {
+            parts[c] = wrap(cells[c], width_[c] - kGap, body_);
+        }
         lines = std::max(lines, parts[c].size());
     }
     const bool thumb = pictures_ && !picture.empty();
@@ -193,11 +215,7 @@ void Pages::item(const std::array<std::string_view, kColumns>& cells, const std:
         }
         for (int c = 0; c < kColumns; ++c) {
             if (k >= parts[c].size()) continue;
-            const std::string& s = parts[c][k];
-            // Amounts stand right, as figures do.
-            const bool money = c == 1 || c == 2;
-            const double x = money && drawing_ ? left_[c] + width_[c] - kGap / 2 - doc_.textWidth(s, body_) : left_[c] + kGap / 2;
-            text(x, y, s, body_);
+            text(columnX(c, parts[c][k], body_, single[c]), y, parts[c][k], body_);
         }
         y += bodyLine_;
     }

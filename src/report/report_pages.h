@@ -41,7 +41,10 @@ public:
     void setTotalPages(int n) { totalPages_ = n; }
     int pages() const { return page_; }
     // Back to before the first page, for the second pass.
-    void rewind() { page_ = 0; }
+    void rewind() {
+        page_ = 0;
+        widthAt_ = 0;
+    }
 
     void titlePage(const TitleFacts& facts);
     void beginSheet(const Sheet& sheet);
@@ -64,6 +67,10 @@ private:
     // Room for h more points on the page, or a new page.
     void need(double h);
     double bottom() const;
+    double columnX(int c, const std::string& s, const forms::TextStyle& style, double width = -1);
+    // The width of a cell's whole text: measured while counting, and given back
+    // in the same order while drawing, so the drawing pass measures only what it wraps.
+    float cellWidth(std::string_view text);
     void text(double x, double y, const std::string& s, const forms::TextStyle& st) {
         if (drawing_) doc_.drawText(x, y, s, st);
     }
@@ -77,6 +84,8 @@ private:
     int page_ = 0;
     int totalPages_ = 0;
     double y_ = 0;
+    std::vector<float> widths_;
+    std::size_t widthAt_ = 0;
     double bodyTop_ = 0; // where the rows of a page start, below the headings
     const Sheet* sheet_ = nullptr;
     std::array<double, kColumns> left_{}, width_{};
