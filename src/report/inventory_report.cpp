@@ -113,6 +113,16 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
     std::vector<Found> found;
     std::string grandCost = "0", grandValue = "0";
     int items = 0;
+    // The open category's table, its items as the grid holds them.
+    auto sheet = [&](const Found& f) {
+        pages.beginSheet(f.sheet);
+        std::array<std::string_view, report::Pages::kColumns> cells;
+        for (int r = 1; r <= f.items; ++r) {
+            for (int c = 0; c < report::Pages::kColumns; ++c) cells[c] = c < FG1.Cols() ? FG1.TextMatrix(r, c) : "";
+            pages.item(cells, pictures ? linkedPicture(r) : std::string());
+        }
+        pages.endSheet();
+    };
     try {
         // First pass: what each category holds and how many pages it takes.
         pages.titlePage({});
@@ -126,13 +136,7 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
                 f.sheet.cost = txtCost.Text();
                 f.sheet.value = txtValue.Text();
                 f.items = itemRows();
-                pages.beginSheet(f.sheet);
-                std::array<std::string_view, report::Pages::kColumns> cells;
-                for (int r = 1; r <= f.items; ++r) {
-                    for (int c = 0; c < report::Pages::kColumns; ++c) cells[c] = c < FG1.Cols() ? FG1.TextMatrix(r, c) : "";
-                    pages.item(cells, pictures ? linkedPicture(r) : std::string());
-                }
-                pages.endSheet();
+                sheet(f);
                 addTotal(platform.currency, grandCost, f.sheet.cost);
                 addTotal(platform.currency, grandValue, f.sheet.value);
                 items += f.items;
@@ -153,13 +157,7 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
                 // The same texts as in the first pass: a category that changed
                 // in between (nothing here changes one) would count its pages anew.
                 if (!open(f.sheet.name) || itemRows() != f.items) throw Failure("category changed: " + f.sheet.name);
-                pages.beginSheet(f.sheet);
-                std::array<std::string_view, report::Pages::kColumns> cells;
-                for (int r = 1; r <= f.items; ++r) {
-                    for (int c = 0; c < report::Pages::kColumns; ++c) cells[c] = c < FG1.Cols() ? FG1.TextMatrix(r, c) : "";
-                    pages.item(cells, pictures ? linkedPicture(r) : std::string());
-                }
-                pages.endSheet();
+                sheet(f);
                 if (!step()) break;
             }
             for (std::size_t k = found.size(); k < names.size() && !cancelled; ++k) step();
