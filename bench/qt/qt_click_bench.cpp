@@ -16,6 +16,9 @@
 #include "support/qt_harness.h"
 
 namespace qmbench {
+
+void registerReportBenchmarks(); // report_bench.cpp
+
 namespace {
 
 constexpr int kGoalMissed = 3;
@@ -85,6 +88,7 @@ int main(int argc, char** argv) {
                                  "window's click on the list, 1000 categories x 100 items, vs the core's", 1.2, true);
     qmbench::registerPairedRatio("WindowClick200x1000", qmbench::windowClick<200, 1000>,
                                  "window's click on the list, 200 categories x 1000 items, vs the core's", 1.2, true);
+    qmbench::registerReportBenchmarks();
 
     qmbench::SummaryReporter reporter(benchmark::ConsoleReporter::OO_Tabular);
     benchmark::RunSpecifiedBenchmarks(&reporter);

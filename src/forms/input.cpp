@@ -61,6 +61,14 @@ void tab(Runtime& rt, Form& form, bool backwards) {
     });
 }
 
+void toggleEntry(Runtime& rt, ListBox& list, int index) {
+    if (!list.CheckBoxes || !list.canFocus() || index < 0 || index >= list.ListCount()) return;
+    rt.dispatch([&] {
+        list.TrySetFocus();
+        list.setChecked(index, !list.Checked(index));
+    });
+}
+
 void selectEntry(Runtime& rt, ListBox& list, int index) {
     if (!list.canFocus() || index < 0 || index >= list.ListCount()) return;
     const std::string entry = list.List(index);

@@ -35,6 +35,8 @@ void tab(Runtime& rt, Form& form, bool backwards);
 void selectEntry(Runtime& rt, ListBox& list, int index);
 // A double-click on a list entry: selectEntry, then DblClick as its own piece of input.
 void doubleClickEntry(Runtime& rt, ListBox& list, int index);
+// Space on, or a click in the tick box of, an entry of a list with check boxes.
+void toggleEntry(Runtime& rt, ListBox& list, int index);
 // One key in a text box: KeyDown, then KeyPress if the key makes a character
 // (ch != 0), then the box's own edit, which runs Change. A box that can't hold
 // the focus (hidden, disabled) takes no keys.

@@ -79,6 +79,7 @@ void ListBox::AddItem(const std::string& text) {
     auto at = items_.end();
     if (Sorted) at = std::upper_bound(items_.begin(), items_.end(), text, sortsBefore);
     int pos = static_cast<int>(at - items_.begin());
+    checked_.insert(checked_.begin() + pos, true);
     items_.insert(at, text);
     if (index_ >= pos) ++index_;
     notify(Prop::Items);
@@ -87,6 +88,7 @@ void ListBox::AddItem(const std::string& text) {
 void ListBox::RemoveItem(int index) {
     if (index < 0 || index >= ListCount()) throw Failure("invalid list index");
     items_.erase(items_.begin() + index);
+    checked_.erase(checked_.begin() + index);
     if (index_ == index) index_ = -1;
     else if (index_ > index) --index_;
     notify(Prop::Items);
@@ -94,7 +96,20 @@ void ListBox::RemoveItem(int index) {
 
 void ListBox::Clear() {
     items_.clear();
+    checked_.clear();
     index_ = -1;
+    notify(Prop::Items);
+}
+
+bool ListBox::Checked(int i) const {
+    List(i);
+    return checked_[static_cast<std::size_t>(i)];
+}
+
+void ListBox::setChecked(int i, bool on) {
+    List(i);
+    if (checked_[static_cast<std::size_t>(i)] == on) return;
+    checked_[static_cast<std::size_t>(i)] = on;
     notify(Prop::Items);
 }
 

@@ -15,6 +15,9 @@ public:
     ListBox(Form& form, Control* container, std::string name);
 
     bool Sorted = false;
+    // Each entry shows a tick box (Space or a click on the box turns it);
+    // entries come in ticked.
+    bool CheckBoxes = false;
 
     int ListCount() const { return static_cast<int>(items_.size()); }
     int ListIndex() const { return index_; }
@@ -34,6 +37,9 @@ public:
     // Selects the entry with exactly this text; a text that matches none changes nothing.
     void setText(const std::string& text);
 
+    bool Checked(int i) const;
+    void setChecked(int i, bool on);
+
     // The order of a sorted list: letter case ignored, ties by exact text.
     static bool sortsBefore(const std::string& a, const std::string& b);
 
@@ -43,6 +49,7 @@ public:
 
 private:
     std::vector<std::string> items_;
+    std::vector<bool> checked_; // beside items_
     int index_ = -1;
 };
 

@@ -103,6 +103,14 @@ public:
     virtual std::optional<std::string> ShowOpen(const std::string& filter) = 0;
     // The colour dialog: the chosen colour, or nothing on Cancel.
     virtual std::optional<Color> ShowColor() = 0;
+    // The save-file dialog, opening on the suggested file name in the user's
+    // documents folder: the chosen path, or nothing on Cancel (and where there
+    // is no such dialog).
+    virtual std::optional<std::string> ShowSave(const std::string& name, const std::string& filter) {
+        (void)name;
+        (void)filter;
+        return std::nullopt;
+    }
 };
 
 // ---- Pictures ----------------------------------------------------------
@@ -127,6 +135,57 @@ public:
     virtual void Print(const std::string& text, bool openEnd) = 0;
     // Ends the job and hands it over; with nothing pending it does nothing.
     virtual void EndDoc() = 0;
+};
+
+// ---- Documents of pages ------------------------------------------------
+
+// How a text is set: a size in points, plain or bold.
+struct TextStyle {
+    double points = 9;
+    bool bold = false;
+};
+
+// A document being written page by page, in points from the top left corner
+// of the printable area. Nothing shows at its path until finish(); abandon(),
+// or dropping it unfinished, leaves no file behind.
+class PageDocument {
+public:
+    virtual ~PageDocument() = default;
+    // The printable area of a page.
+    virtual double pageWidth() const = 0;
+    virtual double pageHeight() const = 0;
+    virtual double textWidth(const std::string& text, const TextStyle& style) = 0;
+    // From the top of one line to the top of the next.
+    virtual double lineHeight(const TextStyle& style) = 0;
+    // One line of text with its top at y.
+    virtual void drawText(double x, double y, const std::string& text, const TextStyle& style) = 0;
+    // The picture in the file scaled into the box, its proportions kept; false
+    // when the file can't be read as a picture.
+    virtual bool drawPicture(const std::string& path, double x, double y, double width, double height) = 0;
+    virtual void drawLine(double x1, double y1, double x2, double y2) = 0;
+    virtual void newPage() = 0;
+    // Puts the document at its path; fails when it can't be written whole.
+    virtual void finish() = 0;
+    virtual void abandon() = 0;
+};
+
+class DocumentsPort {
+public:
+    virtual ~DocumentsPort() = default;
+    // A PDF document on the paper size of the user's region; fails when the
+    // place can't be written.
+    virtual std::unique_ptr<PageDocument> beginPdf(const std::string& path, const std::string& title) = 0;
+};
+
+// ---- Progress of a long command ----------------------------------------
+
+class ProgressPort {
+public:
+    virtual ~ProgressPort() = default;
+    virtual void start(const std::string& text, int total) = 0;
+    // The work done so far; false once the user has asked to stop.
+    virtual bool advance(int done) = 0;
+    virtual void stop() = 0;
 };
 
 // ---- Currency ----------------------------------------------------------
@@ -177,6 +236,11 @@ public:
     virtual bool startSystemInfo() = 0;
     // Ends the process once the current event has returned.
     virtual void endProgram() = 0;
+    // Opens a file with the desktop's own program for it; false when none.
+    virtual bool openDocument(const std::string& path) {
+        (void)path;
+        return false;
+    }
 };
 
 } // namespace forms

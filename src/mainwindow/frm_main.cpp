@@ -9,6 +9,7 @@
 #include "infowindows/frm_about.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
+#include "report/frm_report.h"
 #include "storage/index_files.h"
 
 namespace qm {
@@ -49,6 +50,7 @@ frmMain::frmMain(Platform& p, modGlobalVars& g)
 frmMain::~frmMain() {
     find_.reset();
     import_.reset();
+    report_.reset();
     contact_.reset();
     about_.reset();
     how_.reset();
@@ -102,6 +104,8 @@ void frmMain::UnloadContact() { unload(contact_, platform.runtime); }
 frmFind& frmMain::Find() { return loaded(find_, *this); }
 void frmMain::UnloadFind() { unload(find_, platform.runtime); }
 void frmMain::UnloadImport() { unload(import_, platform.runtime); }
+frmReport& frmMain::Report() { return loaded(report_, *this); }
+void frmMain::UnloadReport() { unload(report_, platform.runtime); }
 
 std::string frmMain::CategoryPath(const std::string& place, const std::string& name) const {
     if (place == platform.places.floppyRoot && place != platform.places.dataFolder)
@@ -157,6 +161,7 @@ void frmMain::wireEvents() {
         find.txtFind.TrySetFocus();
     };
     menu("mnuImport").Click = [this] { mnuImport_Click(); };
+    menu("mnuReport").Click = [this] { mnuReport_Click(); };
 }
 
 forms::MenuItem& frmMain::menu(const std::string& name) {
@@ -249,8 +254,9 @@ void frmMain::declareLayout() {
     file.add("mnuPrint", "Print", "Ctrl+P");
     file.add("mnuHyphen0", "-");
     file.add("mnuExit", "Exit", "Ctrl+X");
-    file.add("mnuHyphenImport", "-");
+    file.add("mnuHyphen7", "-");
     file.add("mnuImport", "Import Spreadsheet...");
+    file.add("mnuReport", "Inventory Report...");
     forms::MenuItem& edit = bar.add("mnuEdit", "&Edit");
     forms::MenuItem& cats = edit.add("mnuCategories", "&Categories");
     cats.add("mnuAddCat", "Add Category", "F1");

@@ -25,6 +25,7 @@ class frmAbout;
 class frmContact;
 class frmFind;
 class frmImport;
+class frmReport;
 
 // The main window: the category list, the item grid with its cell editor and
 // totals, the command buttons and the menu bar. Its fields are the program's
@@ -254,6 +255,12 @@ public:
     // ---- printing (printing/category_printing.cpp) --------------------------
     void cmdPrint_Click();
 
+    // ---- inventory report (report/inventory_report.cpp) ---------------------
+    void mnuReport_Click();
+    // The report of these categories, as the window shows each, into a PDF
+    // file the user names; with the pictures of the items if asked.
+    void MakeInventoryReport(const std::vector<std::string>& names, bool pictures);
+
     // ---- category commands (commands/category_commands.cpp) ----------------
     void cmdAddCategory_Click();
     void cmdRenameCat_Click();
@@ -306,6 +313,9 @@ public:
     void UnloadFind();
     frmImport* importIfLoaded() const { return import_.get(); }
     void UnloadImport();
+    frmReport& Report();
+    frmReport* reportIfLoaded() const { return report_.get(); }
+    void UnloadReport();
 
 private:
     // mainwindow/frm_main.cpp
@@ -329,6 +339,7 @@ private:
     std::unique_ptr<frmContact> contact_;
     std::unique_ptr<frmFind> find_;
     std::unique_ptr<frmImport> import_;
+    std::unique_ptr<frmReport> report_;
     bool ended_ = false;
     bool askingToStay_ = false;
 };

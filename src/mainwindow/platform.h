@@ -17,6 +17,9 @@ struct Platform {
     forms::CurrencyPort& currency;
     forms::ProgramPort& program;
     storage::Places places;
+    // What only the inventory report needs; a platform without them makes none.
+    forms::DocumentsPort* documents = nullptr;
+    forms::ProgressPort* progress = nullptr;
 };
 
 // The variables shared by the program's windows.

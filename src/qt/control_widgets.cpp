@@ -70,17 +70,32 @@ void mirrorTextBox(forms::TextBox& box, QLineEdit* edit) {
     else edit->setCursorPosition(start);
 }
 
+// The tick boxes of a list that has them.
+void mirrorListChecks(forms::ListBox& list, QListWidget* w) {
+    if (!list.CheckBoxes) return;
+    for (int i = 0; i < w->count() && i < list.ListCount(); ++i) {
+        const Qt::CheckState state = list.Checked(i) ? Qt::Checked : Qt::Unchecked;
+        QListWidgetItem* item = w->item(i);
+        if (!(item->flags() & Qt::ItemIsUserCheckable) || item->checkState() != state) {
+            item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+            item->setCheckState(state);
+        }
+    }
+}
+
 void mirrorListItems(forms::ListBox& list, QListWidget* w) {
     const auto& items = list.items();
     bool same = w->count() == static_cast<int>(items.size());
     for (int i = 0; same && i < w->count(); ++i) same = w->item(i)->text() == qs(items[static_cast<std::size_t>(i)]);
-    if (same) return;
     QSignalBlocker block(w);
-    QStringList texts;
-    texts.reserve(static_cast<qsizetype>(items.size()));
-    for (const auto& s : items) texts << qs(s);
-    w->clear();
-    w->addItems(texts);
+    if (!same) {
+        QStringList texts;
+        texts.reserve(static_cast<qsizetype>(items.size()));
+        for (const auto& s : items) texts << qs(s);
+        w->clear();
+        w->addItems(texts);
+    }
+    mirrorListChecks(list, w);
 }
 
 void mirrorListSelection(forms::ListBox& list, QListWidget* w) {

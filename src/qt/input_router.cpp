@@ -7,6 +7,8 @@
 #include <QListWidget>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QStyle>
+#include <QStyleOptionViewItem>
 #include <algorithm>
 
 #include "forms/controls.h"
@@ -24,6 +26,20 @@
 namespace qtface {
 
 using forms::Kind;
+
+namespace {
+
+// Whether a point of the list's viewport lies in the tick box of the entry there.
+bool inCheckIndicator(QListWidget& w, const QModelIndex& index, QPoint at) {
+    QStyleOptionViewItem opt;
+    opt.initFrom(w.viewport());
+    opt.rect = w.visualRect(index);
+    opt.features |= QStyleOptionViewItem::HasCheckIndicator;
+    const QRect box = w.style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &opt, &w);
+    return box.adjusted(-2, -2, 2, 2).contains(at);
+}
+
+} // namespace
 
 InputRouter::InputRouter(QtHost& host, FormWindow& window) : QObject(nullptr), host_(host), window_(window) {}
 
@@ -174,6 +190,9 @@ bool InputRouter::listKey(forms::Control& c, QKeyEvent& e) {
     }
     int target = i;
     switch (e.key()) {
+    case Qt::Key_Space:
+        if (list.CheckBoxes) forms::input::toggleEntry(host_.runtime(), list, std::max(i, 0));
+        return true;
     case Qt::Key_Up: target = i <= 0 ? 0 : i - 1; break;
     case Qt::Key_Down: target = std::min(n - 1, i + 1); break;
     case Qt::Key_Home: target = 0; break;
@@ -238,7 +257,8 @@ bool InputRouter::mouse(ControlBinding& b, QObject* watched, QEvent& ev) {
         const QModelIndex hit = watched == w->viewport() ? w->indexAt(at) : QModelIndex();
         const int entry = hit.isValid() ? hit.row() : -1;
         auto& list = static_cast<forms::ListBox&>(c);
-        if (entry >= 0 && ev.type() == QEvent::MouseButtonDblClick) forms::input::doubleClickEntry(host_.runtime(), list, entry);
+        if (entry >= 0 && list.CheckBoxes && inCheckIndicator(*w, hit, at)) forms::input::toggleEntry(host_.runtime(), list, entry);
+        else if (entry >= 0 && ev.type() == QEvent::MouseButtonDblClick) forms::input::doubleClickEntry(host_.runtime(), list, entry);
         else if (entry >= 0) forms::input::selectEntry(host_.runtime(), list, entry);
         else forms::input::focus(host_.runtime(), list);
         return true;

@@ -19,7 +19,9 @@
 #include "qt/qt_dialogs.h"
 #include "qt/qt_host.h"
 #include "qt/qt_pictures.h"
+#include "qt/qt_pdf.h"
 #include "qt/qt_printer.h"
+#include "qt/qt_progress.h"
 #include "qt/qt_program.h"
 #include "qt/session_end.h"
 #include "qt/single_instance.h"
@@ -92,7 +94,9 @@ int main(int argc, char** argv) {
     forms::LocaleCurrency currency("");
     currency.setDateRules(qtface::DateRulesOf(QLocale::system()));
     qtface::QtProgram program;
-    qm::Platform platform{runtime, files, dialogs, pictures, printer, currency, program, places};
+    qtface::QtPdfDocuments documents;
+    qtface::QtProgress progress;
+    qm::Platform platform{runtime, files, dialogs, pictures, printer, currency, program, places, &documents, &progress};
     qm::modGlobalVars globals;
 
     qm::frmMain main(platform, globals);

@@ -2,10 +2,12 @@
 
 #include <QApplication>
 #include <QColorDialog>
+#include <QDir>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QStringList>
 
 #include "qt/colors_fonts.h"
@@ -75,6 +77,16 @@ QString QtDialogs::qtFilter(const std::string& filter) {
 std::optional<std::string> QtDialogs::ShowOpen(const std::string& filter) {
     prepare();
     const QString path = QFileDialog::getOpenFileName(parentWindow(), QString(), QString(), qtFilter(filter));
+    if (path.isEmpty()) return std::nullopt;
+    return path.toStdString();
+}
+
+std::optional<std::string> QtDialogs::ShowSave(const std::string& name, const std::string& filter) {
+    prepare();
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (folder.isEmpty()) folder = QDir::homePath();
+    const QString start = QDir(folder).filePath(QString::fromStdString(name));
+    const QString path = QFileDialog::getSaveFileName(parentWindow(), QString(), start, qtFilter(filter));
     if (path.isEmpty()) return std::nullopt;
     return path.toStdString();
 }

@@ -16,6 +16,7 @@ public:
     std::string InputBox(const std::string& prompt, const std::string& title) override;
     std::optional<std::string> ShowOpen(const std::string& filter) override;
     std::optional<forms::Color> ShowColor() override;
+    std::optional<std::string> ShowSave(const std::string& name, const std::string& filter) override;
 
     // "Pictures|*.jpg;*.jpeg|GIF|*.gif" as Qt writes it: "Pictures (*.jpg *.jpeg);;GIF (*.gif)".
     static QString qtFilter(const std::string& filter);

@@ -1,10 +1,16 @@
 #include "qt/qt_program.h"
 
 #include <QCoreApplication>
+#include <QDesktopServices>
+#include <QUrl>
 #include <QProcess>
 #include <QStandardPaths>
 
 namespace qtface {
+
+bool QtProgram::openDocument(const std::string& path) {
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(path)));
+}
 
 bool QtProgram::startSystemInfo() {
     for (const QString& name : systemInfoPrograms()) {

@@ -14,6 +14,7 @@ public:
     bool startSystemInfo() override;
     // Leaves the event loop once the current event has returned.
     void endProgram() override;
+    bool openDocument(const std::string& path) override;
     bool endRequested() const { return ends_ > 0; }
     int ends() const { return ends_; }
 

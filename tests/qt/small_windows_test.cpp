@@ -15,6 +15,7 @@
 #include "import/frm_import.h"
 #include "infowindows/frm_how.h"
 #include "pictures/frm_pic.h"
+#include "report/frm_report.h"
 #include "support/qt_harness.h"
 
 using qttest::QtHarness;
@@ -39,6 +40,7 @@ const SmallWindow kWindows[] = {
     {"frmContact", "Contact Info", "Contact Me", [](qm::frmMain& m) { return formOf(m.contactIfLoaded()); }, "cmdOK", false},
     {"frmFind", "Find", "Find...", [](qm::frmMain& m) { return formOf(m.findIfLoaded()); }, "cmdClose", false},
     {"frmImport", "Import Spreadsheet", "Import Spreadsheet...", [](qm::frmMain& m) { return formOf(m.importIfLoaded()); }, "cmdCancel", false},
+    {"frmReport", "Inventory Report", "Inventory Report...", [](qm::frmMain& m) { return formOf(m.reportIfLoaded()); }, "cmdCancel", false},
 };
 
 void open(QtHarness& h, const SmallWindow& w) {

@@ -181,6 +181,11 @@ std::optional<std::string> ScriptedDialogs::ShowOpen(const std::string& filter) 
     return takeNext(openAnswers).value_or(std::nullopt);
 }
 
+std::optional<std::string> ScriptedDialogs::ShowSave(const std::string& name, const std::string&) {
+    filters.push_back(name);
+    return takeNext(saveAnswers).value_or(std::nullopt);
+}
+
 std::optional<forms::Color> ScriptedDialogs::ShowColor() { return takeNext(colorAnswers).value_or(std::nullopt); }
 
 std::vector<std::string> ScriptedDialogs::texts() const {

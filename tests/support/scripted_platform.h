@@ -112,12 +112,14 @@ public:
     std::string InputBox(const std::string& prompt, const std::string& title) override;
     std::optional<std::string> ShowOpen(const std::string& filter) override;
     std::optional<forms::Color> ShowColor() override;
+    std::optional<std::string> ShowSave(const std::string& name, const std::string& filter) override;
 
     // Answers, in order; a box with no answer queued takes its first button, an input box "".
     std::deque<int> msgAnswers;
     std::deque<std::string> inputAnswers;
     std::deque<std::optional<std::string>> openAnswers;
     std::deque<std::optional<forms::Color>> colorAnswers;
+    std::deque<std::optional<std::string>> saveAnswers;
     std::vector<Message> messages;
     std::vector<Message> prompts; // input boxes: text, 0, title
     std::vector<std::string> filters;
