@@ -34,6 +34,10 @@ public:
     // Selects the entry with exactly this text; a text that matches none changes nothing.
     void setText(const std::string& text);
 
+    // The first entry after entry `after`, round from the top, whose first
+    // letter is this one in either case; `after` itself if none.
+    int nextStartingWith(char32_t letter, int after) const;
+
     // The order of a sorted list: letter case ignored, ties by exact text.
     static bool sortsBefore(const std::string& a, const std::string& b);
 

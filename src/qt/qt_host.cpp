@@ -110,6 +110,11 @@ void QtHost::syncFocus() {
     // A control that holds the focus while hidden shows it nowhere.
     if (!target || !target->isVisible() || !target->isEnabled()) target = w->client();
     const bool moved = f != shownFocus_;
+    // Controls that show whether they hold the focus (a list's current entry).
+    if (moved)
+        for (forms::Control* c : {shownFocus_, f})
+            if (FormWindow* cw = c ? windowOf(*c) : nullptr)
+                if (ControlBinding* b = cw->binding(*c)) mirror(*c, b->widget(), forms::Prop::Focus, twips_);
     shownFocus_ = f;
     if (moved && target->window() != QApplication::activeWindow()) target->window()->activateWindow();
     if (target->window()->focusWidget() != target || QApplication::focusWidget() != target) {

@@ -83,7 +83,7 @@ private:
     bool runtimePost_ = false; // a sync waits for the end of the runtime's event
     bool syncing_ = false;
     std::chrono::milliseconds paintAtOnceAfter_{100}; // what a user still takes as instant
-    const forms::Control* shownFocus_ = nullptr;
+    forms::Control* shownFocus_ = nullptr;
 };
 
 } // namespace qtface
