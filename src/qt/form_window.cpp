@@ -138,7 +138,9 @@ void FormWindow::detach() {
     if (form_.view() == this) form_.setView(nullptr);
     host_.dequeue(this);
     lastFocused_ = nullptr;
-    if (top_) top_->hide();
+    if (!top_) return;
+    host_.windowGoes(*this);
+    top_->hide();
 }
 
 void FormWindow::changed(forms::Control&, forms::Prop) {
@@ -200,8 +202,12 @@ void FormWindow::sync() {
         refreshFields();
         place();
         top_->show();
+        // A window the program shows takes the keyboard, as a new window on a
+        // desktop does (a bare X server gives it none).
+        top_->activateWindow();
         resized(); // the size it took on the screen goes to the form, as a resize does
     } else if (!form_.Visible() && top_->isVisible()) {
+        host_.windowGoes(*this);
         top_->hide();
     }
 }
