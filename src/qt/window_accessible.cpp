@@ -4,6 +4,7 @@
 #include <QAccessibleWidget>
 #include <QGroupBox>
 
+#include "qt/control_widgets.h"
 #include "qt/form_window.h"
 
 namespace qtface {
@@ -49,6 +50,9 @@ QAccessibleInterface* windowsAndContainers(const QString&, QObject* object) {
     if (w->objectName() == QLatin1String("client") && dynamic_cast<FormWidget*>(w->parentWidget()))
         return new ShownChildren(w, QAccessible::Client);
     if (qobject_cast<QGroupBox*>(w)) return new ShownChildren(w, QAccessible::Grouping);
+    // The drawn controls: a picture or a swatch is an image, a line a separator.
+    if (dynamic_cast<PictureWidget*>(w) || dynamic_cast<ShapeWidget*>(w)) return new QAccessibleWidget(w, QAccessible::Graphic);
+    if (dynamic_cast<LineWidget*>(w)) return new QAccessibleWidget(w, QAccessible::Separator);
     return nullptr;
 }
 

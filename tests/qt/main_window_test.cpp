@@ -16,6 +16,7 @@
 #include <map>
 
 #include "forms/grid.h"
+#include "pictures/frm_pic.h"
 #include "support/qt_harness.h"
 
 using qttest::pixels;
@@ -186,8 +187,9 @@ private slots:
     }
 
     // What a reader hears: the window a frame, names for the list and the
-    // totals (their text readable, their labels linked), no hidden box, and the
-    // list's entry focused once Tab from the editor has reached the list.
+    // totals (their text readable, their labels linked), no hidden box, the
+    // picture an image, and the list's entry focused only while Tab has put
+    // the focus on the list.
     void readersHearNamesAndOneFocus() {
         QtHarness h;
         QVERIFY(h.open(categories()));
@@ -198,9 +200,14 @@ private slots:
                  QString("Categories|Total value of items in category|$1,084.99"));
         QCOMPARE(ai(m.txtCost)->relations(QAccessible::Label).value(0).first->object(), h.widget(m.Label1));
         QCOMPARE(ai(m.fraCategory)->indexOfChild(ai(m.txtLoading)), -1);
+        QAccessibleInterface* picture = QAccessible::queryAccessibleInterface(h.host.window(m.Pic().form)->widgetOf(m.Pic().picItem));
+        QCOMPARE(std::make_pair(picture->role(), picture->text(QAccessible::Name)), std::make_pair(QAccessible::Graphic, QString("Item picture")));
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QtHarness::settle();
         QVERIFY(ai(m.lstCategory)->child(0)->state().focused);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); // on to the check box
+        QtHarness::settle();
+        QVERIFY(!ai(m.lstCategory)->child(0)->state().focused);
     }
 
     // Every command entry runs its command, by its shortcut (in the editor no
