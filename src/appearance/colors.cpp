@@ -1,6 +1,8 @@
 #include "appearance/colors.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdio>
 
 #include "forms/failure.h"
 #include "appearance/frm_properties.h"
@@ -35,8 +37,32 @@ void frmMain::LoadColors() {
         files.Close(1);
         Color c = ColorFromText(globals.ColorValue);
         ApplyColor(*this, cf.which, c);
-        Properties().swatch(cf.which).setBackColor(c);
+        Properties().paintSwatch(cf.which, c);
     }
+}
+
+std::string ColorName(Color c) {
+    if (forms::isSystemColor(c)) return c == forms::syscolor::Window ? "the system's window colour" : "a system colour";
+    const int r = c & 0xFF, g = (c >> 8) & 0xFF, b = (c >> 16) & 0xFF;
+    const int hi = std::max({r, g, b}), lo = std::min({r, g, b});
+    const double light = (hi + lo) / 510.0;
+    std::string name;
+    if (hi - lo < 24) {
+        name = light < 0.1 ? "black" : light > 0.9 ? "white" : light < 0.35 ? "dark grey" : light > 0.65 ? "light grey" : "grey";
+    } else {
+        const double d = hi - lo;
+        double hue = hi == r ? (g - b) / d : hi == g ? 2 + (b - r) / d : 4 + (r - g) / d;
+        hue = hue * 60 < 0 ? hue * 60 + 360 : hue * 60;
+        struct Hue { double below; const char* name; };
+        static const Hue kHues[] = {{15, "red"}, {45, "orange"}, {70, "yellow"}, {165, "green"}, {195, "cyan"},
+                                    {255, "blue"}, {290, "purple"}, {345, "pink"}, {361, "red"}};
+        name = std::find_if(std::begin(kHues), std::end(kHues), [&](const Hue& h) { return hue < h.below; })->name;
+        if (light < 0.3) name = "dark " + name;
+        else if (light > 0.75) name = "light " + name;
+    }
+    char hex[8];
+    std::snprintf(hex, sizeof hex, "#%02X%02X%02X", r, g, b);
+    return name + " (" + hex + ")";
 }
 
 const ColorFile& colorFile(ColorSetting which) {

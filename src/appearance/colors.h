@@ -26,6 +26,8 @@ inline constexpr ColorFile kColorFiles[] = {
 
 // The digits of a colour file as a colour; fails for anything but a whole number in 32 bits.
 forms::Color ColorFromText(const std::string& text);
+// What a person would call a colour ("dark green (#008000)"), for a reader.
+std::string ColorName(forms::Color c);
 // Puts one colour on the main window's controls it belongs to.
 void ApplyColor(frmMain& main, ColorSetting which, forms::Color c);
 // Stores the shared ColorValue in the colour's file under the given file

@@ -55,6 +55,7 @@ void frmProperties::declareLayout() {
     forms::declareButton(cmdColorReset, "&Reset Colors to Default", 3360, 2040, 2655, 495, 3, [this] { cmdColorReset_Click(); });
     forms::declareButton(cmdChange, "&OK", 120, 3000, 6015, 495, 0, [this] { cmdChange_Click(); });
     cmdChange.Default = true;
+    for (const ColorFile& cf : kColorFiles) paintSwatch(cf.which, swatch(cf.which).BackColor());
 }
 
 forms::Shape& frmProperties::swatch(ColorSetting which) {
@@ -68,6 +69,14 @@ forms::Shape& frmProperties::swatch(ColorSetting which) {
     return shpCatHead;
 }
 
+void frmProperties::paintSwatch(ColorSetting which, forms::Color c) {
+    forms::Shape& s = swatch(which);
+    s.setBackColor(c);
+    // In the order of ColorSetting.
+    const forms::Button* const buttons[] = {&cmdHColor, &cmdCatColor, &cmdSelected, &cmdCellText, &cmdListText};
+    s.setAccessibleName(buttons[static_cast<int>(which)]->Caption + ": " + ColorName(c));
+}
+
 void frmProperties::Form_Load() {
     storage::FileTable& files = main.files;
     files.Close(1); // a read of the start that failed may still hold it
@@ -76,7 +85,7 @@ void frmProperties::Form_Load() {
             files.OpenInput(1, main.platform.places.dataFolder + cf.file);
             main.globals.ColorValue = files.ReadField(1);
             files.Close(1);
-            swatch(cf.which).setBackColor(ColorFromText(main.globals.ColorValue));
+            paintSwatch(cf.which, ColorFromText(main.globals.ColorValue));
         }
     } catch (const Failure&) {
         files.Close(1);
@@ -92,7 +101,7 @@ void frmProperties::ChooseColor(ColorSetting which) {
     main.globals.ColorValue = std::to_string(*chosen & 0xFFFFFFu);
     forms::Color c = ColorFromText(main.globals.ColorValue);
     ApplyColor(main, which, c);
-    swatch(which).setBackColor(c);
+    paintSwatch(which, c);
     WriteColorFile(main, which, 2);
 }
 
@@ -105,7 +114,7 @@ void frmProperties::cmdColorReset_Click() {
     main.lstCategory.setBackColor(16777215);
     for (const ColorFile& cf : kColorFiles) {
         main.globals.ColorValue = std::to_string(cf.defaultColor);
-        swatch(cf.which).setBackColor(cf.defaultColor);
+        paintSwatch(cf.which, cf.defaultColor);
         WriteColorFile(main, cf.which, 3);
     }
 }

@@ -33,6 +33,8 @@ public:
     forms::Button cmdChange;
 
     forms::Shape& swatch(ColorSetting which);
+    // Shows a colour on its swatch, named for a reader by its setting and the colour.
+    void paintSwatch(ColorSetting which, forms::Color c);
 
     // The load step: paints the swatches from the colour files.
     void Form_Load();

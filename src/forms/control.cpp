@@ -53,6 +53,13 @@ void Control::setFontSize(double size) {
     if (size != font_.size) { font_.size = size; notify(Prop::Font); }
 }
 
+void Control::setAccessibleName(std::string_view name) {
+    if (name != accessibleName_) { accessibleName_ = name; notify(Prop::Other); }
+}
+void Control::setLabelledBy(Control* label) {
+    if (label != labelledBy_) { labelledBy_ = label; notify(Prop::Other); }
+}
+
 bool Control::takesFocus() const {
     switch (kind_) {
     case Kind::TextBox: case Kind::Button: case Kind::CheckBox: case Kind::ListBox: case Kind::Grid: case Kind::Browser:

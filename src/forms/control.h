@@ -86,6 +86,17 @@ public:
     void setTabIndex(int v) { tabIndex_ = v; }
     bool TabStop() const { return tabStop_; }
     void setTabStop(bool v) { tabStop_ = v; }
+    // A control that is no tab stop and, while it holds the focus, takes
+    // another's place in the tab order (the cell editor laid over the grid).
+    Control* StandsFor() const { return standsFor_; }
+    void setStandsFor(Control* c) { standsFor_ = c; }
+
+    // What assistive technology calls the control (empty: its caption or
+    // text), and the label shown for it on the screen.
+    const std::string& AccessibleName() const { return accessibleName_; }
+    void setAccessibleName(std::string_view name);
+    Control* LabelledBy() const { return labelledBy_; }
+    void setLabelledBy(Control* label);
 
     Color ForeColor() const { return foreColor_; }
     void setForeColor(Color c);
@@ -150,6 +161,9 @@ private:
     bool enabled_ = true;
     int tabIndex_ = 0;
     bool tabStop_ = true;
+    Control* standsFor_ = nullptr;
+    std::string accessibleName_;
+    Control* labelledBy_ = nullptr;
     Color foreColor_ = syscolor::WindowText;
     Color backColor_ = syscolor::Window;
     Font font_;

@@ -36,6 +36,7 @@ constexpr int Shift = 16;
 constexpr int Control = 17;
 constexpr int Alt = 18;
 constexpr int Escape = 27;
+constexpr int Space = 32;
 constexpr int PageUp = 33;
 constexpr int PageDown = 34;
 constexpr int End = 35;

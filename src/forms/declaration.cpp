@@ -11,6 +11,7 @@ void declareWindow(Form& form, const WindowLook& look, std::function<void()> onC
     form.ClientWidth = look.clientWidth;
     form.ClientHeight = look.clientHeight;
     form.CloseRequested = std::move(onClose);
+    form.Dialog = true;
 }
 
 void declareButton(Button& button, const std::string& caption, int left, int top, int width, int height, int tabIndex,

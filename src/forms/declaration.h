@@ -18,8 +18,8 @@ struct WindowLook {
     int clientWidth = 0, clientHeight = 0;
 };
 
-// Declares the window's look; a close by the window manager runs onClose, the
-// same as the window's own closing button.
+// Declares the window's look, a dialog; a close by the window manager (or Esc
+// with no Cancel button) runs onClose, the same as the window's own closing button.
 void declareWindow(Form& form, const WindowLook& look, std::function<void()> onClose);
 
 // A button at its place (twips) with its caption and tab index, running onClick.

@@ -33,6 +33,9 @@ public:
     BorderStyle Border = BorderStyle::Fixed;
     bool ControlBox = true; // close, minimise and maximise buttons in the title bar
     bool Centered = true;
+    // A small window beside the main one: assistive technology hears a dialog,
+    // and Esc closes it when no Cancel button does.
+    bool Dialog = false;
     Font font;
     std::string Icon;     // a picture file shown as the window's icon
 

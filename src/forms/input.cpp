@@ -34,31 +34,37 @@ void focus(Runtime& rt, Control& c) {
 }
 
 void tab(Runtime& rt, Form& form, bool backwards) {
+    Control* target = nullptr;
     rt.dispatch([&] {
         auto order = form.tabOrder();
         if (order.empty()) return;
         Control* from = rt.focused();
         const std::size_t n = order.size();
+        auto at = [&](const Control* c) { return std::find(order.begin(), order.end(), c); };
+        // The cell editor is the grid's: Tab goes on from the grid's place.
+        if (from && at(from) == order.end() && from->StandsFor()) from = from->StandsFor();
         std::size_t next = backwards ? n - 1 : 0;
-        bool inOrder = false;
-        for (std::size_t i = 0; i < n; ++i)
-            if (order[i] == from) {
-                next = backwards ? (i + n - 1) % n : (i + 1) % n;
-                inOrder = true;
-            }
-        // From a control that is no tab stop (the cell editor), go on from its
-        // place in the tab order.
-        if (!inOrder && from && &from->form() == &form) {
+        if (auto i = at(from); i != order.end()) {
+            const std::size_t k = static_cast<std::size_t>(i - order.begin());
+            next = backwards ? (k + n - 1) % n : (k + 1) % n;
+        } else if (from && &from->form() == &form) {
+            // From a control that is no tab stop, go on from its place in the tab order.
             if (backwards) {
-                for (std::size_t i = n; i-- > 0;)
-                    if (order[i]->TabIndex() < from->TabIndex()) { next = i; break; }
+                for (std::size_t k = n; k-- > 0;)
+                    if (order[k]->TabIndex() < from->TabIndex()) { next = k; break; }
             } else {
-                for (std::size_t i = 0; i < n; ++i)
-                    if (order[i]->TabIndex() > from->TabIndex()) { next = i; break; }
+                for (std::size_t k = 0; k < n; ++k)
+                    if (order[k]->TabIndex() > from->TabIndex()) { next = k; break; }
             }
         }
-        order[next]->TrySetFocus();
+        target = order[next];
+        target->TrySetFocus();
     });
+    // The user tabbed to this control: if its GotFocus passed the focus on (the
+    // list's walk ends in the cell editor), it comes back, but not from the
+    // control's own editor.
+    Control* now = rt.focused();
+    if (target && now != target && !(now && now->StandsFor() == target) && target->canFocus()) rt.returnFocus(target);
 }
 
 void toggleEntry(Runtime& rt, ListBox& list, int index) {
@@ -88,6 +94,41 @@ void selectEntry(Runtime& rt, ListBox& list, int index) {
 void doubleClickEntry(Runtime& rt, ListBox& list, int index) {
     selectEntry(rt, list, index);
     if (list.ListIndex() >= 0) rt.dispatch([&] { rt.raise(list.DblClick); });
+}
+
+void listKey(Runtime& rt, ListBox& list, int keyCode, char32_t ch, int page) {
+    const int n = list.ListCount(), i = list.ListIndex();
+    if (n == 0) return;
+    if (keyCode == key::Space && list.CheckBoxes) return toggleEntry(rt, list, std::max(i, 0));
+    page = std::max(1, page);
+    int target = i;
+    switch (keyCode) {
+    case key::Up: target = std::max(0, i - 1); break;
+    case key::Down: target = std::min(n - 1, i + 1); break;
+    case key::Home: target = 0; break;
+    case key::End: target = n - 1; break;
+    case key::PageUp: target = std::max(0, i - page); break;
+    case key::PageDown: target = std::min(n - 1, std::max(0, i) + page); break;
+    default:
+        if (ch >= 0x20) target = list.nextStartingWith(ch, i);
+        break;
+    }
+    if (target != i && target >= 0) selectEntry(rt, list, target);
+}
+
+bool cancelOrDefault(Runtime& rt, Form& form, bool enter) {
+    for (Control* c : form.controls()) {
+        if (c->kind() != Kind::Button || !c->canFocus()) continue;
+        auto* b = static_cast<Button*>(c);
+        if (enter ? b->Default : b->Cancel) {
+            rt.dispatch([&] { rt.raise(b->Click); });
+            return true;
+        }
+    }
+    // Esc leaves a small window as its own close does (a dialog without a Cancel button).
+    if (enter || !form.Dialog || !form.Visible()) return false;
+    closeWindow(rt, form);
+    return true;
 }
 
 void key(Runtime& rt, TextBox& box, int keyCode, int shift, char32_t ch) {

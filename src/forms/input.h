@@ -37,6 +37,14 @@ void selectEntry(Runtime& rt, ListBox& list, int index);
 void doubleClickEntry(Runtime& rt, ListBox& list, int index);
 // Space on, or a click in the tick box of, an entry of a list with check boxes.
 void toggleEntry(Runtime& rt, ListBox& list, int index);
+// A key while the list holds the focus: Up, Down, Home, End, PageUp and
+// PageDown (by page entries), or a character (the next entry that starts with
+// it), each selecting its entry as a click on it does, which runs the switch.
+void listKey(Runtime& rt, ListBox& list, int keyCode, char32_t ch, int page);
+// Enter or Esc that no control takes itself: the window's Default or Cancel
+// button is pressed; Esc in a dialog without one closes it as its title bar
+// would. False if the key does nothing.
+bool cancelOrDefault(Runtime& rt, Form& form, bool enter);
 // One key in a text box: KeyDown, then KeyPress if the key makes a character
 // (ch != 0), then the box's own edit, which runs Change. A box that can't hold
 // the focus (hidden, disabled) takes no keys.

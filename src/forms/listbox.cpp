@@ -121,6 +121,17 @@ void ListBox::setSelected(int i) {
     runtime().raise(Click);
 }
 
+int ListBox::nextStartingWith(char32_t letter, int after) const {
+    const int n = ListCount();
+    for (int k = 1; k <= n; ++k) {
+        const int j = (std::max(after, -1) + k) % n;
+        const std::string& s = items_[static_cast<std::size_t>(j)];
+        std::size_t at = 0;
+        if (!s.empty() && foldCase(next(s, at)) == foldCase(letter)) return j;
+    }
+    return after;
+}
+
 std::string ListBox::Text() const { return index_ < 0 ? std::string() : items_[static_cast<std::size_t>(index_)]; }
 
 void ListBox::setText(const std::string& text) {

@@ -39,6 +39,9 @@ public:
 
     bool Checked(int i) const;
     void setChecked(int i, bool on);
+    // The first entry after entry `after`, round from the top, whose first
+    // letter is this one in either case; `after` itself if none.
+    int nextStartingWith(char32_t letter, int after) const;
 
     // The order of a sorted list: letter case ignored, ties by exact text.
     static bool sortsBefore(const std::string& a, const std::string& b);

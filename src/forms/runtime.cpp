@@ -36,6 +36,12 @@ void Runtime::moveFocus(Control* control) {
     }
 }
 
+void Runtime::returnFocus(Control* control) {
+    if (control == focused_) return;
+    focused_ = control;
+    if (control) control->form().changed(*control, Prop::Focus);
+}
+
 void Runtime::forget(Control* control) {
     if (focused_ == control) focused_ = nullptr;
 }

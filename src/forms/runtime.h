@@ -43,6 +43,9 @@ public:
     Control* focused() const { return focused_; }
     // Moves the focus; the caller has checked that the control can take it.
     void moveFocus(Control* control);
+    // Gives the focus back to a control that the user moved it to and whose
+    // GotFocus passed it on, without a second GotFocus: that gain has run.
+    void returnFocus(Control* control);
     // Forgets a control that goes away (a form being unloaded).
     void forget(Control* control);
 

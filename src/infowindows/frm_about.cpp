@@ -18,6 +18,7 @@ void declareInfoWindow(frmMain& m, forms::Form& form, const char* caption, int w
     icon.move(120, 120, 780, 780);
     icon.setTabIndex(1);
     icon.setPicture(m.platform.pictures.applicationIcon());
+    icon.setAccessibleName("Quillmere icon");
     forms::declareButton(ok, "OK", okLeft, okTop, okWidth, 345, 0, std::move(unload));
     ok.Default = true;
     ok.Cancel = true;

@@ -206,6 +206,7 @@ void frmMain::declareLayout() {
     cmdRenameCat.Caption = "Rename Category";
     place(lstCategory, 1800, 240, 2535, 1425, 11, comic);
     lstCategory.Sorted = true;
+    lstCategory.setAccessibleName("Categories");
     place(txtLoading, 1800, 240, 2535, 1455, 21, comic);
     txtLoading.setText("Loading...");
     txtLoading.setVisible(false);
@@ -227,15 +228,20 @@ void frmMain::declareLayout() {
     place(T1, 1200, 960, 975, 285, 19, sans);
     T1.setVisible(false);
     T1.setTabStop(false);
+    T1.setStandsFor(&FG1);
     T1.setBackColor(0x0000C000);
     place(Label1, 120, 3600, 3495, 375, 17, comic12);
     Label1.setCaption("Total cost of items in category:");
     place(txtCost, 3720, 3600, 1575, 405, 18, comic12);
     txtCost.setEnabled(false);
+    txtCost.setAccessibleName("Total cost of items in category");
+    txtCost.setLabelledBy(&Label1);
     place(Label2, 5520, 3600, 3615, 375, 16, comic12);
     Label2.setCaption("Total value of items in category:");
     place(txtValue, 9120, 3600, 1575, 375, 15, comic12);
     txtValue.setEnabled(false);
+    txtValue.setAccessibleName("Total value of items in category");
+    txtValue.setLabelledBy(&Label2);
 
     struct B { forms::Button* b; const char* caption; int left; int tab; };
     for (const B& b : {B{&cmdAddAsset, "Add Item", 120, 3}, B{&cmdDeleteAsset, "Delete Item", 1560, 4},

@@ -31,6 +31,7 @@ frmPic::frmPic(frmMain& m)
     picItem.move(120, 120, 4365, 2475);
     picItem.setTabIndex(2);
     picItem.AutoSize = true;
+    picItem.setAccessibleName("Item picture");
     picItem.Change = [this] { picItem_Change(); };
     form.announce();
 }

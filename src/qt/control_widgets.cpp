@@ -19,6 +19,7 @@
 #include "qt/grid_view.h"
 #include "qt/qt_pictures.h"
 #include "qt/text_units.h"
+#include "qt/view_sync.h"
 
 namespace qtface {
 
@@ -105,7 +106,11 @@ void mirrorListSelection(forms::ListBox& list, QListWidget* w) {
         w->selectionModel()->clear();
         return;
     }
-    w->setCurrentRow(i, QItemSelectionModel::ClearAndSelect);
+    const QModelIndex at = w->model()->index(i, 0);
+    w->selectionModel()->select(at, QItemSelectionModel::ClearAndSelect);
+    // The current entry is what a reader hears as focused: only while the
+    // list holds the focus.
+    w->selectionModel()->setCurrentIndex(list.hasFocus() ? at : QModelIndex(), QItemSelectionModel::NoUpdate);
     w->scrollToItem(w->item(i));
 }
 
@@ -115,7 +120,17 @@ void sizeLabel(forms::Label& label, QLabel* w, const Twips& twips) {
     w->move(twips.controlRect(label).topLeft());
 }
 
+// The name a reader says, and the label on the screen that names the control.
+void mirrorAccessibility(forms::Control& c, QWidget* w) {
+    const QString name = qs(c.AccessibleName());
+    if (w->accessibleName() != name) w->setAccessibleName(name);
+    if (forms::Control* label = c.LabelledBy())
+        if (auto* b = dynamic_cast<ControlBinding*>(label->view()))
+            if (auto* l = qobject_cast<QLabel*>(b->widget()); l && l->buddy() != w) l->setBuddy(w);
+}
+
 void mirrorFields(forms::Control& c, QWidget* w, const Twips& twips) {
+    mirrorAccessibility(c, w);
     switch (c.kind()) {
     case Kind::Frame: {
         auto* g = static_cast<QGroupBox*>(w);
@@ -316,6 +331,7 @@ void mirror(forms::Control& c, QWidget* w, Prop what, const Twips& twips) {
         mirrorFields(c, w, twips);
         break;
     case Prop::Focus:
+        if (c.kind() == Kind::ListBox) mirrorListSelection(static_cast<forms::ListBox&>(c), static_cast<QListWidget*>(w));
         break;
     }
 }

@@ -16,6 +16,7 @@
 #include "qt/input_router.h"
 #include "qt/menu_face.h"
 #include "qt/view_sync.h"
+#include "qt/window_accessible.h"
 
 namespace qtface {
 
@@ -37,7 +38,8 @@ Qt::WindowFlags flagsFor(const forms::Form& f) {
 
 // ---- FormWidget -------------------------------------------------------------------
 
-FormWidget::FormWidget(FormWindow& owner, Qt::WindowFlags flags) : QWidget(nullptr, flags), owner_(&owner) {}
+FormWidget::FormWidget(FormWindow& owner, Qt::WindowFlags flags, bool dialog)
+    : QWidget(nullptr, flags), owner_(&owner), dialog_(dialog) {}
 
 void FormWidget::closeEvent(QCloseEvent* e) {
     // The form decides whether it goes; its window follows the model.
@@ -73,7 +75,8 @@ FormWindow::~FormWindow() {
 
 void FormWindow::build() {
     const Twips& twips = host_.twips();
-    top_ = new FormWidget(*this, flagsFor(form_));
+    installWindowAccessibility();
+    top_ = new FormWidget(*this, flagsFor(form_), form_.Dialog);
     top_->setObjectName(QString::fromStdString(form_.name()));
     top_->setWindowTitle(QString::fromStdString(form_.Caption));
     if (!form_.Icon.empty() && QFileInfo::exists(QString::fromStdString(form_.Icon)))
@@ -135,7 +138,9 @@ void FormWindow::detach() {
     if (form_.view() == this) form_.setView(nullptr);
     host_.dequeue(this);
     lastFocused_ = nullptr;
-    if (top_) top_->hide();
+    if (!top_) return;
+    host_.windowGoes(*this);
+    top_->hide();
 }
 
 void FormWindow::changed(forms::Control&, forms::Prop) {
@@ -197,8 +202,12 @@ void FormWindow::sync() {
         refreshFields();
         place();
         top_->show();
+        // A window the program shows takes the keyboard, as a new window on a
+        // desktop does (a bare X server gives it none).
+        top_->activateWindow();
         resized(); // the size it took on the screen goes to the form, as a resize does
     } else if (!form_.Visible() && top_->isVisible()) {
+        host_.windowGoes(*this);
         top_->hide();
     }
 }

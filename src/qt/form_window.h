@@ -19,7 +19,9 @@ class FormWindow;
 // (close, activation, resize) to its FormWindow and leaves Tab to the router.
 class FormWidget : public QWidget {
 public:
-    FormWidget(FormWindow& owner, Qt::WindowFlags flags);
+    FormWidget(FormWindow& owner, Qt::WindowFlags flags, bool dialog);
+    // A small window beside the main one, which assistive technology hears as a dialog.
+    bool isDialog() const { return dialog_; }
 
 protected:
     void closeEvent(QCloseEvent* e) override;
@@ -29,6 +31,7 @@ protected:
 
 private:
     QPointer<FormWindow> owner_;
+    bool dialog_;
 };
 
 // The real window of one announced form, built from its declaration: caption,

@@ -144,16 +144,9 @@ bool InputRouter::key(QKeyEvent& e) {
     if (!f->canFocus()) return true;
 
     const bool enter = e.key() == Qt::Key_Return || e.key() == Qt::Key_Enter;
-    if ((enter && f->kind() != Kind::Button) || e.key() == Qt::Key_Escape) {
-        for (forms::Control* c : form.controls()) {
-            if (c->kind() != Kind::Button || !c->canFocus()) continue;
-            auto* b = static_cast<forms::Button*>(c);
-            if (enter ? b->Default : b->Cancel) {
-                host_.dispatch([&] { host_.runtime().raise(b->Click); });
-                return true;
-            }
-        }
-    }
+    if (((enter && f->kind() != Kind::Button) || e.key() == Qt::Key_Escape) &&
+        forms::input::cancelOrDefault(host_.runtime(), form, enter))
+        return true;
 
     switch (f->kind()) {
     case Kind::TextBox:
@@ -180,39 +173,15 @@ void InputRouter::tab(bool forward) { forms::input::tab(host_.runtime(), window_
 
 bool InputRouter::listKey(forms::Control& c, QKeyEvent& e) {
     auto& list = static_cast<forms::ListBox&>(c);
-    const int n = list.ListCount();
-    if (n == 0) return true;
-    const int i = list.ListIndex();
+    // A page is as many entries as the list shows, less one.
     int page = 1;
     if (auto* w = qobject_cast<QListWidget*>(window_.widgetOf(c))) {
         int rowH = w->sizeHintForRow(0);
         if (rowH > 0) page = std::max(1, w->viewport()->height() / rowH - 1);
     }
-    int target = i;
-    switch (e.key()) {
-    case Qt::Key_Space:
-        if (list.CheckBoxes) forms::input::toggleEntry(host_.runtime(), list, std::max(i, 0));
-        return true;
-    case Qt::Key_Up: target = i <= 0 ? 0 : i - 1; break;
-    case Qt::Key_Down: target = std::min(n - 1, i + 1); break;
-    case Qt::Key_Home: target = 0; break;
-    case Qt::Key_End: target = n - 1; break;
-    case Qt::Key_PageUp: target = std::max(0, i - page); break;
-    case Qt::Key_PageDown: target = std::min(n - 1, std::max(0, i) + page); break;
-    default: {
-        // A letter goes to the next entry that starts with it.
-        const QString typed = e.text();
-        if (typed.isEmpty() || !typed.at(0).isPrint() || (e.modifiers() & (Qt::ControlModifier | Qt::AltModifier))) return true;
-        for (int k = 1; k <= n; ++k) {
-            int j = (std::max(i, -1) + k) % n;
-            if (QString::fromStdString(list.List(j)).startsWith(typed, Qt::CaseInsensitive)) {
-                target = j;
-                break;
-            }
-        }
-    }
-    }
-    if (target != i && target >= 0 && target < n) forms::input::selectEntry(host_.runtime(), list, target);
+    const KeyStroke k = keyStroke(e);
+    const bool typed = !(e.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && k.chars.size() == 1;
+    forms::input::listKey(host_.runtime(), list, k.keyCode, typed ? k.chars.front() : 0, page);
     return true;
 }
 

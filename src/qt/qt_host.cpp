@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QPointer>
 #include <algorithm>
 
 #include "forms/control.h"
@@ -21,6 +22,7 @@ const QEvent::Type kSyncEvent = static_cast<QEvent::Type>(QEvent::registerEventT
 QtHost::QtHost(forms::Runtime& runtime, Twips twips) : runtime_(runtime), twips_(twips) {}
 
 QtHost::~QtHost() {
+    activated_.clear();
     for (auto& [form, w] : windows_) {
         w->detach();
         delete w;
@@ -41,6 +43,7 @@ void QtHost::formDestroyed(forms::Form& form) {
     windows_.erase(it);
     if (shownFocus_ && &shownFocus_->form() == &form) shownFocus_ = nullptr;
     w->detach();
+    activated_.erase(std::remove(activated_.begin(), activated_.end(), w), activated_.end());
     // The form may be going from inside one of its own widgets' events.
     w->deleteLater();
 }
@@ -110,6 +113,11 @@ void QtHost::syncFocus() {
     // A control that holds the focus while hidden shows it nowhere.
     if (!target || !target->isVisible() || !target->isEnabled()) target = w->client();
     const bool moved = f != shownFocus_;
+    // Controls that show whether they hold the focus (a list's current entry).
+    if (moved)
+        for (forms::Control* c : {shownFocus_, f})
+            if (FormWindow* cw = c ? windowOf(*c) : nullptr)
+                if (ControlBinding* b = cw->binding(*c)) mirror(*c, b->widget(), forms::Prop::Focus, twips_);
     shownFocus_ = f;
     if (moved && target->window() != QApplication::activeWindow()) target->window()->activateWindow();
     if (target->window()->focusWidget() != target || QApplication::focusWidget() != target) {
@@ -121,6 +129,8 @@ void QtHost::syncFocus() {
 }
 
 void QtHost::windowActivated(FormWindow& w) {
+    activated_.erase(std::remove(activated_.begin(), activated_.end(), &w), activated_.end());
+    activated_.push_back(&w);
     if (runtime_.depth() > 0 || syncing_) return;
     forms::Control* f = runtime_.focused();
     if (f && &f->form() == &w.form()) return;
@@ -130,6 +140,21 @@ void QtHost::windowActivated(FormWindow& w) {
         target = order.empty() ? nullptr : order.front();
     }
     if (target) forms::input::focus(runtime_, *target);
+}
+
+void QtHost::windowGoes(FormWindow& w) {
+    QWidget* top = w.window();
+    if (!top || !top->isActiveWindow()) return;
+    for (auto it = activated_.rbegin(); it != activated_.rend(); ++it)
+        if (*it != &w && (*it)->isShown()) {
+            (*it)->window()->activateWindow();
+            // Its form takes the focus back once the event and the sync that
+            // closed the other have ended, before the next key is read.
+            QMetaObject::invokeMethod(this, [this, next = QPointer<FormWindow>(*it)] {
+                if (next && !next->detached()) windowActivated(*next);
+            }, Qt::QueuedConnection);
+            return;
+        }
 }
 
 } // namespace qtface

@@ -68,6 +68,9 @@ public:
 
     // The user brought a window to the front: its form takes the focus back.
     void windowActivated(FormWindow& w);
+    // A window that goes while it has the keyboard hands it to the window the
+    // user was in before, as a window manager does (a bare X server leaves it nowhere).
+    void windowGoes(FormWindow& w);
 
 protected:
     void customEvent(QEvent* e) override;
@@ -83,7 +86,8 @@ private:
     bool runtimePost_ = false; // a sync waits for the end of the runtime's event
     bool syncing_ = false;
     std::chrono::milliseconds paintAtOnceAfter_{100}; // what a user still takes as instant
-    const forms::Control* shownFocus_ = nullptr;
+    forms::Control* shownFocus_ = nullptr;
+    std::vector<FormWindow*> activated_; // in the order the user last brought them to the front
 };
 
 } // namespace qtface

@@ -2,6 +2,7 @@
 // touches, the window it leaves, and the heading's font size.
 #include <gtest/gtest.h>
 
+#include "forms/input.h"
 #include "pictures/frm_pic.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
@@ -206,5 +207,41 @@ TEST(CategoryHeading, FontSizeFollowsTheLengthInCharacters) {
         EXPECT_EQ(m.lblCategory.font().size, size) << "caption \"" << caption << "\"";
     }
 }
+
+// ---- the keyboard alone ----------------------------------------------------------------------------------
+
+// Keys from the check box with Apple open: Tab and Shift+Tab go round the
+// whole order by tab index (the editor in the grid's place; the list reached,
+// and kept after the walk its gain runs); a key in the list selects as a click
+// does: the whole switch, and the focus where a click leaves it.
+struct KeysCase { std::vector<std::pair<int, char32_t>> keys; std::vector<std::string> focus; std::string open; };
+class Keys : public ::testing::TestWithParam<KeysCase> {};
+
+TEST_P(Keys, MoveTheFocusAndSwitchAsTheTableSays) {
+    Harness h;
+    h.writeCategories({{"Apple", {{"A1"}}}, {"Bare", {}}, {"cherry", {{"C1"}}}, {"Date", {{"D1"}}}});
+    auto& m = h.startAndClick(0);
+    h.focus(m.chkPic);
+    std::vector<std::string> focus;
+    for (auto [k, ch] : GetParam().keys) {
+        if (std::abs(k) == forms::key::Tab) forms::input::tab(h.runtime, m.form, k < 0);
+        else forms::input::listKey(h.runtime, m.lstCategory, k, ch, 2);
+        focus.push_back(h.runtime.focused()->name());
+    }
+    EXPECT_EQ(std::make_tuple(focus, m.CurrentCategory.value_or("-"), m.lblCategory.Caption(), m.txtLoading.Visible()),
+              std::make_tuple(GetParam().focus, GetParam().open, GetParam().open, false));
+}
+
+using namespace forms::key;
+const std::pair<int, char32_t> kTab{Tab, 0}, kBack{-Tab, 0};
+INSTANTIATE_TEST_SUITE_P(
+    Keyboard, Keys,
+    ::testing::Values(KeysCase{std::vector(13, kTab), {"cmdAddCategory", "cmdDeleteCategory", "cmdRenameCat", "cmdAddAsset", "cmdDeleteAsset",
+                               "cmdRenameItem", "cmdSave", "cmdLoad", "cmdPrint", "cmdExit", "T1", "lstCategory", "chkPic"}, "Apple"},
+                      KeysCase{std::vector(13, kBack), {"lstCategory", "T1", "cmdExit", "cmdPrint", "cmdLoad", "cmdSave", "cmdRenameItem",
+                               "cmdDeleteAsset", "cmdAddAsset", "cmdRenameCat", "cmdDeleteCategory", "cmdAddCategory", "chkPic"}, "Apple"},
+                      KeysCase{{kBack, {Down, 0}}, {"lstCategory", "cmdAddAsset"}, "Bare"}, KeysCase{{kBack, {End, 0}}, {"lstCategory", "T1"}, "Date"},
+                      KeysCase{{kBack, {PageDown, 0}}, {"lstCategory", "T1"}, "cherry"}, KeysCase{{kBack, {0, U'C'}}, {"lstCategory", "T1"}, "cherry"},
+                      KeysCase{{kBack, {Up, 0}, {0, U'z'}}, {"lstCategory", "lstCategory", "lstCategory"}, "Apple"}));
 
 } // namespace

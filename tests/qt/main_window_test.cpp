@@ -2,6 +2,7 @@
 // controls stand, its menu, border and fonts; the widgets following a click on
 // a category, one of 32767 rows among them; and the keys that reach the menu
 // from every widget. What the commands then do is the core tests' business.
+#include <QAccessible>
 #include <QClipboard>
 #include <QFontDatabase>
 #include <QLabel>
@@ -15,6 +16,7 @@
 #include <map>
 
 #include "forms/grid.h"
+#include "pictures/frm_pic.h"
 #include "support/qt_harness.h"
 
 using qttest::pixels;
@@ -151,7 +153,7 @@ private slots:
         QtHarness h;
         QVERIFY(h.open({{"Garage", qttest::kGarage}, {"Kitchen", {}}, {"Zoo", qmtest::numberedItems(forms::Grid::kMaxRows - 1)}}));
         auto& m = h.m();
-        QCOMPARE(h.list()->currentRow(), 0);
+        QCOMPARE(h.list()->currentRow(), -1); // no current entry while the editor has the focus
         QVERIFY(h.list()->item(0)->isSelected());
         QVERIFY(h.grid()->isVisible());
         QCOMPARE(h.grid()->model()->index(2, 0).data().toString(), QString("Saw"));
@@ -183,6 +185,30 @@ private slots:
         QCOMPARE(bar->value(), bar->maximum());
         QCOMPARE(h.widgetAs<QLineEdit>(m.T1)->text(), QString("SN32766"));
         QVERIFY(!h.topWidget()->grab().isNull()); // it paints (its cost: bench/qt/qt_switch_bench)
+    }
+
+    // What a reader hears: the window a frame, names for the list and the
+    // totals (their text readable, their labels linked), no hidden box, the
+    // picture an image, and the list's entry focused only while Tab has put
+    // the focus on the list.
+    void readersHearNamesAndOneFocus() {
+        QtHarness h;
+        QVERIFY(h.open(categories()));
+        auto& m = h.m();
+        auto ai = [&](const forms::Control& c) { return QAccessible::queryAccessibleInterface(h.widget(c)); };
+        QCOMPARE(QAccessible::queryAccessibleInterface(h.topWidget())->role(), QAccessible::Window);
+        QCOMPARE(ai(m.lstCategory)->text(QAccessible::Name) + "|" + ai(m.txtValue)->text(QAccessible::Name) + "|" + ai(m.txtValue)->text(QAccessible::Value),
+                 QString("Categories|Total value of items in category|$1,084.99"));
+        QCOMPARE(ai(m.txtCost)->relations(QAccessible::Label).value(0).first->object(), h.widget(m.Label1));
+        QCOMPARE(ai(m.fraCategory)->indexOfChild(ai(m.txtLoading)), -1);
+        QAccessibleInterface* picture = QAccessible::queryAccessibleInterface(h.host.window(m.Pic().form)->widgetOf(m.Pic().picItem));
+        QCOMPARE(std::make_pair(picture->role(), picture->text(QAccessible::Name)), std::make_pair(QAccessible::Graphic, QString("Item picture")));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QtHarness::settle();
+        QVERIFY(ai(m.lstCategory)->child(0)->state().focused);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); // on to the check box
+        QtHarness::settle();
+        QVERIFY(!ai(m.lstCategory)->child(0)->state().focused);
     }
 
     // Every command entry runs its command, by its shortcut (in the editor no

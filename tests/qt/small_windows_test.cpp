@@ -2,6 +2,7 @@
 // picture window from its check box, the import's preview once a file is chosen) as a window of its own with its caption,
 // goes away by its button and by the window manager's close, and leaves the
 // main window as usable as before.
+#include <QAccessible>
 #include <QCheckBox>
 #include <QLabel>
 #include <QTemporaryDir>
@@ -88,7 +89,10 @@ private slots:
             QTest::mouseClick(h.host.window(p.form)->widgetOf(*button), Qt::LeftButton);
             QtHarness::settle();
             QWidget* w = h.host.window(p.form)->widgetOf(*swatch);
-            QCOMPARE(w->grab().toImage().pixelColor(w->rect().center()), QColor(0x56 + 0x10 * n, 0x34, 0x12));
+            const QColor shown(0x56 + 0x10 * n, 0x34, 0x12);
+            QCOMPARE(w->grab().toImage().pixelColor(w->rect().center()), shown);
+            // Named for a reader by its setting and the colour it shows.
+            QVERIFY(w->accessibleName().startsWith(QString::fromStdString(button->Caption + ": ")) && w->accessibleName().endsWith(shown.name().toUpper().mid(1) + ")"));
         }
     }
 
@@ -104,11 +108,13 @@ private slots:
         QVERIFY(h.start());
         auto& m = h.m();
         for (const SmallWindow& w : kWindows) {
-            for (bool byWindowManager : {false, true}) {
+            // Closed by its button, by the window manager, by Esc.
+            for (int way : {0, 1, 2}) {
                 open(h, w);
                 QPointer<QWidget> top = shownWindow(h, w);
                 QVERIFY2(top, w.name);
                 QCOMPARE(top->windowTitle(), QString(w.caption));
+                QCOMPARE(QAccessible::queryAccessibleInterface(top)->role(), QAccessible::Dialog);
                 QVERIFY(h.topWidget()->isVisible());
                 if (auto* browser = top->findChild<QTextBrowser*>())
                     QVERIFY(browser->toPlainText().contains("Where your data lives"));
@@ -121,7 +127,8 @@ private slots:
                     QCOMPARE(drawn.pixelColor(24, 24), expected.pixelColor(24, 24)); // an opaque pixel of it
                 }
 
-                if (byWindowManager) top->close();
+                if (way == 2) QTest::keyClick(top, Qt::Key_Escape);
+                else if (way == 1) top->close();
                 else QTest::mouseClick(h.host.window(*w.form(m))->widgetOf(*w.form(m)->find(w.closeButton)), Qt::LeftButton);
                 QtHarness::settle();
                 QVERIFY2(!top || !top->isVisible(), w.name);
