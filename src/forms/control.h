@@ -33,7 +33,7 @@ struct Font {
 enum class Kind { Form, Frame, Label, TextBox, Button, CheckBox, ListBox, Grid, Shape, Line, PictureBox, Browser };
 
 // What changed on a control, so that a view can bring itself up to date.
-enum class Prop { Geometry, Visible, Enabled, Text, Colors, Font, Selection, Items, Picture, Focus, Other };
+enum class Prop { Geometry, Visible, Enabled, Text, Colors, Font, Selection, Items, Picture, Name, Focus, Other };
 
 class Control;
 
@@ -113,6 +113,12 @@ public:
     bool TrySetFocus() { return hasFocus() || takeFocus(); }
     bool hasFocus() const { return runtime_.focused() == this; }
 
+    // What a screen reader says for the control where its caption or text
+    // doesn't say it (a text box laid over a grid cell: the cell's item and
+    // column). Empty: the face's own naming.
+    const std::string& AccessibleName() const { return accessibleName_; }
+    void setAccessibleName(std::string_view name);
+
     std::function<void()> GotFocus;
 
     void setView(ControlView* view) { view_ = view; }
@@ -155,6 +161,7 @@ private:
     Font font_;
     mutable std::string tag_;
     mutable bool tagLazy_ = false;
+    std::string accessibleName_;
     ControlView* view_ = nullptr;
 };
 

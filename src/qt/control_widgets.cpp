@@ -16,6 +16,7 @@
 #include "forms/grid.h"
 #include "forms/listbox.h"
 #include "qt/colors_fonts.h"
+#include "qt/grid_accessible.h"
 #include "qt/grid_view.h"
 #include "qt/qt_pictures.h"
 #include "qt/text_units.h"
@@ -299,6 +300,9 @@ void mirror(forms::Control& c, QWidget* w, Prop what, const Twips& twips) {
         break;
     case Prop::Other:
         mirrorFields(c, w, twips);
+        break;
+    case Prop::Name:
+        mirrorAccessibleName(c, w);
         break;
     case Prop::Focus:
         break;
