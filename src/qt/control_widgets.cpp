@@ -1,5 +1,6 @@
 #include "qt/control_widgets.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QGroupBox>
@@ -16,7 +17,6 @@
 #include "forms/grid.h"
 #include "forms/listbox.h"
 #include "qt/colors_fonts.h"
-#include "qt/grid_accessible.h"
 #include "qt/grid_view.h"
 #include "qt/qt_pictures.h"
 #include "qt/text_units.h"
@@ -69,6 +69,19 @@ void mirrorTextBox(forms::TextBox& box, QLineEdit* edit) {
     const int end = utf16Offset(text, box.SelStart() + box.SelLength());
     if (end > start) edit->setSelection(start, end - start);
     else edit->setCursorPosition(start);
+}
+
+// The name the control asks for. A widget that holds the focus is announced
+// again, so that a reader says where the focus stands now (the cell editor
+// moved to another cell without losing the focus).
+void mirrorAccessibleName(const forms::Control& control, QWidget* widget) {
+    const QString name = QString::fromStdString(control.AccessibleName());
+    if (widget->accessibleName() == name) return;
+    widget->setAccessibleName(name); // tells readers: NameChanged
+    if (QAccessible::isActive() && widget->hasFocus()) {
+        QAccessibleEvent focus(widget, QAccessible::Focus);
+        QAccessible::updateAccessibility(&focus);
+    }
 }
 
 void mirrorListItems(forms::ListBox& list, QListWidget* w) {

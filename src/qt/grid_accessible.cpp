@@ -254,16 +254,6 @@ void installGridAccessibility() {
     (void)installed;
 }
 
-void mirrorAccessibleName(const forms::Control& control, QWidget* widget) {
-    const QString name = QString::fromStdString(control.AccessibleName());
-    if (widget->accessibleName() == name) return;
-    widget->setAccessibleName(name); // tells readers: NameChanged
-    if (QAccessible::isActive() && widget->hasFocus()) {
-        QAccessibleEvent focus(widget, QAccessible::Focus);
-        QAccessible::updateAccessibility(&focus);
-    }
-}
-
 void gridCurrentMoved(GridView* view) {
     if (!QAccessible::isActive()) return;
     if (auto* table = dynamic_cast<GridAccessible*>(QAccessible::queryAccessibleInterface(view))) table->currentMoved();

@@ -2,10 +2,6 @@
 #include <QAccessibleWidget>
 #include <QHash>
 
-namespace forms {
-class Control;
-}
-
 namespace qtface {
 
 class GridView;
@@ -70,10 +66,5 @@ void installGridAccessibility();
 
 // Called by the view when its layout or current cell moved.
 void gridCurrentMoved(GridView* view);
-
-// Gives a widget the name its control asks for. A widget that holds the focus
-// is announced again, so that a reader says where the focus now stands (the
-// cell editor moved to another cell without losing the focus).
-void mirrorAccessibleName(const forms::Control& control, QWidget* widget);
 
 } // namespace qtface
