@@ -238,8 +238,6 @@ void GridAccessible::currentMoved() {
     if (g.Row() == toldRow_ && g.Col() == toldCol_) return;
     toldRow_ = g.Row();
     toldCol_ = g.Col();
-    QAccessibleEvent selection(view(), QAccessible::SelectionWithin);
-    QAccessible::updateAccessibility(&selection);
     // The grid itself holds the focus only while the editor is closed; then the
     // current cell is what has it. (With the editor open, the editor's name says it.)
     if (view()->hasFocus()) {

@@ -200,6 +200,7 @@ private slots:
         QAccessibleInterface* saw = table->cellAt(1, 0);
         QCOMPARE(saw->text(QAccessible::Name), QString("Saw"));
         QCOMPARE(saw->tableCellInterface()->columnHeaderCells().value(0)->role(), QAccessible::ColumnHeader);
+        QVERIFY(table->cellAt(0, 1)->role() == QAccessible::Cell && table->cellAt(0, 1)->state().focusable);
         QCOMPARE(grid->childAt(saw->rect().center().x(), saw->rect().center().y()), saw);
         QCOMPARE(grid->child(grid->indexOfChild(saw)), saw);
         QCOMPARE(table->selectedCells(), QList{table->cellAt(m.FG1.Row() - 1, m.FG1.Col())});

@@ -191,6 +191,20 @@ def editor_checks(win):
     return ed
 
 
+def typing_checks(table):
+    # The editor stands on Jack's cost: what is typed is what the cell reads,
+    # and a reader holding the cell hears of the change.
+    cost = table.queryTable().getAccessibleAt(0, 1)
+    before = cost.name
+    del events[:]
+    key("5")
+    pump()
+    check("typing:cell", cost.name == before + "5", f"the cell reads \"{cost.name}\" after typing 5 into \"{before}\"")
+    check("typing:told", ("object:property-change:accessible-name", before + "5", "table cell") in events,
+          "a name change for the cell")
+    key("BackSpace")
+
+
 def totals_checks(win):
     texts = [a.name for a in walk(win) if role(a) == "text"]
     for want in TOTALS:
@@ -242,6 +256,8 @@ def main():
     pump()
     table = grid_checks(win)
     editor_checks(win)
+    if table is not None:
+        typing_checks(table)
     totals_checks(win)
     tab_round_checks(win)
     if table is not None:

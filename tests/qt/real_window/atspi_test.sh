@@ -3,8 +3,9 @@
 # with a session bus and the AT-SPI bus, read through AT-SPI (python3-pyatspi,
 # what Orca reads) and driven by real keys: the grid as a table with its
 # headings and cells, a point on a cell finding that cell, the cell editor's
-# name as it moves, the totals' names, the focus round of Tab, the switch by
-# Down in the list (atspi_read.py holds the checks).
+# name as it moves, a typed change read from its cell, the totals' names, the
+# focus round of Tab, the switch by Down in the list (atspi_read.py holds the
+# checks).
 #   atspi_test.sh PROGRAM            the checks
 #   atspi_test.sh PROGRAM --tree     prints the main window's tree instead
 source "$(dirname "$0")/window_lib.sh" "$@"
