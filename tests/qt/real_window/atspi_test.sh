@@ -23,8 +23,9 @@ done
 # the rest is cleared away.
 eval "$(dbus-launch --sh-syntax)" || { echo "SKIP: the session bus did not start"; exit 77; }
 buses() {
-    [[ -n "${bus_launcher:-}" ]] && kill "$bus_launcher" 2>/dev/null
-    kill "$DBUS_SESSION_BUS_PID" 2>/dev/null
+    # Either may have gone already (the launcher ends with the session bus).
+    [[ -z "${bus_launcher:-}" ]] || kill "$bus_launcher" 2>/dev/null || true
+    kill "$DBUS_SESSION_BUS_PID" 2>/dev/null || true
     cleanup
 }
 trap buses EXIT
