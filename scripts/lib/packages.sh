@@ -10,6 +10,7 @@ QM_PACKAGES=(
     clang libclang-rt-14-dev                     # fuzz targets and sanitizers
     fonts-comic-neue fonts-dejavu-core           # the window's fonts ("Comic Sans MS" maps to Comic Neue)
     xvfb xauth xdotool imagemagick               # a virtual display and screenshots
+    dbus-x11 at-spi2-core python3-pyatspi        # reading the window as a screen reader does (AT-SPI)
     desktop-file-utils                           # checking and registering the desktop entry
     poppler-utils                                # reading printed PDFs in tests
     dpkg-dev                                     # the Debian package (dpkg-shlibdeps, dpkg-buildflags)

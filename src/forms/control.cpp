@@ -46,6 +46,12 @@ void Control::changeEnabled(bool v) {
     enabled_ = v;
     notify(Prop::Enabled);
 }
+void Control::setAccessibleName(std::string_view name) {
+    if (name == accessibleName_) return;
+    accessibleName_.assign(name);
+    notify(Prop::Name);
+}
+
 void Control::setForeColor(Color c) { if (c != foreColor_) { foreColor_ = c; notify(Prop::Colors); } }
 void Control::setBackColor(Color c) { if (c != backColor_) { backColor_ = c; notify(Prop::Colors); } }
 void Control::setFont(const Font& f) { if (!(f == font_)) { font_ = f; notify(Prop::Font); } }
@@ -53,9 +59,6 @@ void Control::setFontSize(double size) {
     if (size != font_.size) { font_.size = size; notify(Prop::Font); }
 }
 
-void Control::setAccessibleName(std::string_view name) {
-    if (name != accessibleName_) { accessibleName_ = name; notify(Prop::Other); }
-}
 void Control::setLabelledBy(Control* label) {
     if (label != labelledBy_) { labelledBy_ = label; notify(Prop::Other); }
 }

@@ -33,7 +33,7 @@ struct Font {
 enum class Kind { Form, Frame, Label, TextBox, Button, CheckBox, ListBox, Grid, Shape, Line, PictureBox, Browser };
 
 // What changed on a control, so that a view can bring itself up to date.
-enum class Prop { Geometry, Visible, Enabled, Text, Colors, Font, Selection, Items, Picture, Focus, Other };
+enum class Prop { Geometry, Visible, Enabled, Text, Colors, Font, Selection, Items, Picture, Name, Focus, Other };
 
 class Control;
 
@@ -91,8 +91,10 @@ public:
     Control* StandsFor() const { return standsFor_; }
     void setStandsFor(Control* c) { standsFor_ = c; }
 
-    // What assistive technology calls the control (empty: its caption or
-    // text), and the label shown for it on the screen.
+    // What assistive technology calls the control where its caption or text
+    // doesn't say it (the totals, a text box laid over a grid cell: the cell's
+    // item and column; empty: its caption or text), and the label shown for it
+    // on the screen.
     const std::string& AccessibleName() const { return accessibleName_; }
     void setAccessibleName(std::string_view name);
     Control* LabelledBy() const { return labelledBy_; }

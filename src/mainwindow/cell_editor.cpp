@@ -76,6 +76,9 @@ void frmMain::BeginCellEdit() {
         T1.setLeft(FG1.Left() + FG1.CellLeft());
         T1.setWidth(FG1.CellWidth());
         T1.setHeight(FG1.CellHeight());
+        // A screen reader names the editor by the item and the column it edits.
+        std::string name(FG1.TextMatrix(FG1.Row(), 0));
+        T1.setAccessibleName(name.append(", ").append(FG1.TextMatrix(0, FG1.Col())));
         T1.setText(FG1.Text());
         T1.setSelStart(T1.length());
         T1.SetFocus();

@@ -1,5 +1,6 @@
 #include "qt/control_widgets.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QGroupBox>
@@ -84,6 +85,19 @@ void mirrorListChecks(forms::ListBox& list, QListWidget* w) {
     }
 }
 
+// The name the control asks for. A widget that holds the focus is announced
+// again, so that a reader says where the focus stands now (the cell editor
+// moved to another cell without losing the focus).
+void mirrorAccessibleName(const forms::Control& control, QWidget* widget) {
+    const QString name = QString::fromStdString(control.AccessibleName());
+    if (widget->accessibleName() == name) return;
+    widget->setAccessibleName(name); // tells readers: NameChanged
+    if (QAccessible::isActive() && widget->hasFocus()) {
+        QAccessibleEvent focus(widget, QAccessible::Focus);
+        QAccessible::updateAccessibility(&focus);
+    }
+}
+
 void mirrorListItems(forms::ListBox& list, QListWidget* w) {
     const auto& items = list.items();
     bool same = w->count() == static_cast<int>(items.size());
@@ -120,10 +134,8 @@ void sizeLabel(forms::Label& label, QLabel* w, const Twips& twips) {
     w->move(twips.controlRect(label).topLeft());
 }
 
-// The name a reader says, and the label on the screen that names the control.
+// The label on the screen that names the control.
 void mirrorAccessibility(forms::Control& c, QWidget* w) {
-    const QString name = qs(c.AccessibleName());
-    if (w->accessibleName() != name) w->setAccessibleName(name);
     if (forms::Control* label = c.LabelledBy())
         if (auto* b = dynamic_cast<ControlBinding*>(label->view()))
             if (auto* l = qobject_cast<QLabel*>(b->widget()); l && l->buddy() != w) l->setBuddy(w);
@@ -329,6 +341,9 @@ void mirror(forms::Control& c, QWidget* w, Prop what, const Twips& twips) {
         break;
     case Prop::Other:
         mirrorFields(c, w, twips);
+        break;
+    case Prop::Name:
+        mirrorAccessibleName(c, w);
         break;
     case Prop::Focus:
         if (c.kind() == Kind::ListBox) mirrorListSelection(static_cast<forms::ListBox&>(c), static_cast<QListWidget*>(w));

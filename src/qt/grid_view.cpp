@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "qt/colors_fonts.h"
+#include "qt/grid_accessible.h"
 
 namespace qtface {
 
@@ -25,6 +26,7 @@ GridView::GridView(QtHost& host, Grid& grid, QWidget* parent)
     setAutoScroll(false);
     setModel(model_);
     connect(model_, &GridTableModel::layoutMoved, this, &GridView::layoutMoved);
+    installGridAccessibility();
 }
 
 void GridView::setOriginTwips(QPoint origin) {
@@ -213,6 +215,7 @@ void GridView::scrollContentsBy(int, int) {
 void GridView::layoutMoved() {
     syncScrollBars();
     viewport()->update();
+    gridCurrentMoved(this);
 }
 
 // The area that shows cells, in twips, as the grid needs it to bring a cell into view.

@@ -68,7 +68,7 @@ void ControlBinding::apply(unsigned props) {
     const Twips& twips = host_.twips();
     // Fonts and texts before the geometry: a label that sizes itself needs both.
     for (Prop p : {Prop::Font, Prop::Colors, Prop::Items, Prop::Text, Prop::Selection, Prop::Picture, Prop::Enabled,
-                   Prop::Geometry, Prop::Visible, Prop::Other})
+                   Prop::Geometry, Prop::Visible, Prop::Name, Prop::Other})
         if (props & propBit(p)) mirror(control_, widget_, p, twips);
     if ((props & propBit(Prop::Geometry)) && control_.kind() == forms::Kind::Frame) window_.containerMoved(control_);
 }

@@ -211,6 +211,31 @@ private slots:
         QVERIFY(!ai(m.lstCategory)->child(0)->state().focused);
     }
 
+    // To a screen reader the grid is a table of the item rows under their
+    // headings, a point on a cell finds that cell, the current cell is the
+    // selection, and the editor is named by the item and column it stands on.
+    void readersSeeTheGridAsATable() {
+        QtHarness h;
+        QVERIFY(h.open(categories()));
+        auto& m = h.m();
+        QAccessibleInterface* grid = QAccessible::queryAccessibleInterface(h.grid());
+        QAccessibleTableInterface* table = grid->tableInterface();
+        QVERIFY(table && grid->role() == QAccessible::Table);
+        QCOMPARE((std::pair{table->rowCount(), table->columnCount()}), (std::pair{3, 7}));
+        QCOMPARE(table->columnDescription(6), QString("Serial Number / Description"));
+        QAccessibleInterface* saw = table->cellAt(1, 0);
+        QCOMPARE(saw->text(QAccessible::Name), QString("Saw"));
+        QCOMPARE(saw->tableCellInterface()->columnHeaderCells().value(0)->role(), QAccessible::ColumnHeader);
+        QVERIFY(table->cellAt(0, 1)->role() == QAccessible::Cell && table->cellAt(0, 1)->state().focusable);
+        QCOMPARE(grid->childAt(saw->rect().center().x(), saw->rect().center().y()), saw);
+        QCOMPARE(grid->child(grid->indexOfChild(saw)), saw);
+        QCOMPARE(table->selectedCells(), QList{table->cellAt(m.FG1.Row() - 1, m.FG1.Col())});
+        QCOMPARE(h.widget(m.T1)->accessibleName(), QString("Lathe, Serial Number / Description"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Up);
+        QtHarness::settle();
+        QCOMPARE(h.widget(m.T1)->accessibleName(), QString("Saw, Serial Number / Description"));
+    }
+
     // Every command entry runs its command, by its shortcut (in the editor no
     // select-all, copy or cut) or, without one, by a click.
     void menuEntriesRunTheirCommands_data() {
