@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
+#include <utility>
 
 #include "find/text_fold.h"
 #include "find/warranty_dates.h"
@@ -90,6 +92,14 @@ void frmFind::declareLayout() {
     cmdGo.Default = true;
     forms::declareButton(cmdClose, "&Close", 5625, 6240, 1455, 495, 10, [this] { cmdClose_Click(); });
     cmdClose.Cancel = true;
+    // What a screen reader says for each box and list, and the label beside it.
+    const std::pair<forms::Control*, forms::Label*> named[] = {{&txtFind, &lblFind}, {&lstResults, nullptr}, {&lstWarrantyChoice, &lblWarranty},
+                                                               {&txtDays, &lblDays}, {&lstWarranty, nullptr}};
+    const char* names[] = {"Find what", "Results", "Warranty", "Number of days", "Warranty list"};
+    for (std::size_t i = 0; i < std::size(names); ++i) {
+        named[i].first->setAccessibleName(names[i]);
+        if (named[i].second) named[i].first->setLabelledBy(named[i].second);
+    }
 
     txtFind.Change = [this] { txtFind_Change(); };
     lstWarrantyChoice.Click = [this] { ShowWarranty(); };

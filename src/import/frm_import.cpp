@@ -111,6 +111,13 @@ frmImport::frmImport(frmMain& m, Sheet sheet, const std::string& path)
     forms::declareButton(cmdCancel, "Cancel", 6000, 4050, 1080, 345, 8, [this] { cmdCancel_Click(); });
     cmdOK.Default = true;
     cmdCancel.Cancel = true;
+    // What a screen reader says for each list and box, and the label beside it.
+    lstColumns.setAccessibleName("Columns of the file");
+    lstColumns.setLabelledBy(&lblColumns);
+    lstChoices.setAccessibleName("Goes to");
+    lstChoices.setLabelledBy(&lblChoice);
+    txtName.setAccessibleName("Name of the new category");
+    txtName.setLabelledBy(&lblName);
     lstColumns.Click = [this] { lstColumns_Click(); };
     lstChoices.Click = [this] { lstChoices_Click(); };
     listColumns();

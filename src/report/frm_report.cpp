@@ -29,6 +29,8 @@ void frmReport::declareLayout() {
     lstCategories.move(120, 420, 4440, 2895);
     lstCategories.setTabIndex(1);
     lstCategories.CheckBoxes = true;
+    lstCategories.setAccessibleName("Categories in the report");
+    lstCategories.setLabelledBy(&lblCategories);
     chkPictures.move(120, 3435, 4440, 315);
     chkPictures.setTabIndex(2);
     chkPictures.Caption = "Include &pictures of items";
