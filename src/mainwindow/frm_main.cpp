@@ -218,6 +218,7 @@ void frmMain::declareLayout() {
     chkPic.Caption = "Show/Hide Picture of Item";
 
     place(FG1, 120, 240, 10575, 3255, 10, comic);
+    FG1.setAccessibleName("Items");
     FG1.setVisible(false);
     FG1.setCols(7);
     FG1.setRows(1);
