@@ -73,7 +73,10 @@ focus = {"now": None}  # where the focus went last, as the events told it
 
 def on_event(e):
     src = e.source
-    events.append((e.type, src.name if src else "", role(src) if src else ""))
+    try:
+        events.append((e.type, src.name if src else "", role(src) if src else ""))
+    except GLib.GError:  # an object already gone (a closed window's)
+        return
     if src is not None and (e.type.startswith("focus") or
                             (e.type.startswith("object:state-changed:focused") and e.detail1 == 1)):
         focus["now"] = src
@@ -231,6 +234,37 @@ def list_down_checks(win, table):
           f"Down in the list opens the next category (first item \"{first.name if first else None}\")")
 
 
+def app_window(pid, name):
+    for app in children(pyatspi.Registry.getDesktop(0)):
+        if app is not None and app.get_process_id() == pid:
+            for w in children(app):
+                if w is not None and w.name == name and showing(w):
+                    return w
+    return None
+
+
+def find_checks(pid):
+    # Ctrl+F: a dialog whose box, named by its label, has the focus; what is
+    # typed lists the cell found in a named list; Esc closes it.
+    key("ctrl+f")
+    pump(1.0)
+    dlg = app_window(pid, "Find")
+    check("find:dialog", dlg is not None and role(dlg) == "dialog", f"Ctrl+F shows a dialog \"Find\" ({role(dlg) if dlg else None})")
+    if dlg is None:
+        return
+    f = focused()
+    check("find:box", f is not None and (role(f), f.name) == ("text", "Find what"), f"the focus is on {(role(f), f.name) if f else None}")
+    for ch in "jack":
+        key(ch)
+    pump(1.0)
+    results = [a for a in walk(dlg) if role(a) == "list" and a.name == "Results"]
+    found = [c.name for c in children(results[0])] if results else []
+    check("find:results", any("[Jack]" in n for n in found), f"the list \"Results\" reads {found}")
+    key("Escape")
+    pump(1.0)
+    check("find:closed", app_window(pid, "Find") is None, "Esc closes the Find window")
+
+
 def main():
     pid, what = int(sys.argv[1]), sys.argv[2]
     win = main_window(pid)
@@ -248,6 +282,7 @@ def main():
     tab_round_checks(win)
     if table is not None:
         list_down_checks(win, table)
+    find_checks(pid)
     if failures:
         print(f"FAIL: {len(failures)} check(s): {', '.join(failures)}")
         return 1
