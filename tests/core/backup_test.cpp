@@ -101,6 +101,15 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"LoadOfADiskWithoutACategory", [](Harness& h) { save(h), fs::remove(h.floppy("Bike.csv")); }, false,
              "Not loaded whole: \"Bike\".", false,
              [](Harness& h) { EXPECT_EQ(h.text("Bike.csv"), crlf({kHeadingLine})); EXPECT_NE(h.text("Car.csv").find("Jack"), std::string::npos); }},
+        // A category the disk lacks leaves the data folder; later switches read this computer's files.
+        Case{"LoadOfADiskThatLacksACategory",
+             [](Harness& h) { save(h), writeFile(h.floppy("NumCats.csv"), " 2 \r\n"), writeFile(h.floppy("CatFiles.csv"), "\"Bike\"\r\n\"Car\"\r\n"); },
+             false, "Load complete.", false,
+             [](Harness& h) {
+                 EXPECT_EQ(h.text("Tools.csv"), "<missing>");
+                 h.run([&] { h.m().FG1.setTextMatrix(1, 6, "typed"); }), h.selectCategory(0), h.selectCategory(1);
+                 EXPECT_EQ(h.m().FG1.TextMatrix(1, 6), "typed");
+             }},
         Case{"LoadOfAnEmptyDatabase",
              [](Harness& h) { writeFile(h.floppy("NumCats.csv"), "\r\n"), writeFile(h.floppy("CatFiles.csv"), ""); }, false,
              "Load complete.", false,

@@ -133,6 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"DeleteTheLastItem", garage({{"Rake", "10"}}), 0, [](Harness& h, qm::frmMain& m) {
                      h.click(m.cmdDeleteAsset);
                      EXPECT_EQ(m.FG1.ColWidth(6), 3100);
+                     EXPECT_EQ(m.FG1.RowHeight(0), 500); // the headings' row
                      EXPECT_WINDOW(h, "Garage* Kitchen | Garage \"Garage\" | Item | 1 at 0,6 disabled fixed 01 focus cmdDeleteAsset");
                      EXPECT_EQ(h.text("Garage.csv"), kHead + "Rake,10,,,,,\r\n");
                      h.selectCategory(1);

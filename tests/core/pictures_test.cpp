@@ -69,6 +69,7 @@ TEST_F(Pictures, TheEditorsFocusLoadsThePictureOfItsRow) {
     EXPECT_FALSE(h.globals.LinkRead);
     open(1, 1);
     forms::input::toggle(h.runtime, m->chkPic);
+    EXPECT_EQ(h.runtime.focused(), &m->chkPic); // the tick takes the focus, the window it opens doesn't
     forms::input::click(h.runtime, m->Pic().cmdAddPic); // no answer: Cancel
     EXPECT_EQ(readFile(h.data("Car partsJack.csv")), jack + "\r\n");
     EXPECT_EQ(shown(*m), jack);

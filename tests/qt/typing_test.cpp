@@ -130,6 +130,12 @@ private slots:
         const KeyCase& k = kKeys[index];
         const qtface::KeyStroke got = qtface::keyStroke(QKeyEvent(QEvent::KeyPress, k.key, k.mods, QString::fromUtf8(k.text)));
         QCOMPARE(std::tuple(got.keyCode, got.shift, got.chars == k.chars), std::tuple(k.code, k.shift, true));
+        // Pressed in the cell editor, each key goes down in the runtime with its code, also one that types nothing.
+        int reached = 0;
+        m().T1.KeyDown = [&](int& code, int) { reached = code; };
+        QKeyEvent e(QEvent::KeyPress, k.key, k.mods, QString::fromUtf8(k.text));
+        QApplication::sendEvent(h->t1(), &e);
+        QCOMPARE(reached, k.code);
     }
 
     // A drag selects from where it began; the context menu copies, selects all and pastes.
