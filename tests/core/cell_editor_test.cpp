@@ -63,6 +63,7 @@ const KeyCase kKeys[] = {
     {"Backspace in the text", 1, 3, 2, "", key::Backspace, 8, 1, 3, "Sop", 1},
     {"Backspace at the start", 1, 3, 0, "", key::Backspace, 8, 1, 3, "Shop", 0},
     {"Delete in the text", 1, 3, 1, "", key::Delete, 0, 1, 3, "Sop", 1},
+    {"A blank typed in the text", 1, 3, 2, "", key::Space, U' ', 1, 3, "Sh op", 3},
     {"Delete at the end", 1, 3, end, "", key::Delete, 0, 1, 3, "Shop", 4},
     {"Left inside the text", 1, 3, end, "", key::Left, 0, 1, 3, "Shop", 3},
     {"Left at the start: the cell before", 1, 4, 0, "", key::Left, 0, 1, 3, "2001", 4},

@@ -28,7 +28,7 @@ TEST(NumberFromCell, ReadsTheNumberAtTheStart) {
              {"-3", -3}, {".5", 0.5}, {"1.2.3", 1.2}, {"1e3", 1000}, {"1D3", 1000}, {"2d-2", 0.02}, {"1 e 3", 1000}, {"+7", 7},
              {"\t4\n2", 42}, {"- 5", -5}, {"5-", 5}, {"1e", 1}, {"1e+", 1}, {"1.5E2x", 150}, {"e5", 0}, {".", 0}, {"-", 0},
              {"  12  ", 12}, {"1e-400", 0}, {"1e308", 1e308}, {"&H1F", 31}, {"&O17", 15}, {"&H", 0}, {"&X1", 0},
-             {"&HFFFF", -1}, {"&Hff", 255}, {"10e3", 10000}})
+             {"&HFFFF", -1}, {"&Hff", 255}, {"10e3", 10000}, {"-1e3", -1000}})
         EXPECT_EQ(qm::NumberFromCell(text), value) << "\"" << text << "\"";
     EXPECT_THROW(qm::NumberFromCell("1e400"), forms::Failure);
     EXPECT_THROW(qm::NumberFromCell("-1e400"), forms::Failure);

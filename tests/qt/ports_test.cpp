@@ -190,30 +190,35 @@ private slots:
     void aPictureIsDecodedAgainWhenItsFileChanges() {
         QTemporaryDir dir;
         const QString path = dir.filePath("NoPic.jpg");
-        auto write = [&](Qt::GlobalColor color) { // the same size whatever the colour, and the same file
+        auto write = [&](Qt::GlobalColor color, const QString& to) { // the same size whatever the colour
             QImage image(16, 8, QImage::Format_RGB32);
             image.fill(color);
             QByteArray bytes;
             QBuffer buffer(&bytes);
             image.save(&buffer, "BMP");
-            QFile f(path);
+            QFile f(to);
             return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
         };
         qtface::QtPictures pictures;
-        auto colour = [&] { return static_cast<qtface::QtPicture&>(*pictures.LoadPicture(path.toStdString())).image().pixelColor(0, 0); };
-        QVERIFY(write(Qt::red));
+        auto colourOf = [&](const QString& p) { return static_cast<qtface::QtPicture&>(*pictures.LoadPicture(p.toStdString())).image().pixelColor(0, 0); };
+        auto colour = [&] { return colourOf(path); };
+        const QString other = dir.filePath("Other.bmp");
+        QVERIFY(write(Qt::red, path) && write(Qt::green, other));
         QTest::qWait(250); // both file times settle
         QCOMPARE(colour(), QColor(Qt::red));
         QCOMPARE(colour(), QColor(Qt::red));
-        QCOMPARE(pictures.decodes(), 1);
+        // Another picture between: both are kept, and the first is found again as it was.
+        QCOMPARE(colourOf(other), QColor(Qt::green));
+        QCOMPARE(colour(), QColor(Qt::red));
+        QCOMPARE(pictures.decodes(), 2);
         struct stat before {};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &before), 0);
-        QVERIFY(write(Qt::blue));
+        QVERIFY(write(Qt::blue, path));
         const timespec times[2] = {{0, UTIME_OMIT}, before.st_mtim};
         QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
         QCOMPARE(colour(), QColor(Qt::blue));
         QCOMPARE(colour(), QColor(Qt::blue));
-        QCOMPARE(pictures.decodes(), 3);
+        QCOMPARE(pictures.decodes(), 4);
         QVERIFY(QFile::remove(path));
         QVERIFY_THROWS_EXCEPTION(forms::FileNotFound, pictures.LoadPicture(path.toStdString()));
     }

@@ -83,7 +83,7 @@ const KeyCase kKeys[] = {
     {Qt::Key_Return, none, "\r", 13, 0, U"\r"}, {Qt::Key_Enter, Qt::KeypadModifier, "\r", 13, 0, U"\r"},
     {Qt::Key_Escape, none, "\x1b", 27, 0, U"\x1b"}, {Qt::Key_A, Qt::ShiftModifier, "A", 65, 1, U"A"}, {Qt::Key_5, Qt::KeypadModifier, "5", 101, 0, U"5"},
     {Qt::Key_B, ctrl, "\x02", 66, 2, U""}, {Qt::Key_M, ctrl, "\r", 77, 2, U""}, // Ctrl and a letter types nothing, Ctrl+M is no Enter
-    {Qt::Key_Eacute, none, "\u00e9", 0, 0, U"\u00e9"},
+    {Qt::Key_Eacute, none, "\u00e9", 0, 0, U"\u00e9"}, {Qt::Key_Space, none, " ", 32, 0, U" "},
     // Control characters, as some keyboards send them with no key, type nothing.
     {Qt::Key_unknown, none, "\x02", 0, 0, U""}, {Qt::Key_unknown, none, "\n", 0, 0, U""}, {Qt::Key_unknown, none, "\t", 0, 0, U""},
     {Qt::Key_unknown, none, "\x7f", 0, 0, U""}, {Qt::Key_unknown, none, "\u0085", 0, 0, U""},
