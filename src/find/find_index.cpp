@@ -36,8 +36,10 @@ void FindIndex::refresh(frmMain& main) {
         } else {
             const std::string path = main.CategoryPath(main.platform.places.dataFolder, name);
             // A category named like an index file has no items: a load shows none either.
-            if (main.IsIndexFile(path)) c = Category{.name = name};
-            else if (c.fromGrid || c.path != path || !stillAsRead(c)) {
+            if (main.IsIndexFile(path)) {
+                c = Category();
+                c.name = name;
+            } else if (c.fromGrid || c.path != path || !stillAsRead(c)) {
                 c.path = path;
                 readFile(c);
             }

@@ -46,7 +46,9 @@ TEST(ReportPages, WrappedTextsKeepEveryCharacterWithinTheWidth) {
                 ASSERT_TRUE(at == '\n' || at == ' ' || doc.textWidth(lines[i - 1], {}) + 1 > width) << text;
                 // The line before could take nothing more from this one.
                 const std::string firstWord = lines[i].substr(0, lines[i].find(' '));
-                if (at == ' ' && !firstWord.empty()) ASSERT_GT(doc.textWidth(lines[i - 1] + " " + firstWord, {}), width) << text;
+                if (at == ' ' && !firstWord.empty()) {
+                    ASSERT_GT(doc.textWidth(lines[i - 1] + " " + firstWord, {}), width) << text;
+                }
                 joined += at == '\n' || at == ' ' ? std::string(1, at) : "";
             }
             joined += lines[i];
