@@ -24,6 +24,8 @@ TEST_F(Info, HelpShowsTheReadmeOfTheDataFolderAndShrinksToNothing) {
     EXPECT_EQ(how.wbsReadme.location(), h.data("Readme.htm").string());
     h.run([&] { how.form.platformResized(200, 900); }); // smaller than the controls: no negative sizes
     EXPECT_EQ(std::make_pair(how.wbsReadme.Width(), how.wbsReadme.Height()), std::make_pair(0, 0));
+    h.run([&] { how.form.platformResized(12000, 12000); }); // larger: the button runs under the browser, inside the window
+    EXPECT_TRUE(how.cmdClose.Top() >= how.wbsReadme.Top() + how.wbsReadme.Height() && how.cmdClose.Top() + how.cmdClose.Height() <= how.form.Height());
 }
 
 // Opening and closing each window in the real face: tests/qt/small_windows_test.cpp.
