@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <chrono>
-#include <ctime>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,12 +18,12 @@ using forms::Failure;
 
 namespace {
 
-std::string today() {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-    localtime_r(&now, &local);
+// A day of the calendar (days from 1970-01-01) as YYYY-MM-DD.
+std::string isoDate(int days) {
+    const std::chrono::year_month_day d{std::chrono::sys_days{std::chrono::days{days}}};
     char buf[16];
-    std::strftime(buf, sizeof buf, "%Y-%m-%d", &local);
+    std::snprintf(buf, sizeof buf, "%04d-%02u-%02u", static_cast<int>(d.year()), static_cast<unsigned>(d.month()),
+                  static_cast<unsigned>(d.day()));
     return buf;
 }
 
@@ -63,7 +63,8 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
         Message("Reports can't be made on this system.");
         return;
     }
-    const std::string date = today();
+    // The same today as the warranty list's: the regional settings' own.
+    const std::string date = isoDate(platform.currency.today());
     std::optional<std::string> chosen = platform.dialogs.ShowSave("Quillmere inventory " + date + ".pdf", "PDF files (*.pdf)|*.pdf");
     if (!chosen) return;
     std::string path = *chosen;
