@@ -83,10 +83,10 @@ std::vector<std::string> HeadingLabels(const Sheet& sheet) {
     return labels;
 }
 
-void ItemCells(const Sheet& sheet, const Sheet::Row& row, const std::vector<int>& choices,
-               const std::vector<std::string>& labels, std::array<std::string, 7>& item) {
-    for (auto& cell : item) cell.clear();
-    bool direct[7] = {};
+std::array<std::string_view, 7> ItemCells(const Sheet& sheet, const Sheet::Row& row, const std::vector<int>& choices,
+                                          const std::vector<std::string>& labels, std::array<std::string, 7>& joined) {
+    std::array<std::string_view, 7> item{};
+    bool direct[7] = {}, built[7] = {};
     const std::size_t n = std::min<std::size_t>(row.count, choices.size());
     // The cells of columns chosen for a grid column first, in file order, then
     // those joined into the description.
@@ -98,14 +98,18 @@ void ItemCells(const Sheet& sheet, const Sheet::Row& row, const std::vector<int>
             const int column = choice == kIntoDescription ? 6 : choice;
             const bool first = choice != kIntoDescription && !std::exchange(direct[column], true);
             if (text.empty()) continue;
-            std::string& cell = item[column];
+            std::string_view& cell = item[column];
             if (first && cell.empty()) {
-                cell.assign(text);
+                cell = text; // most cells: the file's own bytes, not copied here
                 continue;
             }
-            if (!cell.empty()) cell += "; ";
-            cell.append(labels[i]).append(": ").append(text);
+            std::string& out = joined[column];
+            if (!std::exchange(built[column], true)) out.assign(cell);
+            if (!out.empty()) out += "; ";
+            out.append(labels[i]).append(": ").append(text);
+            cell = out;
         }
+    return item;
 }
 
 } // namespace spreadsheet

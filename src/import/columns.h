@@ -32,8 +32,10 @@ std::vector<std::string> HeadingLabels(const Sheet& sheet);
 // The seven cells of the item a row makes. A grid column that only one file
 // column fills gets that cell unchanged; further cells for it follow as
 // "Heading: text", joined by "; " (so "Colour: red; Room: hall"). Empty cells add nothing.
-// Written over `item`, whose texts keep their room from row to row.
-void ItemCells(const Sheet& sheet, const Sheet::Row& row, const std::vector<int>& choices,
-               const std::vector<std::string>& labels, std::array<std::string, 7>& item);
+// The texts are views into the sheet, or into `joined` for a column that
+// several cells fill: they last until the next call with the same `joined`,
+// whose texts keep their room from row to row.
+std::array<std::string_view, 7> ItemCells(const Sheet& sheet, const Sheet::Row& row, const std::vector<int>& choices,
+                                          const std::vector<std::string>& labels, std::array<std::string, 7>& joined);
 
 } // namespace spreadsheet

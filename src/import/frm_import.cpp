@@ -54,9 +54,13 @@ void frmMain::mnuImport_Click() {
     std::string bytes;
     try {
         auto in = platform.files.openRead(*path);
-        if (const auto state = in->state()) bytes.reserve(state->size);
-        char buf[1 << 16];
-        for (std::size_t n; (n = in->read(buf, sizeof buf)) > 0;) bytes.append(buf, n);
+        // Read straight into the text, in one piece where the size is known.
+        const auto state = in->state();
+        std::size_t have = 0;
+        bytes.resize(state ? state->size + 1 : std::size_t{1} << 16);
+        for (std::size_t n; (n = in->read(bytes.data() + have, bytes.size() - have)) > 0;)
+            if ((have += n) == bytes.size()) bytes.resize(2 * have);
+        bytes.resize(have);
     } catch (const forms::Failure&) {
         Message("The file \"" + *path + "\" could not be read. Nothing was imported.");
         return;
@@ -168,10 +172,9 @@ frmImport::Outcome frmImport::Sort() const {
     std::size_t full = 0;
     for (std::size_t r = 1; r < sheet_.rows.size(); ++r) {
         const Sheet::Row& row = sheet_.rows[r];
-        const std::string line = "Line " + std::to_string(row.line) + ": ";
         if (const std::size_t width = sheet_.width(row); width > headings) {
             ++out.rowsNotIn;
-            out.notIn.push_back(line + "it has " + std::to_string(width) + " cells, and the heading line has " +
+            out.notIn.push_back("Line " + std::to_string(row.line) + ": it has " + std::to_string(width) + " cells, and the heading line has " +
                                 std::to_string(headings) + ".");
         } else if (out.rows.size() == static_cast<std::size_t>(kRoom)) {
             if (!full++) fullFrom = row.line;
@@ -211,9 +214,10 @@ void frmImport::cmdOK_Click() {
     const Outcome outcome = Sort();
     forms::Grid& g = main.FG1;
     g.setRows(1 + static_cast<int>(outcome.rows.size()));
-    std::array<std::string, 7> cells;
+    std::array<std::string, 7> joined;
     for (int r = 1; r < g.Rows(); ++r) {
-        spreadsheet::ItemCells(sheet_, *outcome.rows[static_cast<std::size_t>(r - 1)], choices, labels_, cells);
+        const auto cells =
+            spreadsheet::ItemCells(sheet_, *outcome.rows[static_cast<std::size_t>(r - 1)], choices, labels_, joined);
         for (int c = 0; c < 7; ++c) g.setTextMatrix(r, c, cells[static_cast<std::size_t>(c)]);
     }
     main.SaveCategoryFile();
