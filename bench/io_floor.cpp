@@ -1,6 +1,7 @@
 #include "io_floor.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <exception>
@@ -38,6 +39,25 @@ void flushPendingWrites(const std::string& folder) {
     if (fd < 0) return;
     ::syncfs(fd);
     ::close(fd);
+}
+
+bool dropFromMemory(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY);
+    if (fd < 0) return false;
+    ::fdatasync(fd); // dirty pages are not dropped
+    ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+    // The pages still in memory, counted through a mapping of the file.
+    const std::size_t size = fileSize(path), page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    std::size_t resident = 0;
+    if (void* map = size ? ::mmap(nullptr, size, PROT_READ, MAP_SHARED, fd, 0) : MAP_FAILED; map != MAP_FAILED) {
+        std::vector<unsigned char> in((size + page - 1) / page);
+        if (::mincore(map, size, in.data()) == 0)
+            for (unsigned char c : in) resident += c & 1;
+        else resident = in.size();
+        ::munmap(map, size);
+    } else resident = 1;
+    ::close(fd);
+    return resident * 10 <= (size + page - 1) / page; // a tenth at most: read-ahead of a neighbour aside
 }
 
 IoFloor::IoFloor(std::string scratchStem) : scratch_{scratchStem + " 1", scratchStem + " 2"} {}

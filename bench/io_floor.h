@@ -22,6 +22,11 @@ std::uintmax_t fileSize(const std::string& path);
 // rename wait for the disk).
 void flushPendingWrites(const std::string& folder);
 
+// Puts the file's bytes on the disk and drops them from the page cache, so
+// that the next read comes from the disk as a file not opened for a while
+// does. False where they stay in memory (a file system held in memory).
+bool dropFromMemory(const std::string& path);
+
 // The I/O floor the switch is measured against: what a switch to the category
 // in a file costs at the least, the file read twice and written twice.
 class IoFloor {
