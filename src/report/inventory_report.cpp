@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -79,15 +80,17 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
     }
     const std::string wasOpen = lstCategory.Text();
     forms::ProgressPort* progress = platform.progress;
-    const int steps = static_cast<int>(names.size()) * 2;
-    if (progress) progress->start("Making the inventory report...", steps);
+    // Progress in hundredths of a category, told every few hundred items too,
+    // so that a big category moves the bar and Cancel stops it in the middle.
+    constexpr int kPerCategory = 100, kTellEvery = 256;
+    if (progress) progress->start("Making the inventory report...", static_cast<int>(names.size()) * 2 * kPerCategory);
     int done = 0;
     bool cancelled = false, failed = false;
-    auto step = [&] {
-        ++done;
-        if (progress && !progress->advance(done)) cancelled = true;
+    auto tell = [&](int at) {
+        if (progress && !progress->advance(at)) cancelled = true;
         return !cancelled;
     };
+    auto step = [&] { return tell(done += kPerCategory); };
     // Opens a category in the window; false when it is gone from the list or
     // the window could not leave the one it had.
     auto open = [&](const std::string& name) {
@@ -114,15 +117,19 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
     std::vector<Found> found;
     std::string grandCost = "0", grandValue = "0";
     int items = 0;
-    // The open category's table, its items as the grid holds them.
+    // The open category's table, its items as the grid holds them; false when
+    // the user cancels in the middle of it.
     auto sheet = [&](const Found& f) {
         pages.beginSheet(f.sheet);
         std::array<std::string_view, report::Pages::kColumns> cells;
         for (int r = 1; r <= f.items; ++r) {
+            if (r % kTellEvery == 0 && !tell(done + static_cast<int>(std::int64_t{kPerCategory} * r / (f.items + 1))))
+                return false;
             for (int c = 0; c < report::Pages::kColumns; ++c) cells[c] = c < FG1.Cols() ? FG1.TextMatrix(r, c) : "";
             pages.item(cells, pictures ? linkedPicture(r) : std::string());
         }
         pages.endSheet();
+        return true;
     };
     try {
         // First pass: what each category holds and how many pages it takes.
@@ -137,7 +144,7 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
                 f.sheet.cost = txtCost.Text();
                 f.sheet.value = txtValue.Text();
                 f.items = itemRows();
-                sheet(f);
+                if (!sheet(f)) break;
                 addTotal(platform.currency, grandCost, f.sheet.cost);
                 addTotal(platform.currency, grandValue, f.sheet.value);
                 items += f.items;
@@ -158,8 +165,7 @@ void frmMain::MakeInventoryReport(const std::vector<std::string>& names, bool pi
                 // The same texts as in the first pass: a category that changed
                 // in between (nothing here changes one) would count its pages anew.
                 if (!open(f.sheet.name) || itemRows() != f.items) throw Failure("category changed: " + f.sheet.name);
-                sheet(f);
-                if (!step()) break;
+                if (!sheet(f) || !step()) break;
             }
             for (std::size_t k = found.size(); k < names.size() && !cancelled; ++k) step();
         }

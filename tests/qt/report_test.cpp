@@ -35,11 +35,12 @@ QList<QStringList> pageLines(const QString& pdf) {
     return pages;
 }
 
-// Stops at the step given (0: never), as the user's Cancel does.
+// Stops once the work done reaches the figure given (0: never), as the user's
+// Cancel does; the work is told in hundredths of a category.
 struct CancelAt : forms::ProgressPort {
-    int at = 0;
+    int at = 0, last = 0;
     void start(const std::string&, int) override {}
-    bool advance(int done) override { return done != at; }
+    bool advance(int done) override { return (last = done) < at || !at; }
     void stop() override {}
 };
 
@@ -134,19 +135,23 @@ private slots:
     // temporary one, and the category that was open is open again.
     void cancelledOrFailedLeavesNoFile_data() {
         QTest::addColumn<int>("cancelAt");
+        QTest::addColumn<int>("stopsAt"); // a category of 2 items ends at its next hundred; of 500, is told at item 256
         QTest::addColumn<QString>("name");
-        QTest::newRow("cancel in the first pass") << 1 << "cancelled.pdf";
-        QTest::newRow("cancel in the second pass") << 3 << "cancelled.pdf";
-        QTest::newRow("no such folder") << 0 << "missing/report.pdf";
+        QTest::newRow("cancel in the first pass") << 1 << 100 << "cancelled.pdf";
+        QTest::newRow("cancel inside the 500 items") << 101 << 151 << "cancelled.pdf";
+        QTest::newRow("cancel in the second pass") << 201 << 300 << "cancelled.pdf";
+        QTest::newRow("no such folder") << 0 << 0 << "missing/report.pdf";
     }
     void cancelledOrFailedLeavesNoFile() {
         QFETCH(int, cancelAt);
+        QFETCH(int, stopsAt);
         QFETCH(QString, name);
         QtHarness h;
         QVERIFY(open(h));
         h.clickListEntry(1);
         progress_.at = cancelAt;
         report(h, name);
+        if (cancelAt) QCOMPARE(progress_.last, stopsAt);
         progress_.at = 0;
         QCOMPARE(QDir(out_.path()).entryList({"cancelled*", "missing*"}, QDir::Files | QDir::Dirs), QStringList{});
         QCOMPARE(h.m().lstCategory.Text(), std::string("Everything"));
