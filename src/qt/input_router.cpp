@@ -1,6 +1,7 @@
 #include "qt/input_router.h"
 
 #include <QAbstractScrollArea>
+#include <QCoreApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -9,6 +10,7 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QStyleOptionViewItem>
+#include <QWheelEvent>
 #include <algorithm>
 
 #include "forms/controls.h"
@@ -105,9 +107,31 @@ bool InputRouter::eventFilter(QObject* watched, QEvent* event) {
         return c.kind() != Kind::Browser;
     case QEvent::DragEnter: case QEvent::DragMove: case QEvent::Drop:
         return c.kind() == Kind::TextBox;
+    case QEvent::Wheel:
+        return c.kind() == Kind::TextBox && wheelBeneath(*b.widget(), static_cast<QWheelEvent&>(*event));
     default:
         return false;
     }
+}
+
+// A single-line text box has nothing to scroll: the wheel turned over one that
+// lies over a scrolling control (an editor over its grid) scrolls that control,
+// as it would a hand's breadth away.
+bool InputRouter::wheelBeneath(QWidget& box, QWheelEvent& e) {
+    QWidget* parent = box.parentWidget();
+    if (!parent) return false;
+    const QPoint inParent = box.mapToParent(e.position().toPoint());
+    for (QObject* o : parent->children()) {
+        auto* area = qobject_cast<QAbstractScrollArea*>(o);
+        if (!area || area == &box || !area->isVisible() || !area->geometry().contains(inParent)) continue;
+        QWidget* vp = area->viewport();
+        const QPointF at = vp->mapFrom(parent, inParent);
+        QWheelEvent turned(at, e.globalPosition(), e.pixelDelta(), e.angleDelta(), e.buttons(), e.modifiers(), e.phase(),
+                           e.inverted(), e.source());
+        QCoreApplication::sendEvent(vp, &turned);
+        return true;
+    }
+    return false;
 }
 
 bool InputRouter::shortcutOverride(QKeyEvent& e) {

@@ -8,6 +8,7 @@
 
 class QKeyEvent;
 class QMouseEvent;
+class QWheelEvent;
 
 namespace qtface {
 
@@ -39,6 +40,7 @@ private:
     bool key(QKeyEvent& e);
     bool shortcutOverride(QKeyEvent& e);
     bool mouse(ControlBinding& b, QObject* watched, QEvent& e);
+    bool wheelBeneath(QWidget& box, QWheelEvent& e);
     void tab(bool forward);
     bool listKey(forms::Control& list, QKeyEvent& e);
     bool gridKey(forms::Control& grid, QKeyEvent& e);

@@ -57,9 +57,10 @@ struct Editor : qttest::QtHarness {
     QWidget* focus() const { return QApplication::focusWidget() ? QApplication::focusWidget() : topWidget(); }
     void key(int k, Qt::KeyboardModifiers mods = {}) { QTest::keyClick(focus(), static_cast<Qt::Key>(k), mods); }
     void type(const QString& s) { QTest::keyClicks(focus(), s); }
-    // The mouse wheel turned over the grid, notches towards the top.
-    void wheel(int notches) {
-        QWidget* vp = grid()->viewport();
+    // The mouse wheel turned over the grid (or over the editor, where the
+    // pointer stays after a click on a cell), notches towards the top.
+    void wheel(int notches, bool overEditor = false) {
+        QWidget* vp = overEditor ? static_cast<QWidget*>(t1()) : grid()->viewport();
         const QPointF at(vp->width() / 2.0, vp->height() / 2.0);
         QWheelEvent e(at, vp->mapToGlobal(at), {}, QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(vp, &e);
@@ -192,7 +193,7 @@ private slots:
         h->clickCell(row, 3);
         const QRect before = h->editorRect();
 
-        h->wheel(1); // towards the top, by a few rows
+        h->wheel(1, true); // towards the top, by a few rows, the pointer still over the editor
         const int top = g.TopRow();
         QVERIFY(top < g.Rows() - rowsInView && row < top + rowsInView - 1);
         QCOMPARE(bar->value(), top - 1);
