@@ -42,6 +42,7 @@ public:
 
     int categories() const { return static_cast<int>(categories_.size()); }
     const std::string& name(int category) const { return categories_[static_cast<std::size_t>(category)].name; }
+    int rows(int category) const { return categories_[static_cast<std::size_t>(category)].rows; }
     // A cell as typed.
     std::string_view text(int category, int row, int col) const;
     // Every row of a category in turn, its cells as typed: f(row, cells).

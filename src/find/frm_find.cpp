@@ -132,7 +132,8 @@ void frmFind::txtFind_Change() {
             entry.append(frmMain::kColumnHeadings[c.col]).append(": ");
             entry.append(text.substr(0, from)).append("[").append(text.substr(from, to - from)).append("]").append(text.substr(to));
             entries.push_back(std::move(entry));
-            resultTargets_.push_back(Target{index_.name(c.category), c.row, c.col});
+            resultTargets_.push_back(Target{index_.name(c.category), c.row, c.col,
+                                            std::string(index_.text(c.category, c.row, kItemCol)), std::string(text)});
         }
         lblCount.setCaption(more ? "More than " + std::to_string(kShownResults) + " found: the first " +
                                        std::to_string(kShownResults) + " are shown."
@@ -179,7 +180,7 @@ void frmFind::ShowWarranty() {
             std::string text(date);
             text.append(" - ").append(index_.name(k)).append(" / ").append(cells[kItemCol]);
             text.append(" - serial: ").append(cells[kSerialCol]).append(" - bought at: ").append(cells[kWhereCol]);
-            (day ? dated : unread).push_back(Line{day.value_or(0), std::move(text), Target{index_.name(k), row, kWarrantyCol}});
+            (day ? dated : unread).push_back(Line{day.value_or(0), std::move(text), Target{index_.name(k), row, kWarrantyCol, std::string(cells[kItemCol]), std::string(date)}});
         });
     }
     std::stable_sort(dated.begin(), dated.end(), [](const Line& a, const Line& b) { return a.day < b.day; });
@@ -207,16 +208,42 @@ void frmFind::ShowWarranty() {
 void frmFind::cmdGo_Click() { GoTo(*lastList_); }
 
 void frmFind::GoTo(const forms::ListBox& list) {
-    const std::vector<std::optional<Target>>& targets = &list == &lstWarranty ? warrantyTargets_ : resultTargets_;
+    const bool warranty = &list == &lstWarranty;
+    const std::vector<std::optional<Target>>& targets = warranty ? warrantyTargets_ : resultTargets_;
     int i = list.ListIndex();
     if (i < 0 || i >= static_cast<int>(targets.size()) || !targets[static_cast<std::size_t>(i)]) {
         const auto first = std::find_if(targets.begin(), targets.end(), [](const auto& t) { return t.has_value(); });
         if (i >= 0 || first == targets.end()) return;
         i = static_cast<int>(first - targets.begin());
     }
+    Target t = *targets[static_cast<std::size_t>(i)];
+    // The list was made from the items as they stood then: one added, removed
+    // or changed since, here or by another program, moves the cell. The lists
+    // are made again and the same cell of the same item is gone to where it stands now.
+    if (!StillThere(t)) {
+        txtFind_Change();
+        ShowWarranty();
+        const auto same = std::find_if(targets.begin(), targets.end(), [&](const auto& n) {
+            return n && n->category == t.category && n->col == t.col && n->item == t.item && n->text == t.text;
+        });
+        if (same == targets.end()) {
+            main.Message("The items have changed since this list was made: \"" + t.item + "\" no longer holds \"" + t.text +
+                         "\" in \"" + t.category + "\". The lists are shown anew.");
+            return;
+        }
+        t = **same;
+    }
     // After the event that asked: the switch runs as the user's own click on the list.
     frmMain& m = main;
-    m.platform.runtime.post([&m, t = *targets[static_cast<std::size_t>(i)]] { OpenAt(m, t); });
+    m.platform.runtime.post([&m, t] { OpenAt(m, t); });
+}
+
+bool frmFind::StillThere(const Target& t) {
+    index_.refresh(main);
+    for (int k = 0; k < index_.categories(); ++k)
+        if (index_.name(k) == t.category)
+            return t.row <= index_.rows(k) && index_.text(k, t.row, kItemCol) == t.item && index_.text(k, t.row, t.col) == t.text;
+    return false;
 }
 
 void frmFind::cmdClose_Click() { main.UnloadFind(); }

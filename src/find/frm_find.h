@@ -42,10 +42,12 @@ public:
     static constexpr int kShownResults = 500;
     static constexpr std::size_t kShownWarranties = 1000; // in each section
 
-    // A cell an entry of a list leads to; a heading line leads nowhere.
+    // A cell an entry of a list leads to, with its item's name and its text
+    // as listed; a heading line leads nowhere.
     struct Target {
         std::string category;
         int row = 0, col = 0;
+        std::string item, text;
     };
     const std::vector<std::optional<Target>>& resultTargets() const { return resultTargets_; }
     const std::vector<std::optional<Target>>& warrantyTargets() const { return warrantyTargets_; }
@@ -59,6 +61,8 @@ public:
 
 private:
     void declareLayout();
+    // Whether the cell still stands where the entry says, as listed.
+    bool StillThere(const Target& t);
 
     FindIndex index_;
     std::vector<std::optional<Target>> resultTargets_, warrantyTargets_;

@@ -3,6 +3,7 @@
 // the switch to a result with the editor on its cell.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "find/frm_find.h"
@@ -111,3 +112,28 @@ TEST_F(FindWindow, FindsWhatWasJustTypedOrWrittenAndGoesToIt) {
 }
 
 } // namespace
+
+// Items added, removed or changed after the list was made, here or by another
+// program: Go to finds the same cell of the same item where it stands now, and
+// where it is gone says so and shows the lists anew, opening nothing.
+TEST_F(FindWindow, GoToFollowsTheCellAfterTheItemsChanged) {
+    const std::string saw = "25/11/26 - Garage / Saw - serial: S-1 - bought at: ";
+    EXPECT_EQ(type("s-1"), Entries{"Garage / Saw / Serial Number / Description: [S-1]"});
+    h.run([&] { find->lstWarrantyChoice.setSelected(static_cast<int>(qm::frmFind::WarrantyChoice::Any)); });
+    ASSERT_EQ(find->lstWarranty.List(1), saw);
+    h.writeCategory("Garage", {{"Anvil"}, {"Drill"}, {"Saw", "", "", "", "", "25/11/26", "S-1"}});
+    for (forms::ListBox* list : {&find->lstResults, &find->lstWarranty}) {
+        const bool results = list == &find->lstResults;
+        h.run([&] { list->setSelected(results ? 0 : 1); });
+        h.run([&] { find->GoTo(*list); });
+        EXPECT_EQ(std::make_tuple(*m->CurrentCategory, m->FG1.Row(), m->FG1.Col(), m->T1.Text()),
+                  std::make_tuple(std::string("Garage"), 3, results ? 6 : 5, std::string(results ? "S-1" : "25/11/26")));
+    }
+    forms::input::key(h.runtime, m->T1, 0, 0, U'X'); // the date typed over in the open category
+    h.run([&] { find->lstWarranty.setSelected(1); });
+    h.run([&] { find->GoTo(find->lstWarranty); });
+    EXPECT_EQ(h.dialogs.texts().back(), "The items have changed since this list was made: \"Saw\" no longer holds "
+                                        "\"25/11/26\" in \"Garage\". The lists are shown anew.");
+    const Entries after = find->lstWarranty.items();
+    EXPECT_EQ(std::count(after.begin(), after.end(), "25/11/26X - Garage / Saw - serial: S-1 - bought at: "), 1);
+}
