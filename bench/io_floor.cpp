@@ -41,10 +41,17 @@ void flushPendingWrites(const std::string& folder) {
     ::close(fd);
 }
 
+void syncToDisk(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY);
+    const bool synced = fd >= 0 && ::fdatasync(fd) == 0;
+    if (fd >= 0) ::close(fd);
+    if (!synced) throw std::runtime_error("can't sync " + path);
+}
+
 bool dropFromMemory(const std::string& path) {
+    syncToDisk(path); // dirty pages are not dropped
     const int fd = ::open(path.c_str(), O_RDONLY);
     if (fd < 0) return false;
-    ::fdatasync(fd); // dirty pages are not dropped
     ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
     // The pages still in memory, counted through a mapping of the file.
     const std::size_t size = fileSize(path), page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));

@@ -22,6 +22,9 @@ std::uintmax_t fileSize(const std::string& path);
 // rename wait for the disk).
 void flushPendingWrites(const std::string& folder);
 
+// Waits until the file's bytes are on the disk.
+void syncToDisk(const std::string& path);
+
 // Puts the file's bytes on the disk and drops them from the page cache, so
 // that the next read comes from the disk as a file not opened for a while
 // does. False where they stay in memory (a file system held in memory).
