@@ -62,26 +62,17 @@ std::string importOnce(const ImportFixture& f, const std::function<void(const st
     return "";
 }
 
-// Paired samples of the import and of a plain read of the file; cold: both
-// with the file's pages dropped from memory first.
-void importAgainstReading(benchmark::State& state, bool cold) {
-    ImportFixture f;
+// The loop of every benchmark here: a sample of the work (its timing; a
+// std::exception tells what went wrong) paired with a plain read of the
+// spreadsheet, each after `ready`.
+void pairWithReading(benchmark::State& state, const ImportFixture& f, const std::function<Timing()>& sample,
+                     const std::function<void()>& ready = [] {}) {
     flushPendingWrites(f.dir.place());
-    auto ready = [&] {
-        if (cold && !dropFromMemory(f.path))
-            throw std::runtime_error("the file's pages stay in memory here, so no read comes from the disk");
-    };
     PairedSamples samples;
     try {
         for (auto _ : state) {
-            Timing subject;
             ready();
-            const std::string problem =
-                importOnce(f, [&](const std::function<void()>& run) { subject = timingOf(run); });
-            if (!problem.empty()) {
-                state.SkipWithError(problem.c_str());
-                return;
-            }
+            const Timing subject = sample();
             ready();
             const Timing baseline = timingOf([&] { benchmark::DoNotOptimize(readWholeFile(f.path)); });
             samples.add(subject, baseline);
@@ -93,6 +84,21 @@ void importAgainstReading(benchmark::State& state, bool cold) {
     }
     samples.report(state);
     state.counters["file_MB"] = static_cast<double>(f.bytes.size()) / (1 << 20);
+}
+
+// The import against reading the file; cold: both with the file's pages dropped from memory first.
+void importAgainstReading(benchmark::State& state, bool cold) {
+    ImportFixture f;
+    const auto import = [&] {
+        Timing t;
+        const std::string problem = importOnce(f, [&](const std::function<void()>& run) { t = timingOf(run); });
+        if (!problem.empty()) throw std::runtime_error(problem);
+        return t;
+    };
+    pairWithReading(state, f, import, [&] {
+        if (cold && !dropFromMemory(f.path))
+            throw std::runtime_error("the file's pages stay in memory here, so no read comes from the disk");
+    });
 }
 
 void importSpreadsheet(benchmark::State& state) { importAgainstReading(state, false); }
@@ -109,32 +115,20 @@ void storeNewCategory(benchmark::State& state) {
         return;
     }
     const std::string scratch = (f.dir.path() / "stored.csv").string();
-    flushPendingWrites(f.dir.place());
-    PairedSamples samples;
-    try {
-        for (auto _ : state) {
-            const Timing subject = timingOf([&] {
-                writeWholeFile(scratch, stored);
-                syncToDisk(scratch);
-            });
-            const Timing baseline = timingOf([&] { benchmark::DoNotOptimize(readWholeFile(f.path)); });
-            samples.add(subject, baseline);
-            state.SetIterationTime(subject.wall);
-        }
-    } catch (const std::exception& e) {
-        state.SkipWithError(e.what());
-        return;
-    }
-    samples.report(state);
+    pairWithReading(state, f, [&] {
+        return timingOf([&] {
+            writeWholeFile(scratch, stored);
+            syncToDisk(scratch);
+        });
+    });
 }
 
 // Only the reading: the file's bytes cut into cells and every row made an item.
 void readSpreadsheetIntoItems(benchmark::State& state) {
     ImportFixture f;
-    PairedSamples samples;
-    for (auto _ : state) {
+    pairWithReading(state, f, [&] {
         std::size_t cells = 0;
-        const Timing subject = timingOf([&] {
+        const Timing t = timingOf([&] {
             const spreadsheet::Sheet sheet = spreadsheet::ReadSheet(readWholeFile(f.path));
             const auto labels = spreadsheet::HeadingLabels(sheet);
             const auto choices = spreadsheet::DefaultChoices(labels);
@@ -144,11 +138,8 @@ void readSpreadsheetIntoItems(benchmark::State& state) {
                     cells += cell.size();
         });
         benchmark::DoNotOptimize(cells);
-        const Timing baseline = timingOf([&] { benchmark::DoNotOptimize(readWholeFile(f.path)); });
-        samples.add(subject, baseline);
-        state.SetIterationTime(subject.wall);
-    }
-    samples.report(state);
+        return t;
+    });
 }
 
 } // namespace
