@@ -3,6 +3,7 @@
 // user answers them in the real boxes are in the GUI commands test.
 #include <gtest/gtest.h>
 
+#include "report/frm_report.h"
 #include "support/scripted_platform.h"
 #include "support/snapshots.h"
 
@@ -88,10 +89,14 @@ INSTANTIATE_TEST_SUITE_P(
                  }, {}, "Garage* Kitchen | Garage \"Garage\" | Item Mower Rake | 3 at 2,1 fixed 11 editor focus T1", {}, Texts{kAdd},
                  {{"Garage.csv", "<missing>"}}},
         CommandCase{"NoCategorySelected", garage({{"Rake"}}), -1, [](Harness& h, qm::frmMain& m) {
+                     h.menu("mnuReport"); // with every category left out
+                     h.run([&] { m.Report().lstCategories.setChecked(0, false), m.Report().lstCategories.setChecked(1, false); });
+                     h.click(m.Report().cmdOK), h.click(m.Report().cmdCancel);
                      h.click(m.cmdAddAsset);
                      h.menu("mnuDelItems");
                  }, {}, "Garage Kitchen | - \"\" | Item | 1 at 0,1 hidden fixed 01 focus cmdAddAsset",
-                 {"You must select a category in order to add an item.", "Error deleting items: No category selected."}, Texts{},
+                 {"No category chosen for the report.", "You must select a category in order to add an item.",
+                  "Error deleting items: No category selected."}, Texts{},
                  {{"Garage.csv", kHead + "Rake,,,,,,\r\n"}}},
         CommandCase{"TwoOfTheSameNameBothStay", garage({{"Rake"}}), 0, [](Harness& h, qm::frmMain& m) { h.click(m.cmdAddAsset); }, {"Rake"},
                  "Garage* Kitchen | Garage \"Garage\" | Item Rake Rake | 3 at 2,1 fixed 11 editor focus T1", {}, Texts{kAdd},

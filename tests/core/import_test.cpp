@@ -14,11 +14,12 @@ namespace {
 
 struct ImportCase {
     const char* name;
-    std::string bytes;  // the file "Sheet 1.csv", or the fixture of that name
+    std::string bytes;  // the file, or the fixture of that name
     Table items;        // of the new category, "Sheet 1" or as typed; none: no category made
     Texts messages;
-    std::vector<std::pair<int, int>> picks = {}; // in the preview: a column, then where it goes
+    std::vector<std::pair<int, int>> picks = {}; // in the preview: a column (-1: the one selected at opening), then where it goes
     std::string typed = "";                      // over the file's name
+    const char* file = "Sheet 1.csv";            // its name as picked
 };
 
 class ImportTable : public ::testing::TestWithParam<ImportCase> {};
@@ -28,14 +29,14 @@ TEST_P(ImportTable, BringsInTheseItemsAndTellsThis) {
     Harness h;
     h.writeCategories({{"Garage", {{"Drill"}}}});
     h.start();
-    const auto file = h.floppy("Sheet 1.csv");
+    const auto file = h.floppy(c.file);
     writeFile(file, c.bytes.ends_with(".fixture") ? *readFile(QM_IMPORT_FILES + c.bytes.substr(0, c.bytes.size() - 8))
                                                   : c.bytes);
     h.dialogs.openAnswers = {file.string()};
     h.menu("mnuImport");
     if (qm::frmImport* f = h.m().importIfLoaded()) {
         for (auto [column, choice] : c.picks) {
-            forms::input::selectEntry(h.runtime, f->lstColumns, column);
+            if (column >= 0) forms::input::selectEntry(h.runtime, f->lstColumns, column);
             forms::input::selectEntry(h.runtime, f->lstChoices, choice);
         }
         if (!c.typed.empty()) h.run([&] { f->txtName.setText(c.typed); });
@@ -67,19 +68,19 @@ const char* const kNotText = "This file is not a spreadsheet saved as text (CSV)
 INSTANTIATE_TEST_SUITE_P(
     Files, ImportTable,
     ::testing::Values(
-        ImportCase{"CommaUtf8", kHeads + "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234\r\n", kJack, {made(1)}},
+        ImportCase{"CommaUtf8FileWithoutExtension", kHeads + "Jack,25.00,20.00,Hardware store,3/1/1999,3/1/2000,SN 1234\r\n", kJack, {made(1)}, {}, "", "Sheet 1"},
         ImportCase{"SemicolonHeadingsInAnotherOrder", "serial;PRICE;Name;Value;Store;Warranty;Purchase date\n"
                    "SN 1234;25.00;Jack;20.00;Hardware store;3/1/2000;3/1/1999\n", kJack, {made(1)}},
         ImportCase{"TabByteOrderMarkLoneCr", "\xEF\xBB\xBFItem\tCost\r\nJack\t25,00\r", {{"Jack", "25,00"}}, {made(1)}},
         ImportCase{"Windows1252", "Item,Notes\nCaf\xE9 \x80,\x93\x9D\x81\n", {{"Café €", "", "", "", "", "", "“\xC2\x9D\xC2\x81"}}, {made(1)}},
-        ImportCase{"QuotedBreaksAndUnknownColumns", "Item,Colour,Notes,Room,\n\"a\r\nb\",red,\"x \"\"y\"\"\",hall,\n\n,,,,\n",
-                   {{"a\r\nb", "", "", "", "", "", "x \"y\"; Colour: red; Room: hall"}}, {made(1)}},
-        ImportCase{"ChoicesChangedAndNameTyped", "Item,Colour,Cost\nJack,red,5\n", {{"red", "", "", "", "", "", "Item: Jack"}},
-                   {"1 item came in as the category \"Tools\"."}, {{1, 0}, {0, 7}, {2, 8}}, "Tools"},
+        ImportCase{"QuotedBreaksAndUnknownColumnsWindows1252", "Item,Colour,Notes,Room,\n\"a\r\nb\",red,\"x \"\"y\"\"\",Andr\xE9\x92s hall,\n\n,,,,\n",
+                   {{"a\r\nb", "", "", "", "", "", "x \"y\"; Colour: red; Room: André’s hall"}}, {made(1)}},
+        ImportCase{"ChoicesChangedAndNameTyped", "Item,Colour,Cost\nJack,¿red?,5\n", {{"¿red?", "", "", "", "", "", "Item: Jack"}},
+                   {"1 item came in as the category \"Tools\"."}, {{-1, 7}, {1, 0}, {2, 8}}, "Tools"},
         ImportCase{"NameOfAnExistingCategory", "Item\nJack\n", {}, {"You already have a category named Garage"}, {}, "Garage"},
-        ImportCase{"RowsThatCouldNot", "Item,Cost\nJack,1\nSaw,2,3\nLathe,,\n\"Hammer,4\n", {{"Jack", "1"}, {"Lathe"}},
-                   {made(2) + "\n\n2 rows of the file could not come in:\nLine 3: it has 3 cells, and the heading line has 2.\n"
-                              "Line 5: a cell opens with a double quote that is never closed, so this line and the rest "
+        ImportCase{"RowsThatCouldNot", "Item,Cost\n\"Ja\r\nck\",1\nSaw,2,3\n\"La\"\"\r\nthe\",,\n\"Hammer,4\n", {{"Ja\r\nck", "1"}, {"La\"\r\nthe"}},
+                   {made(2) + "\n\n2 rows of the file could not come in:\nLine 4: it has 3 cells, and the heading line has 2.\n"
+                              "Line 7: a cell opens with a double quote that is never closed, so this line and the rest "
                               "of the file could not be read."}},
         ImportCase{"Empty", "", {}, {"The file is empty: there is nothing to import."}},
         ImportCase{"BlankLinesOnly", "\r\n;;\r\n", {}, {"The file holds no cells: there is nothing to import."}},
