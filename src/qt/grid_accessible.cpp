@@ -108,7 +108,7 @@ GridAccessible::~GridAccessible() { forgetCells(); }
 GridView* GridAccessible::view() const { return static_cast<GridView*>(widget()); }
 
 void GridAccessible::forgetCells() {
-    for (QAccessible::Id id : std::as_const(cells_)) QAccessible::deleteAccessibleInterface(id);
+    for (const auto& [key, id] : cells_) QAccessible::deleteAccessibleInterface(id);
     cells_.clear();
 }
 
@@ -116,10 +116,10 @@ QAccessibleInterface* GridAccessible::gridCell(int gridRow, int col) const {
     const forms::Grid& g = view()->grid();
     if (gridRow < 0 || col < 0 || gridRow >= g.Rows() || col >= g.Cols()) return nullptr;
     const qint64 key = keyOf(gridRow, col);
-    if (auto it = cells_.constFind(key); it != cells_.cend())
-        if (QAccessibleInterface* known = QAccessible::accessibleInterface(*it)) return known;
+    if (auto it = cells_.find(key); it != cells_.end())
+        if (QAccessibleInterface* known = QAccessible::accessibleInterface(it->second)) return known;
     auto* cell = new GridCellAccessible(view(), gridRow, col);
-    cells_.insert(key, QAccessible::registerAccessibleInterface(cell));
+    cells_.insert_or_assign(key, QAccessible::registerAccessibleInterface(cell));
     return cell;
 }
 
@@ -226,8 +226,8 @@ void GridAccessible::modelChange(QAccessibleTableModelChangeEvent* event) {
     // A reader that holds a cell hears that its text changed.
     for (int r = event->firstRow(); r <= event->lastRow(); ++r)
         for (int c = event->firstColumn(); c <= event->lastColumn(); ++c)
-            if (auto it = cells_.constFind(keyOf(r, c)); it != cells_.cend())
-                if (QAccessibleInterface* cell = QAccessible::accessibleInterface(*it)) {
+            if (auto it = cells_.find(keyOf(r, c)); it != cells_.end())
+                if (QAccessibleInterface* cell = QAccessible::accessibleInterface(it->second)) {
                     QAccessibleEvent changed(cell, QAccessible::NameChanged);
                     QAccessible::updateAccessibility(&changed);
                 }

@@ -1,6 +1,6 @@
 #pragma once
 #include <QAccessibleWidget>
-#include <QHash>
+#include <unordered_map>
 
 namespace qtface {
 
@@ -57,7 +57,7 @@ public:
 
 private:
     void forgetCells();
-    mutable QHash<qint64, QAccessible::Id> cells_;
+    mutable std::unordered_map<qint64, QAccessible::Id> cells_;
     int toldRow_ = -1, toldCol_ = -1;
 };
 
