@@ -180,7 +180,8 @@ void frmFind::ShowWarranty() {
             std::string text(date);
             text.append(" - ").append(index_.name(k)).append(" / ").append(cells[kItemCol]);
             text.append(" - serial: ").append(cells[kSerialCol]).append(" - bought at: ").append(cells[kWhereCol]);
-            (day ? dated : unread).push_back(Line{day.value_or(0), std::move(text), Target{index_.name(k), row, kWarrantyCol, std::string(cells[kItemCol]), std::string(date)}});
+            Target target{index_.name(k), row, kWarrantyCol, std::string(cells[kItemCol]), std::string(date)};
+            (day ? dated : unread).push_back(Line{day.value_or(0), std::move(text), std::move(target)});
         });
     }
     std::stable_sort(dated.begin(), dated.end(), [](const Line& a, const Line& b) { return a.day < b.day; });
@@ -208,8 +209,7 @@ void frmFind::ShowWarranty() {
 void frmFind::cmdGo_Click() { GoTo(*lastList_); }
 
 void frmFind::GoTo(const forms::ListBox& list) {
-    const bool warranty = &list == &lstWarranty;
-    const std::vector<std::optional<Target>>& targets = warranty ? warrantyTargets_ : resultTargets_;
+    const std::vector<std::optional<Target>>& targets = &list == &lstWarranty ? warrantyTargets_ : resultTargets_;
     int i = list.ListIndex();
     if (i < 0 || i >= static_cast<int>(targets.size()) || !targets[static_cast<std::size_t>(i)]) {
         const auto first = std::find_if(targets.begin(), targets.end(), [](const auto& t) { return t.has_value(); });

@@ -174,8 +174,8 @@ frmImport::Outcome frmImport::Sort() const {
         const Sheet::Row& row = sheet_.rows[r];
         if (const std::size_t width = sheet_.width(row); width > headings) {
             ++out.rowsNotIn;
-            out.notIn.push_back("Line " + std::to_string(row.line) + ": it has " + std::to_string(width) + " cells, and the heading line has " +
-                                std::to_string(headings) + ".");
+            out.notIn.push_back("Line " + std::to_string(row.line) + ": it has " + std::to_string(width) +
+                                " cells, and the heading line has " + std::to_string(headings) + ".");
         } else if (out.rows.size() == static_cast<std::size_t>(kRoom)) {
             if (!full++) fullFrom = row.line;
             fullTo = row.line;
