@@ -26,7 +26,13 @@ export QT_QPA_PLATFORM=xcb LC_ALL=C
 export XDG_RUNTIME_DIR="$work/runtime"
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 
-fail() { echo "FAIL: $*" >&2; exit 1; }
+# What the program wrote goes with the failure: a program that ended at its
+# start says why only there.
+fail() {
+    echo "FAIL: $*" >&2
+    [[ ! -s "$work/program.log" ]] || { echo "--- the program's output:" >&2; tail -n 20 "$work/program.log" >&2; }
+    exit 1
+}
 
 # A home of its own whose data folder holds one category "Long" of 40 items,
 # cell texts that tell every cell apart.
