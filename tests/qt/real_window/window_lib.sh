@@ -10,7 +10,20 @@ if [[ -z "${QM_IN_XVFB:-}" ]]; then
     for tool in xvfb-run xdotool; do
         command -v "$tool" >/dev/null || { echo "SKIP: $tool is missing (apt-get install xvfb xdotool)"; exit 77; }
     done
-    QM_IN_XVFB=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" bash "$0" "$@"
+    # A display that no X server holds or is still leaving: xvfb-run does not
+    # wait for its server to end, and a server that ends after the next one
+    # started on its number takes that one's socket with it ("could not
+    # connect to display"). So the number is free of lock and socket, and the
+    # test waits for its own server to be gone before it ends.
+    display=99
+    while [[ -e "/tmp/.X$display-lock" || -e "/tmp/.X11-unix/X$display" ]]; do display=$((display + 1)); done
+    rc=0
+    QM_IN_XVFB=1 xvfb-run -n "$display" -s "-screen 0 1280x1024x24" bash "$0" "$@" || rc=$?
+    for _ in $(seq 40); do
+        [[ -e "/tmp/.X$display-lock" || -e "/tmp/.X11-unix/X$display" ]] || break
+        sleep 0.25
+    done
+    exit "$rc"
 fi
 
 work="$(mktemp -d "${TMPDIR:-/tmp}/qm-window.XXXXXX")"
