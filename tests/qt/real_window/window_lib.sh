@@ -11,16 +11,18 @@ if [[ -z "${QM_IN_XVFB:-}" ]]; then
         command -v "$tool" >/dev/null || { echo "SKIP: $tool is missing (apt-get install xvfb xdotool)"; exit 77; }
     done
     # A display that no X server holds or is still leaving: xvfb-run does not
-    # wait for its server to end, and a server that ends after the next one
-    # started on its number takes that one's socket with it ("could not
-    # connect to display"). So the number is free of lock and socket, and the
-    # test waits for its own server to be gone before it ends.
+    # wait for its server to end, and a server still ending holds the display's
+    # abstract socket, where a client of the next server on that number
+    # connects first ("could not connect to display"). So the number is free of
+    # lock, socket file and abstract socket, and the test waits for its own
+    # server to let go of all three before it ends.
+    held() { [[ -e "/tmp/.X$1-lock" || -e "/tmp/.X11-unix/X$1" ]] || grep -q "@/tmp/.X11-unix/X$1\$" /proc/net/unix 2>/dev/null; }
     display=99
-    while [[ -e "/tmp/.X$display-lock" || -e "/tmp/.X11-unix/X$display" ]]; do display=$((display + 1)); done
+    while held "$display"; do display=$((display + 1)); done
     rc=0
     QM_IN_XVFB=1 xvfb-run -n "$display" -s "-screen 0 1280x1024x24" bash "$0" "$@" || rc=$?
     for _ in $(seq 40); do
-        [[ -e "/tmp/.X$display-lock" || -e "/tmp/.X11-unix/X$display" ]] || break
+        held "$display" || break
         sleep 0.25
     done
     exit "$rc"
@@ -61,10 +63,19 @@ make_home() {
 }
 
 # Starts the program with this home in the background; its pid in $started.
+# A start that the X server refuses at once ("could not connect to display",
+# seldom, just after a server on the same number ended) is tried again: that
+# is the test machine's, not the program's.
 start() {
-    HOME="$1" "$program" >>"$work/program.log" 2>&1 &
-    started=$!
-    pids+=("$started")
+    local try _
+    for try in 1 2 3; do
+        HOME="$1" "$program" >>"$work/program.log" 2>&1 &
+        started=$!
+        pids+=("$started")
+        for _ in $(seq 10); do kill -0 "$started" 2>/dev/null || break; sleep 0.1; done
+        kill -0 "$started" 2>/dev/null || ! grep -q "could not connect to display" "$work/program.log" || { sleep 1; continue; }
+        return 0
+    done
 }
 
 # The main window of a process, once it is shown (nothing after 30 s).
